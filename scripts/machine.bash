@@ -1,0 +1,78 @@
+# shellcheck shell=bash
+# What a script needs of the machine before it can do anything: packages, and a built tree. Sourced, not run.
+# shellcheck disable=SC2034  # the package lists are used by the scripts
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+build_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64 libcli11-dev libtinyobjloader-dev
+                googletest libgtest-dev libgmock-dev libbenchmark-dev)
+wine_packages=(wine wine64 xvfb libgl1 libgl1-mesa-dri libglx-mesa0 libxcomposite1 libxinerama1 libxrandr2
+               x11-utils x11-xserver-utils imagemagick)
+
+say() {
+  printf '%s\n' "$*" >&2
+}
+
+# die MESSAGE: one line on standard error, status 1.
+die() {
+  say "${0##*/}: $*"
+  exit 1
+}
+
+# wrong_use MESSAGE: one line on standard error, status 2, for input that the user has to change.
+wrong_use() {
+  say "${0##*/}: $*"
+  exit 2
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    die "neither root nor sudo here; as root, run: $*"
+  fi
+}
+
+# need_packages PACKAGE...: installs those of Debian's packages that are missing, and says which.
+need_packages() {
+  command -v dpkg-query >/dev/null || die "this machine has no dpkg; install by hand what provides: $*"
+  local package missing=()
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  say "installing: ${missing[*]}"
+  mkdir -p "$root/build"
+  local log=$root/build/apt.log
+  local install=(env DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300
+                 install -y -q --no-install-recommends "${missing[@]}")
+  # The lists of a fresh machine are empty or old; one that is up to date is not asked again.
+  as_root "${install[@]}" >"$log" 2>&1 && return 0
+  as_root apt-get -o Acquire::Retries=3 update -q >>"$log" 2>&1 || die "apt-get update failed, see $log"
+  as_root "${install[@]}" >>"$log" 2>&1 || die "apt-get install failed, see $log"
+}
+
+# build PRESET [TARGET...]: configures and builds a preset, with all that it prints in build/PRESET.log. The result is
+# the build's.
+build() {
+  local preset=$1 log=$root/build/$1.log
+  shift
+  mkdir -p "$root/build"
+  (
+    cd "$root" || exit
+    # Two builds in one folder would spoil each other's files.
+    exec 9>"build/$preset.lock"
+    flock -w 1800 9
+    cmake --preset "$preset" 9>&- && cmake --build --preset "$preset" ${1:+--target "$@"} 9>&-
+  ) >"$log" 2>&1
+}
+
+# need_build PRESET [TARGET...]: as build, and an end with the build's own words if it fails.
+need_build() {
+  say "building: $*"
+  build "$@" && return 0
+  grep -E 'error|Error|FAILED' -m 20 "$root/build/$1.log" >&2 || tail -n 20 "$root/build/$1.log" >&2
+  die "the build failed, see build/$1.log"
+}

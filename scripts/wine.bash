@@ -1,0 +1,205 @@
+# shellcheck shell=bash source=scripts/machine.bash
+# Windows programs on this machine: an X server and a Wine prefix of the script's own, and runs that cannot hang. Sourced,
+# not run; needs machine.bash. Everything that is started here is ended by stop_wine, which an EXIT trap calls.
+#
+# The prefix stands below build/wine/, one for each script, so that two scripts can run at once.
+
+xvfb_pid=
+screen_size=1600x900
+
+# begin_wine NAME: the script's own X server and prefix, made if they are missing and put into a known state: one
+# monitor, no options of ours in the registry. Exports DISPLAY and what Wine needs. One script of a name runs at a time.
+begin_wine() {
+  trap stop_wine EXIT
+  trap 'exit 130' INT
+  trap 'exit 143' TERM HUP
+  if [ -z "${keep_display:-}" ] || [ -z "${DISPLAY:-}" ]; then
+    start_xvfb "$1"
+  fi
+  wine_environment "$1"
+  exec 8>"$WINEPREFIX.lock"
+  flock -n 8 || { say "another $1 is running in this tree, waiting for it"; flock -w 1800 8 || die "it did not end"; }
+  if [ ! -e "$WINEPREFIX/osw-ready" ]; then
+    make_prefix
+  fi
+  install_host_library
+  reset_registry
+}
+
+wine_environment() {
+  export WINEPREFIX=$root/build/wine/$1 WINEARCH=win64
+  # A message box is traced, so that watch_run sees it; all else is silent.
+  export WINEDEBUG=${WINEDEBUG:--all,+msgbox}
+  export WINEDLLPATH=$root/build/wine/host-library OSW_DRIVER_HOST=opengl32host.dll
+  unset WAYLAND_DISPLAY
+  mkdir -p "$root/build/wine"
+  use_our_library
+}
+
+# Which opengl32.dll the next program gets: ours, from its own folder, or Wine's.
+use_our_library() {
+  export WINEDLLOVERRIDES="opengl32=n;opengl32sys=n;mscoree,mshtml="
+}
+use_wines_library() {
+  export WINEDLLOVERRIDES="mscoree,mshtml="
+}
+
+start_xvfb() {
+  command -v Xvfb >/dev/null || die "no X server: Xvfb is not installed"
+  local number=$root/build/wine/$1.display tries
+  mkdir -p "$root/build/wine"
+  : >"$number"
+  # Without -noreset the server forgets its monitors when the last program has gone.
+  Xvfb -displayfd 7 -noreset -screen 0 "${screen_size}x24" +extension GLX +extension RANDR \
+    7>"$number" >"$root/build/wine/$1.xvfb.log" 2>&1 8>&- &
+  xvfb_pid=$!
+  for ((tries = 0; tries < 150; ++tries)); do
+    if [ -s "$number" ]; then
+      DISPLAY=:$(<"$number")
+      export DISPLAY
+      return
+    fi
+    kill -0 "$xvfb_pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  die "the X server did not start, see build/wine/$1.xvfb.log"
+}
+
+make_prefix() {
+  say "making a Wine prefix: ${WINEPREFIX#"$root"/}"
+  rm -rf "$WINEPREFIX"
+  mkdir -p "$WINEPREFIX"
+  timeout -k 5 180 wineboot -i >"$WINEPREFIX.log" 2>&1 8>&- || die "wineboot failed, see ${WINEPREFIX#"$root"/}.log"
+  timeout -k 5 60 wineserver -w || die "the new Wine prefix does not come to rest"
+  : >"$WINEPREFIX/osw-ready"
+}
+
+# The reference driver stands on Wine's own library, under a name that nothing else has.
+install_host_library() {
+  local wines
+  wines=$(dpkg -L libwine | grep -m 1 '/x86_64-windows/opengl32\.dll$') || die "Wine's own opengl32.dll was not found"
+  local libraries=${wines%/x86_64-windows/*} into=$WINEDLLPATH
+  mkdir -p "$into/x86_64-windows" "$into/x86_64-unix"
+  cp -u "$wines" "$into/x86_64-windows/opengl32host.dll"
+  cp -u "$libraries/x86_64-unix/opengl32.so" "$into/x86_64-unix/opengl32host.so"
+  cp -u "$wines" "$WINEPREFIX/drive_c/windows/system32/opengl32host.dll"
+}
+
+# A crash ends the program with a backtrace in its log and no window; monitors are those that set_monitors says.
+reset_registry() {
+  cat >"$WINEPREFIX/osw.reg" <<'REG'
+REGEDIT4
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+[HKEY_CURRENT_USER\Software\Wine\X11 Driver]
+"UseXRandR"="N"
+
+[-HKEY_LOCAL_MACHINE\Software\Z4graphics\OGLSPANWrapper]
+REG
+  timeout -k 5 60 wine regedit /S "Z:$WINEPREFIX/osw.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+    die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
+}
+
+# set_monitors 1|2: one monitor of the whole screen, or two side by side, for programs started from now on.
+set_monitors() {
+  local width=${screen_size%x*} height=${screen_size#*x}
+  end_programs
+  xrandr --delmonitor L &>/dev/null || true
+  xrandr --delmonitor R &>/dev/null || true
+  [ "$1" -eq 2 ] || return 0
+  local half=$((width / 2))
+  xrandr --setmonitor L "$half/200x$height/200+0+0" screen >/dev/null
+  xrandr --setmonitor R "$half/200x$height/200+$half+0" none >/dev/null
+}
+
+# end_programs: ends all of the prefix's programs and its server.
+end_programs() {
+  timeout -k 5 20 wineserver -k 2>/dev/null || true
+  timeout -k 5 20 wineserver -w 2>/dev/null || true
+}
+
+# stage FOLDER PROGRAM...: an empty FOLDER with copies of the programs and of both libraries, as an installed program has
+# them. A program's shared section belongs to its copy of the library.
+stage() {
+  local folder=$1
+  shift
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  cp "$@" "$root/build/windows/opengl32.dll" "$root/build/windows/opengl32sys.dll" "$folder"
+}
+
+# start_run SECONDS LOG PROGRAM ARGS...: starts a Windows program in the background, with what it prints in LOG.
+# Sets run_pid and run_log.
+start_run() {
+  local seconds=$1
+  run_log=$2
+  shift 2
+  timeout -k 5 "$seconds" wine "$@" >"$run_log" 2>&1 </dev/null 8>&- &
+  run_pid=$!
+}
+
+run_alive() {
+  kill -0 "$run_pid" 2>/dev/null
+}
+
+# The text of a message box that the run shows, on one line; no result and no output if it shows none.
+run_message_box() {
+  grep -a -m 1 ':msgbox:' "$run_log"
+}
+
+# finish_run: waits for the run to end and gives its status: 124 after the time limit, 125 for a message box, which
+# nobody is there to answer.
+finish_run() {
+  while run_alive; do
+    if run_message_box >/dev/null; then
+      sleep 1
+      import -window root "$run_log.png" 2>/dev/null || true
+      end_programs
+      wait "$run_pid" || true
+      return 125
+    fi
+    sleep 0.1
+  done
+  local status=0
+  wait "$run_pid" || status=$?
+  # The limit ends the first process alone; what it had started goes with the server.
+  if [ "$status" -eq 124 ] || [ "$status" -eq 137 ]; then
+    end_programs
+    status=124
+  fi
+  return "$status"
+}
+
+# run_words STATUS: what a status of finish_run means.
+run_words() {
+  case $1 in
+    0) echo "ended well" ;;
+    124) echo "did not end within its time" ;;
+    125) echo "showed a message box: $(run_message_box)" ;;
+    *) echo "ended with status $1" ;;
+  esac
+}
+
+# stop_wine: ends everything that begin_wine and the runs have started.
+stop_wine() {
+  trap - EXIT
+  [ -z "${WINEPREFIX:-}" ] || end_programs
+  [ -z "$xvfb_pid" ] || kill "$xvfb_pid" 2>/dev/null || true
+  [ -z "$xvfb_pid" ] || wait "$xvfb_pid" 2>/dev/null || true
+}
+
+# need_64_bit PROGRAM: an end with a plain sentence if the file is no 64-bit Windows program.
+need_64_bit() {
+  [ -e "$1" ] || wrong_use "$1 does not exist"
+  if [ ! -f "$1" ] || [ ! -r "$1" ]; then
+    wrong_use "$1 cannot be read"
+  fi
+  local header machine
+  [ "$(head -c 2 "$1")" = MZ ] || wrong_use "$1 is not a Windows program"
+  header=$(($(od -An -t u4 -j 60 -N 4 "$1")))
+  [ "$(od -An -c -j "$header" -N 4 "$1" 2>/dev/null | tr -d ' ')" = 'PE\0\0' ] || wrong_use "$1 is not a Windows program"
+  machine=$(od -An -t x2 -j $((header + 4)) -N 2 "$1" | tr -d ' ')
+  [ "$machine" = 8664 ] || wrong_use "$1 is not a 64-bit program (machine type 0x$machine)"
+}
