@@ -1,0 +1,21 @@
+// Failures on demand. The functions are named as in windows.h; those that wait, and the rectangle and slot calls,
+// cannot be made to fail. Any thread may call these.
+#pragma once
+
+#include <windows.h>
+
+namespace platform {
+
+// Makes the n-th call (from 1) of `function` from now on fail, with `error` as its last error or status. Calls before
+// and after it succeed. A second order for the same function takes the place of the first.
+void fail_call(const char* function, int n, DWORD error = ERROR_NOT_ENOUGH_MEMORY);
+
+// As fail_call, and every later call fails too, until `stop_failing`.
+void fail_calls_from(const char* function, int n, DWORD error = ERROR_NOT_ENOUGH_MEMORY);
+
+void stop_failing(const char* function);
+
+// How often `function` was called since the last reset, calls that failed among them.
+int call_count(const char* function);
+
+}  // namespace platform
