@@ -1,0 +1,19 @@
+#include <cstdio>
+
+#include "model.h"
+#include "options.h"
+#include "window.h"
+
+int main(int count, char** words) {
+  options chosen;
+  int status;
+  if (!read_options(count, words, &chosen, &status)) return status;
+
+  model shown;
+  std::string why;
+  if (!load_model(chosen.model, &shown, &why)) {
+    std::fprintf(stderr, "viewer: %s: %s\n", chosen.model.c_str(), why.c_str());
+    return 1;
+  }
+  return show_model(chosen, shown);
+}
