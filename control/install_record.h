@@ -1,0 +1,34 @@
+// The record, in a program's folder, of the libraries that oswctl has placed there. A file is recognised by its
+// contents and not by its name, so that a library that somebody else puts there later is left alone, and one of an
+// older oswctl is still known.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Tells the contents of a file from any others that it could have by accident.
+struct file_print {
+  uint64_t size;
+  uint64_t hash;
+};
+
+struct placed_file {
+  std::string name;
+  file_print print;
+};
+
+inline constexpr wchar_t record_file[] = L"oswctl-installed.txt";
+
+// The print of the file at `path`; false when it cannot be read.
+bool take_print(const std::wstring& path, file_print& print);
+
+// Reads the record of a folder. No file is an empty record. False when there is a file of that name which is no record.
+bool read_record(const std::wstring& folder, std::vector<placed_file>& placed);
+
+// Writes the record of a folder, in one step: an end in the middle leaves the old one. False, with GetLastError set,
+// when it cannot be written.
+bool write_record(const std::wstring& folder, const std::vector<placed_file>& placed);
+
+// True when the record has a file of that name and with those contents.
+bool record_has(const std::vector<placed_file>& placed, const std::string& name, const file_print& print);

@@ -1,0 +1,70 @@
+#include "wrapper.h"
+
+#include <cstdlib>
+#include <vector>
+
+#include "find_export.h"
+#include "libraries.h"
+#include "option_changes.h"
+#include "paths.h"
+#include "text.h"
+
+std::wstring find_wrapper(const std::wstring& program_folder) {
+  wchar_t system[MAX_PATH] = L"", windows[MAX_PATH] = L"";
+  GetSystemDirectoryW(system, MAX_PATH);
+  GetWindowsDirectoryW(windows, MAX_PATH);
+  for (const std::wstring& folder :
+       {program_folder, std::wstring(system), in_folder(windows, L"system"), std::wstring(windows), full_path(L".")}) {
+    const std::wstring path = in_folder(folder, wrapper_file);
+    if (file_exists(path)) return path;
+  }
+  std::wstring path(32768, L'\0');
+  path.resize(
+      SearchPathW(_wgetenv(L"PATH"), wrapper_file, nullptr, static_cast<DWORD>(path.size()), path.data(), nullptr));
+  return path;
+}
+
+// The library waits at its load for a debugger when it is told to: that is meant for the program, not for us.
+static bool load_without_waiting(const std::wstring& path, HMODULE& module, std::wstring& problem) {
+  std::vector<option_change> changes;
+  bool is_set = false;
+  const option* wait = find_option(L"OSW_DW_DeadLoopWhenLoadDll");
+  if (value_in_force(*wait, is_set) != 0) changes.push_back({wait->name, 0, {}, false});
+  LSTATUS error = make_changes(changes);
+  if (error != ERROR_SUCCESS) {
+    problem = std::wstring(wait->name) + L" is set: " + registry_problem(error);
+    return false;
+  }
+  // This one is read through the C runtime, whose copy and the system's are both changed by this call.
+  _wputenv(L"Z4OSW_DEBUG_BREAK=");
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!module) problem = path + L" cannot be loaded" + system_reason(GetLastError());
+  error = undo_changes(changes);
+  if (error != ERROR_SUCCESS) complain(std::wstring(wait->name) + L" was not put back: " + registry_problem(error));
+  return module != nullptr;
+}
+
+bool load_wrapper(const std::wstring& path, wrapper& loaded, std::wstring& problem) {
+  problem = wrapper_problem(path);
+  loaded = {};
+  if (!problem.empty() || !load_without_waiting(path, loaded.module, problem)) return false;
+  if (find_export(loaded.module, "EnablePerformanceOptimization", loaded.enable) &&
+      find_export(loaded.module, "DisablePerformanceOptimization", loaded.disable)) {
+    // At the end of a thread the library readies itself for rendering if the thread has never rendered, and so would
+    // load the driver into this process.
+    DisableThreadLibraryCalls(loaded.module);
+    return true;
+  }
+  problem = L"Windows loaded another library in place of " + path + L"; see that nothing redirects that name";
+  return false;
+}
+
+void enable_wrapper(wrapper& loaded, const std::string& list_path) {
+  loaded.list_in_force = static_cast<const char*>(loaded.enable(list_path.c_str()));
+}
+
+void disable_wrapper(wrapper& loaded, const std::string& list_path) {
+  if (loaded.list_in_force && list_path == loaded.list_in_force) loaded.disable();
+  loaded.list_in_force = nullptr;
+}
