@@ -29,7 +29,7 @@ void __osw_fill_wgl_sync() {
 }
 
 void __osw_fill_gl_sync() {
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
+#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
   mark<function##_op>(__osw_gl_sync_flags, __osw_gl_op_names, "__osw_" #function "_op");
 #include "ops/gl_ops.inc"
 #undef GL_OP

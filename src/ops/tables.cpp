@@ -16,7 +16,7 @@ const char* const __osw_wgl_names[] = {
 };
 #undef WGL_OP
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) #function,
+#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) #function,
 const char* const __osw_gl_names[] = {
 #include "ops/gl_ops.inc"
 };
@@ -31,7 +31,7 @@ constexpr int wgl_numbers[] = {
 };
 #undef WGL_OP
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) number,
+#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) number,
 constexpr int gl_numbers[] = {
 #include "ops/gl_ops.inc"
 };

@@ -1,0 +1,50 @@
+#include "dispatch/alias.h"
+#include "dispatch/no_context.h"
+#include "dispatch/pass_through.h"
+#include "dispatch/thread_state.h"
+
+namespace {
+
+template <class Op, class Result, class... Parameters>
+Result pass(Parameters... arguments) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  __osw_proc override = state->pass_override;
+  auto* function = override ? reinterpret_cast<typename Op::type*>(override) : sys_gl<Op>(state);
+  return function(arguments...);
+}
+
+// The base op's body serves, told by the override to call the entry that the application named.
+template <class Op, class Result, class... Parameters>
+Result pass_alias(Parameters... arguments) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  state->pass_override = relaxed_load(state->sys_gl[Op::op]);
+  typename Op::base::type* body = pass<typename Op::base>;
+  if constexpr (std::is_void_v<Result>) {
+    call_as_base(body, arguments...);
+    state->pass_override = nullptr;
+  } else {
+    auto result = call_as_base(body, arguments...);
+    state->pass_override = nullptr;
+    return alias_argument<Result>(result);
+  }
+}
+
+template <class Op>
+__osw_proc handler() {
+  if constexpr (std::is_same_v<typename Op::base, driver_op>) {
+    return __osw_void_stub;
+  } else if constexpr (std::is_same_v<typename Op::base, none_op>) {
+    return as_proc<Op>(pass<Op>);
+  } else {
+    return as_proc<Op>(pass_alias<Op>);
+  }
+}
+
+}  // namespace
+
+void __osw_fill_gl_table_pass() {
+#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
+  __osw_gl_table_pass[number] = handler<function##_op>();
+#include "ops/gl_ops.inc"
+#undef GL_OP
+}

@@ -1,0 +1,106 @@
+#include "dispatch/system.h"
+
+#include <atomic>
+
+#include "dispatch/report.h"
+#include "ops/relaxed.h"
+
+CRITICAL_SECTION __osw_wgl_bind_lock;
+CRITICAL_SECTION __osw_gl_bind_lock;
+u32 __osw_wgl_bound_done;
+u32 __osw_gl_bound_done;
+
+namespace {
+
+constexpr char library_name[] = "opengl32sys.dll";
+constexpr char lookup_name[] = "wglGetProcAddress";
+
+struct system_library {
+  HMODULE module;
+  wglGetProcAddress_op::type* lookup;
+};
+
+constexpr int required_wgl_ops[] = {
+    wglCopyContext_op::op,       wglCreateContext_op::op,   wglCreateLayerContext_op::op, wglDeleteContext_op::op,
+    wglGetCurrentContext_op::op, wglGetCurrentDC_op::op,    wglGetProcAddress_op::op,     wglMakeCurrent_op::op,
+    wglShareLists_op::op,        wglUseFontBitmapsA_op::op, wglUseFontBitmapsW_op::op,
+};
+
+system_library load_system_library() {
+  system_library library{};
+  library.module = LoadLibraryA(library_name);
+  if (!library.module) __osw_report(severity_error, "cannot load %s\n", library_name);
+  if (library.module) {
+    library.lookup = reinterpret_cast<wglGetProcAddress_op::type*>(
+        reinterpret_cast<__osw_proc>(GetProcAddress(library.module, lookup_name)));
+  }
+  if (!library.lookup) __osw_report(severity_error, "cannot find function %s in %s\n", lookup_name, library_name);
+  return library;
+}
+
+__osw_proc find(const system_library& library, const char* name) {
+  if (!library.module) return nullptr;
+  if (auto exported = reinterpret_cast<__osw_proc>(GetProcAddress(library.module, name))) return exported;
+  return library.lookup ? __osw_known_entry(library.lookup(name)) : nullptr;
+}
+
+// Writes every slot, null where nothing is found. Until the first make-current other threads may be calling through the
+// wgl table while a new thread's binding refills it, so a slot goes from its old value to its new one with no null
+// between.
+void fill(const system_library& library, const char* const* names, __osw_proc* table, int count) {
+  for (int op = 0; op < count; ++op) relaxed_store(table[op], find(library, names[op]));
+}
+
+void warn_of_missing(const char* const* names, const __osw_proc* table, int count) {
+  for (int op = 0; op < count; ++op) {
+    if (!table[op]) __osw_report(severity_warning, "cannot get function %s's address.\n", names[op]);
+  }
+}
+
+bool is_set(u32& flag) {
+  return std::atomic_ref<u32>(flag).load(std::memory_order_acquire) != 0;
+}
+
+void set(u32& flag) {
+  std::atomic_ref<u32>(flag).store(1, std::memory_order_release);
+}
+
+void bind_wgl_locked(i32 first_use) {
+  const system_library library = load_system_library();
+  fill(library, __osw_wgl_names, __osw_sys_wgl, wgl_op_count);
+  for (int op : required_wgl_ops) {
+    if (__osw_sys_wgl[op]) continue;
+    __osw_report(severity_error, "cannot find function %s in %s\n, it MUST exist", __osw_wgl_names[op], library_name);
+  }
+  if (first_use) return;
+  warn_of_missing(__osw_wgl_names, __osw_sys_wgl, wgl_op_count);
+  set(__osw_wgl_bound_done);
+}
+
+void bind_gl_locked() {
+  const system_library library = load_system_library();
+  fill(library, __osw_gl_names, __osw_sys_gl, gl_op_count);
+  warn_of_missing(__osw_gl_names, __osw_sys_gl, gl_op_count);
+  set(__osw_gl_bound_done);
+}
+
+}  // namespace
+
+__osw_proc __osw_known_entry(PROC answer) {
+  const auto value = reinterpret_cast<std::intptr_t>(answer);
+  return value >= -1 && value <= 3 ? nullptr : reinterpret_cast<__osw_proc>(answer);
+}
+
+void __osw_bind_wgl(i32 first_use) {
+  if (is_set(__osw_wgl_bound_done)) return;
+  EnterCriticalSection(&__osw_wgl_bind_lock);
+  if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
+  LeaveCriticalSection(&__osw_wgl_bind_lock);
+}
+
+void __osw_bind_gl() {
+  if (is_set(__osw_gl_bound_done)) return;
+  EnterCriticalSection(&__osw_gl_bind_lock);
+  if (!is_set(__osw_gl_bound_done)) bind_gl_locked();
+  LeaveCriticalSection(&__osw_gl_bind_lock);
+}

@@ -1,0 +1,44 @@
+// The wgl entry points, made like the GL ones, and the exports that belong to neither list.
+#include "dispatch/no_context.h"
+#include "dispatch/thread_state.h"
+
+#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
+  extern "C" result osw_##function parameters {                                                        \
+    return entry_in<function##_op>(__osw_fetch_thread_state()->wgl_table) arguments;                   \
+  }
+#include "ops/wgl_ops.inc"
+#undef WGL_OP
+
+#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
+  reinterpret_cast<__osw_proc>(osw_##function),
+const __osw_proc __osw_wgl_entries[wgl_op_count] = {
+#include "ops/wgl_ops.inc"
+};
+#undef WGL_OP
+
+// Makes the calling thread's state. The result is the state, or, when this call had to make it, what storing it
+// returned.
+extern "C" u64 osw_glDebugEntry() {
+  if (void* state = TlsGetValue(__osw_state_slot)) return reinterpret_cast<u64>(state);
+  return static_cast<u64>(TlsSetValue(__osw_state_slot, __osw_get_thread_state()));
+}
+
+// The metafile entries of the platform's library, which have no effect in any mode.
+extern "C" void osw_GlmfBeginGlsBlock() {
+  __osw_void_stub();
+}
+extern "C" void osw_GlmfCloseMetaFile() {
+  __osw_void_stub();
+}
+extern "C" void osw_GlmfEndGlsBlock() {
+  __osw_void_stub();
+}
+extern "C" void osw_GlmfEndPlayback() {
+  __osw_void_stub();
+}
+extern "C" void osw_GlmfInitPlayback() {
+  __osw_void_stub();
+}
+extern "C" void osw_GlmfPlayGlsRecord() {
+  __osw_void_stub();
+}

@@ -1,0 +1,74 @@
+#include "pipeline/flush.h"
+
+namespace {
+
+void count_sync(__osw_cmd_queue* queue) {
+  const __osw_cmd& last = (*queue->fill_list)[*queue->fill_count - 1];
+  if (last.type == __osw_cmd_wgl) ++queue->wgl_sync_count[last.op];
+  if (last.type == __osw_cmd_gl) ++queue->gl_sync_count[last.op];
+  if (last.type == cmd_sync) ++queue->send_sync_count;
+}
+
+// With no part there is no worker to replay the list, and no swap thread stays to exchange it.
+void drop_list(__osw_cmd_queue* queue) {
+  __osw_free_cmd_blobs(queue);
+  *queue->fill_count = 0;
+}
+
+void report_filled(__osw_cmd_queue* queue) {
+  EnterCriticalSection(&queue->done_lock);
+  queue->done_mask |= queue->app_bit;
+  WakeConditionVariable(&queue->done_cond);
+  LeaveCriticalSection(&queue->done_lock);
+}
+
+void wait_for_replay(__osw_cmd_queue* queue) {
+  EnterCriticalSection(&queue->sync_lock);
+  while (queue->sync_mask != queue->worker_bits) {
+    SleepConditionVariableCS(&queue->sync_cond, &queue->sync_lock, INFINITE);
+  }
+  queue->sync_mask = 0;
+  LeaveCriticalSection(&queue->sync_lock);
+}
+
+void wait_for_flip(__osw_cmd_queue* queue) {
+  EnterCriticalSection(&queue->start_lock);
+  while (queue->start_mask & queue->app_bit) {
+    SleepConditionVariableCS(&queue->start_cond, &queue->start_lock, INFINITE);
+  }
+  queue->start_mask |= queue->app_bit;
+  LeaveCriticalSection(&queue->start_lock);
+}
+
+void close_start(__osw_cmd_queue* queue) {
+  EnterCriticalSection(&queue->start_lock);
+  queue->start_mask |= queue->app_bit;
+  LeaveCriticalSection(&queue->start_lock);
+}
+
+void hand_over(__osw_cmd_queue* queue) {
+  if (!queue->worker_bits) return drop_list(queue);
+  report_filled(queue);
+  wait_for_flip(queue);
+}
+
+}  // namespace
+
+void __osw_flush_sync(__osw_thread_state* state) {
+  __osw_cmd_queue* queue = state->cmd_queue;
+  count_sync(queue);
+  if (!queue->worker_bits) return drop_list(queue);
+  report_filled(queue);
+  wait_for_replay(queue);
+  // Every worker has reported, so the flip that started them has passed and opened the start for this thread too.
+  close_start(queue);
+}
+
+void __osw_hand_over_full(__osw_thread_state* state) {
+  ++state->cmd_queue->full_count;
+  hand_over(state->cmd_queue);
+}
+
+void __osw_hand_over_idle(__osw_thread_state* state) {
+  if (*state->cmd_queue->fill_count) hand_over(state->cmd_queue);
+}

@@ -1,0 +1,94 @@
+#include <cstdlib>
+
+#include "pipeline/push.h"
+#include "pipeline/threads.h"
+#include "startup/monitors.h"
+
+namespace {
+
+// Starts a thread that may touch the queue until it gives it back. Result: the handle, or null.
+HANDLE start_thread(LPTHREAD_START_ROUTINE main, const __osw_thread_ctrl& ctrl, i32 part, DWORD* id) {
+  auto* arg = static_cast<__osw_worker_arg*>(calloc(1, sizeof(__osw_worker_arg)));
+  if (!arg) return nullptr;
+  *arg = {ctrl.app_thread, part, ctrl.state};
+  __osw_cmd_queue* queue = ctrl.state->cmd_queue;
+  __osw_retain_queue(queue);
+  HANDLE thread = CreateThread(nullptr, 0, main, arg, 0, id);
+  if (!thread) {
+    __osw_release_queue(queue);
+    free(arg);
+  }
+  return thread;
+}
+
+bool start_missing(__osw_thread_ctrl* ctrl) {
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    HANDLE& worker = ctrl->worker_thread[part];
+    if (!worker) worker = start_thread(__osw_worker_main, *ctrl, part, &ctrl->worker_thread_id[part]);
+    if (worker) continue;
+    MessageBoxA(nullptr, "Creating child thread failed!", "OSW Error", 0);
+    return false;
+  }
+  if (!ctrl->swap_thread) ctrl->swap_thread = start_thread(__osw_swap_main, *ctrl, 0, &ctrl->swap_thread_id);
+  if (ctrl->swap_thread) return true;
+  MessageBoxA(nullptr, "Creating swap thread failed!", "OSW Error", 0);
+  return false;
+}
+
+void close_handles(const __osw_thread_ctrl& ctrl) {
+  for (HANDLE worker : ctrl.worker_thread) {
+    if (worker) CloseHandle(worker);
+  }
+  if (ctrl.swap_thread) CloseHandle(ctrl.swap_thread);
+}
+
+bool is_running(HANDLE thread) {
+  DWORD code = 0;
+  return GetExitCodeThread(thread, &code) && code == STILL_ACTIVE;
+}
+
+// Without a swap thread there was never a flip: the workers stand at the start, or are on their way there, and end when
+// it opens.
+void abandon_workers(__osw_cmd_queue* queue) {
+  EnterCriticalSection(&queue->start_lock);
+  queue->abandoned = 1;
+  queue->start_mask = 0;
+  WakeAllConditionVariable(&queue->start_cond);
+  LeaveCriticalSection(&queue->start_lock);
+}
+
+bool end_workers(__osw_thread_state* state) {
+  const __osw_thread_ctrl& started = state->started;
+  if (started.swap_thread) {
+    // Without parts the swap thread ends as soon as it starts, and gives the queue back by itself.
+    if (!is_running(started.swap_thread)) return !state->cmd_queue->worker_bits;
+    __osw_send_exit_cmd(state);
+    return true;
+  }
+  if (!started.worker_thread[0]) return true;
+  if (!is_running(started.worker_thread[0])) return false;
+  abandon_workers(state->cmd_queue);
+  return true;
+}
+
+}  // namespace
+
+u32 __osw_start_threads(HANDLE app_thread) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  if (TlsGetValue(__osw_ctrl_slot)) return 1;
+  state->started.app_thread = app_thread;
+  state->started.state = state;
+  if (!start_missing(&state->started)) return 0;
+  auto* ctrl = static_cast<__osw_thread_ctrl*>(calloc(1, sizeof(__osw_thread_ctrl)));
+  if (!ctrl) return 1;
+  *ctrl = state->started;
+  TlsSetValue(__osw_ctrl_slot, ctrl);
+  return 1;
+}
+
+bool __osw_end_threads(__osw_thread_state* state) {
+  if (!state->cmd_queue) return true;
+  const bool leave_by_themselves = end_workers(state);
+  close_handles(state->started);
+  return leave_by_themselves;
+}

@@ -1,0 +1,80 @@
+#include "pipeline/replay.h"
+#include "pipeline/threads.h"
+
+namespace {
+
+// The last record of a replayed list: what the worker does next depends on it alone, because a command that someone
+// waits for always closes its list.
+struct last_record {
+  u32 type;
+  i32 op;
+};
+
+last_record replay_list(__osw_thread_state* state, __osw_cmd_queue* queue, i32 part) {
+  __osw_cmd* list = *queue->read_list;
+  const u32 count = *queue->read_count;
+  last_record last{0, -1};
+  for (u32 i = 0; i < count; ++i) {
+    __osw_cmd* cmd = &list[i];
+    last.type = cmd->type;
+    if (cmd->type == __osw_cmd_gl) {
+      last.op = cmd->op;
+      __osw_replay_gl(state, queue, relaxed_load(state->sys_gl), part, cmd);
+    } else if (cmd->type == __osw_cmd_wgl) {
+      last.op = cmd->op;
+      __osw_replay_wgl(state, queue, relaxed_load(state->sys_wgl), part, cmd);
+    }
+  }
+  return last;
+}
+
+bool issuing_thread_waits(const __osw_cmd_queue* queue, const last_record& last) {
+  if (last.type == __osw_cmd_gl) return queue->gl_sync_flags[last.op];
+  if (last.type == __osw_cmd_wgl) return queue->wgl_sync_flags[last.op];
+  return last.type == cmd_sync;
+}
+
+void report_replayed(__osw_cmd_queue* queue, u32 bit) {
+  EnterCriticalSection(&queue->sync_lock);
+  queue->sync_mask |= bit;
+  WakeConditionVariable(&queue->sync_cond);
+  LeaveCriticalSection(&queue->sync_lock);
+}
+
+void report_done(__osw_cmd_queue* queue, u32 bit, bool leaving) {
+  EnterCriticalSection(&queue->done_lock);
+  queue->done_mask |= bit;
+  if (leaving) queue->exit_mask |= bit;
+  WakeConditionVariable(&queue->done_cond);
+  LeaveCriticalSection(&queue->done_lock);
+}
+
+// Result: whether there will be another list.
+bool wait_for_flip(__osw_cmd_queue* queue, u32 bit) {
+  EnterCriticalSection(&queue->start_lock);
+  while (queue->start_mask & bit) SleepConditionVariableCS(&queue->start_cond, &queue->start_lock, INFINITE);
+  queue->start_mask |= bit;
+  const bool goes_on = !queue->abandoned;
+  LeaveCriticalSection(&queue->start_lock);
+  return goes_on;
+}
+
+}  // namespace
+
+DWORD WINAPI __osw_worker_main(void* start) {
+  auto* arg = static_cast<__osw_worker_arg*>(start);
+  __osw_register_worker_arg(arg);
+  __osw_thread_state* state = arg->state;
+  __osw_cmd_queue* queue = state->cmd_queue;
+  const i32 part = arg->part;
+  const u32 bit = 1u << part;
+  last_record last{};
+  do {
+    last = replay_list(state, queue, part);
+    if (issuing_thread_waits(queue, last)) report_replayed(queue, bit);
+    report_done(queue, bit, last.type == __osw_cmd_exit);
+  } while (last.type != __osw_cmd_exit && wait_for_flip(queue, bit));
+  __osw_release_queue(queue);
+  __osw_unregister_worker_arg(arg);
+  return 0;
+}

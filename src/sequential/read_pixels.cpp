@@ -1,0 +1,10 @@
+#include "sequential/exceptions.h"
+#include "sequential/read_pixels_part.h"
+
+template <>
+void broadcast<glReadPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
+                                void* pixels) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  __osw_for_each_part(
+      state, [=](i32 part) { __osw_read_pixels_part(state, part, x, y, width, height, format, type, pixels); });
+}

@@ -1,0 +1,146 @@
+#include "startup/process.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "dispatch/bypass.h"
+#include "dispatch/no_context.h"
+#include "dispatch/pass_through.h"
+#include "dispatch/system.h"
+#include "pipeline/threads.h"
+#include "sequential/sequential_table.h"
+#include "startup/app_list.h"
+#include "startup/monitors.h"
+#include "startup/options.h"
+#include "startup/shared.h"
+#include "startup/thread_life.h"
+#include "threaded/threaded_table.h"
+#include "wgl/glrc.h"
+#include "wgl/main_table.h"
+#include "wgl/pbuffer.h"
+#include "wgl/window_mapping.h"
+
+HINSTANCE __osw_hinstance;
+u32 __osw_process_id;
+char __osw_app_exe_name[MAX_PATH];
+i32 __osw_app_special_window;
+u32 __osw_enable_wrapper_bypass;
+
+namespace {
+
+// Kept for the place that it holds in the order of start and end; nothing enters it.
+CRITICAL_SECTION spare_lock;
+
+// How a developer stops a process at load: nothing but a debugger gets out.
+void stop_for_debugger() {
+  const char* wanted = getenv("Z4OSW_DEBUG_BREAK");
+  if (!wanted || atoi(wanted) == 0) return;
+  volatile bool stopped = true;
+  while (stopped) {
+  }
+}
+
+void make_locks() {
+  InitializeCriticalSection(&__osw_wgl_bind_lock);
+  InitializeCriticalSection(&__osw_gl_bind_lock);
+  InitializeCriticalSection(&__osw_thread_state_lock);
+  InitializeCriticalSection(&__osw_worker_arg_lock);
+  InitializeCriticalSection(&spare_lock);
+  InitializeCriticalSection(&__osw_mapping_lock);
+}
+
+void identify_process() {
+  __osw_process_id = GetCurrentProcessId();
+  char path[MAX_PATH] = {};
+  GetModuleFileNameA(nullptr, path, sizeof path);
+  path[sizeof path - 1] = 0;
+  const char* last = strrchr(path, '\\');
+  strcpy(__osw_app_exe_name, last ? last + 1 : path);
+  __osw_app_special_window = _stricmp(__osw_app_exe_name, "SLDWORKS.exe") == 0 ? 0 : -1;
+}
+
+void decide_bypass() {
+  __osw_enable_wrapper_bypass = 1;
+  if (__osw_shared.enable && __osw_app_in_list(__osw_shared.list_path, __osw_app_exe_name)) {
+    __osw_enable_wrapper_bypass = 0;
+  }
+}
+
+void fill_tables() {
+  __osw_fill_wgl_table_main();
+  __osw_fill_wgl_table_pass();
+  __osw_fill_gl_table_nocontext();
+  __osw_fill_gl_table_seq();
+  __osw_fill_gl_table_mt();
+  __osw_fill_gl_table_pass();
+}
+
+// The system library is not loaded here but at the first thread state.
+void attach_process() {
+  stop_for_debugger();
+  __osw_read_options();
+  __osw_debug_spin();
+  __osw_state_slot = TlsAlloc();
+  __osw_ctrl_slot = TlsAlloc();
+  make_locks();
+  __osw_enumerate_monitors();
+  identify_process();
+  decide_bypass();
+  fill_tables();
+  InitializeCriticalSection(&__osw_pbuffer_lock);
+  InitializeCriticalSection(&__osw_glrc_lock);
+  if (!__osw_wgl_sync_filled) __osw_fill_wgl_sync();
+  if (!__osw_gl_sync_filled) __osw_fill_gl_sync();
+}
+
+void free_worker_args() {
+  for (__osw_worker_arg*& slot : __osw_worker_arg_list) {
+    free(slot);
+    slot = nullptr;
+  }
+}
+
+// States of threads that have not detached. By now no such thread runs any more.
+void destroy_thread_states() {
+  for (__osw_thread_state*& slot : __osw_thread_state_list) {
+    if (slot) __osw_destroy_thread_state(slot, state_users::gone);
+    slot = nullptr;
+  }
+}
+
+void detach_process() {
+  __osw_detach_thread();
+  DeleteCriticalSection(&__osw_pbuffer_lock);
+  DeleteCriticalSection(&__osw_glrc_lock);
+  free_worker_args();
+  destroy_thread_states();
+  TlsFree(__osw_state_slot);
+  TlsFree(__osw_ctrl_slot);
+  DeleteCriticalSection(&spare_lock);
+  DeleteCriticalSection(&__osw_wgl_bind_lock);
+  DeleteCriticalSection(&__osw_gl_bind_lock);
+  DeleteCriticalSection(&__osw_thread_state_lock);
+  DeleteCriticalSection(&__osw_worker_arg_lock);
+  DeleteCriticalSection(&__osw_mapping_lock);
+}
+
+}  // namespace
+
+// The system's entry, with the loader lock held. Result: always TRUE, so that a program starts whatever fails here.
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+  __osw_hinstance = module;
+  switch (reason) {
+    case DLL_PROCESS_ATTACH:
+      attach_process();
+      break;
+    case DLL_THREAD_DETACH:
+      __osw_detach_thread();
+      break;
+    case DLL_PROCESS_DETACH:
+      detach_process();
+      break;
+    default:
+      break;  // a thread's state is made at its first use
+  }
+  return TRUE;
+}

@@ -1,0 +1,11 @@
+// The life of the process that has loaded the library.
+#pragma once
+
+#include "ops/types.h"
+
+extern HINSTANCE __osw_hinstance;
+extern u32 __osw_process_id;
+extern char __osw_app_exe_name[MAX_PATH];  // without its directory
+
+// 0 for the one application whose window loses WS_CLIPCHILDREN when it is first bound, else -1.
+extern i32 __osw_app_special_window;

@@ -1,0 +1,212 @@
+#include "threaded/capture.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "dispatch/report.h"
+#include "threaded/encode.h"
+
+namespace {
+
+constexpr u32 first_texture_index = 3;
+constexpr u32 first_attribute_index = 16;
+constexpr u64 largest_block = 0x7FFFFFFF;
+
+struct array_list {
+  u32 indices[max_client_arrays];
+  u32 count;
+};
+
+array_list list_unbuffered(const __osw_client_state* client_state) {
+  array_list list{};
+  for (u32 mask = client_state->enabled_mask & ~client_state->buffered_mask; mask; mask &= mask - 1) {
+    list.indices[list.count++] = static_cast<u32>(__builtin_ctz(mask));
+  }
+  return list;
+}
+
+void set_effective_stride(__osw_client_array* array) {
+  const u32 packed = static_cast<u32>(array->size) * __osw_gl_type_size(array->type);
+  array->effective_stride = array->stride ? static_cast<u32>(array->stride) : packed;
+}
+
+u32 low_half(const void* pointer) {
+  return static_cast<u32>(reinterpret_cast<u64>(pointer));
+}
+
+// Whether a lies within one stride of b. Distances are those of the low halves of the addresses.
+bool within_stride(const void* a, const void* b, u32 stride) {
+  const i32 forward = static_cast<i32>(low_half(a) - low_half(b));
+  const i32 backward = static_cast<i32>(low_half(b) - low_half(a));
+  return (forward > backward ? forward : backward) < static_cast<i32>(stride);
+}
+
+bool fits(const __osw_array_group& group, const __osw_client_array& array) {
+  return array.effective_stride == group.stride && within_stride(array.pointer, group.base, group.stride);
+}
+
+u32 group_for(__osw_client_state* client_state, const __osw_client_array& array) {
+  u32 number = 0;
+  while (number < client_state->group_count && !fits(client_state->groups[number], array)) ++number;
+  if (number == client_state->group_count) {
+    client_state->groups[number] = {};
+    client_state->groups[number].base = static_cast<const u8*>(array.pointer);
+    client_state->groups[number].stride = array.effective_stride;
+    ++client_state->group_count;
+  }
+  return number;
+}
+
+// The group begins lower now: the arrays before this one stand further in. Stride and distance decide, not the group's
+// number.
+void lower_base(__osw_client_state* client_state, __osw_array_group* group, const u32* list, u32 count) {
+  for (u32 i = 0; i < count; ++i) {
+    __osw_client_array* array = &client_state->arrays[list[i]];
+    if (fits(*group, *array)) array->group_offset = low_half(array->pointer) - low_half(group->base);
+  }
+}
+
+// Lays the groups out in the block. Result: its size in bytes; more than `largest_block` when there can be none.
+u64 lay_out_groups(__osw_client_state* client_state, u32 first, u32 end) {
+  u64 total = 0;
+  for (u32 i = 0; i < client_state->group_count; ++i) {
+    __osw_array_group* group = &client_state->groups[i];
+    const u64 alloc = (u64{group->stride} * end + 7) & ~u64{7};
+    group->blob_offset = static_cast<u32>(total);
+    group->copy_start = group->stride * first;
+    group->copy_size = group->stride * (end - first);
+    group->alloc_size = static_cast<u32>(alloc);
+    total += alloc;
+    if (total > largest_block) break;
+  }
+  return total;
+}
+
+// The region of each group is sized from vertex 0, so that indices need no rewriting; what lies below the first vertex
+// stays unwritten.
+void copy_groups(const __osw_client_state* client_state, u8* blob) {
+  for (u32 i = 0; i < client_state->group_count; ++i) {
+    const __osw_array_group& group = client_state->groups[i];
+    memcpy(blob + group.blob_offset + group.copy_start, group.base + group.copy_start, group.copy_size);
+  }
+}
+
+void push_tex_coord_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
+  const u32 active = state->glrc->client_state.client_texture;
+  const u32 unit = array.index - first_texture_index;
+  if (unit != active) push<glClientActiveTexture_op>(state, GL_TEXTURE0 + unit);
+  push<glTexCoordPointer_op>(state, array.size, array.type, array.stride, pointer);
+  if (unit != active) push<glClientActiveTexture_op>(state, GL_TEXTURE0 + active);
+}
+
+// Aims the workers' array at `pointer`, with all else as the application gave it.
+void push_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
+  const i32 size = array.size;
+  const u32 type = array.type;
+  const i32 stride = array.stride;
+  if (array.index >= first_attribute_index) {
+    return push<glVertexAttribPointer_op>(state, array.index - first_attribute_index, size, type, array.normalized,
+                                          stride, pointer);
+  }
+  switch (array.array) {
+    case GL_VERTEX_ARRAY:
+      return push<glVertexPointer_op>(state, size, type, stride, pointer);
+    case GL_NORMAL_ARRAY:
+      return push<glNormalPointer_op>(state, type, stride, pointer);
+    case GL_COLOR_ARRAY:
+      return push<glColorPointer_op>(state, size, type, stride, pointer);
+    case GL_INDEX_ARRAY:
+      return push<glIndexPointer_op>(state, type, stride, pointer);
+    case GL_TEXTURE_COORD_ARRAY:
+      return push_tex_coord_pointer(state, array, pointer);
+    case GL_EDGE_FLAG_ARRAY:
+      return push<glEdgeFlagPointer_op>(state, stride, pointer);
+    case GL_FOG_COORD_ARRAY:
+      return push<glFogCoordPointer_op>(state, type, stride, pointer);
+    case GL_SECONDARY_COLOR_ARRAY:
+      return push<glSecondaryColorPointer_op>(state, size, type, stride, pointer);
+    default:
+      return;
+  }
+}
+
+void aim_at_blob(__osw_thread_state* state, const array_list& list, const u8* blob, u32* mask) {
+  const __osw_client_state* client_state = &state->glrc->client_state;
+  for (u32 i = 0; i < list.count; ++i) {
+    const __osw_client_array& array = client_state->arrays[list.indices[i]];
+    *mask |= 1u << list.indices[i];
+    const u64 offset = client_state->groups[array.group].blob_offset + array.group_offset;
+    push_pointer(state, array, reinterpret_cast<const void*>(reinterpret_cast<u64>(blob) + offset));
+  }
+}
+
+}  // namespace
+
+u32 __osw_gl_type_size(GLenum type) {
+  switch (type) {
+    case GL_BYTE:
+    case GL_UNSIGNED_BYTE:
+      return 1;
+    case GL_SHORT:
+    case GL_UNSIGNED_SHORT:
+    case GL_HALF_FLOAT:
+      return 2;
+    case GL_INT:
+    case GL_UNSIGNED_INT:
+    case GL_FLOAT:
+      return 4;
+    case GL_DOUBLE:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u32 end, captured_arrays* captured) {
+  *captured = {};
+  __osw_client_state* client_state = &state->glrc->client_state;
+  const u32 enabled = client_state->enabled_mask;
+  if (!enabled || enabled == client_state->buffered_mask) return 0;
+  if (indexed && client_state->element_buffer) return 1;
+  if (end <= first) return 0;
+
+  const array_list list = list_unbuffered(client_state);
+  for (u32 i = 0; i < list.count; ++i) set_effective_stride(&client_state->arrays[list.indices[i]]);
+  __osw_group_arrays(client_state, list.indices, list.count);
+  const u64 total = lay_out_groups(client_state, first, end);
+  if (total > largest_block) return 1;
+  // Arrays that take no bytes are aimed at a null block.
+  u8* blob = total ? static_cast<u8*>(malloc(total)) : nullptr;
+  if (total && !blob) {
+    __osw_report(severity_error, "no memory for the vertices of a draw\n");
+    captured->out_of_memory = true;
+    return 0;
+  }
+  if (blob) copy_groups(client_state, blob);
+  aim_at_blob(state, list, blob, &captured->mask);
+  captured->blobs[0] = blob;
+  captured->blob_count = blob ? 1 : 0;
+  return 0;
+}
+
+void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 count) {
+  client_state->group_count = 0;
+  for (u32 i = 0; i < count; ++i) {
+    __osw_client_array* array = &client_state->arrays[list[i]];
+    array->group = group_for(client_state, *array);
+    __osw_array_group* group = &client_state->groups[array->group];
+    if (low_half(array->pointer) >= low_half(group->base)) {
+      array->group_offset = low_half(array->pointer) - low_half(group->base);
+      continue;
+    }
+    group->base = static_cast<const u8*>(array->pointer);
+    lower_base(client_state, group, list, i + 1);
+  }
+}
+
+void __osw_restore_arrays(__osw_thread_state* state, u32 mask) {
+  for (; mask; mask &= mask - 1) {
+    const __osw_client_array& array = state->glrc->client_state.arrays[__builtin_ctz(mask)];
+    push_pointer(state, array, array.pointer);
+  }
+}

@@ -1,0 +1,114 @@
+// Draws from client arrays: the arrays are captured, the draw follows with the captured block in its record, and the
+// application's pointers are set again behind it.
+#include <cstdlib>
+
+#include "threaded/capture.h"
+#include "threaded/encoders.h"
+
+namespace {
+
+struct index_range {
+  u32 first;
+  u32 end;           // one past the last; not above `first` when the range is empty
+  u32 element_size;  // bytes; 0 for a type that is none
+};
+
+template <class T>
+index_range scan(const void* indices, GLsizei count) {
+  const auto* values = static_cast<const T*>(indices);
+  T lowest = static_cast<T>(-1);
+  T highest = 0;
+  for (GLsizei i = 0; i < count; ++i) {
+    lowest = values[i] < lowest ? values[i] : lowest;
+    highest = values[i] > highest ? values[i] : highest;
+  }
+  if (count < 1) return {lowest, 0, sizeof(T)};
+  return {lowest, static_cast<u32>(highest) + 1, sizeof(T)};
+}
+
+index_range scan_indices(GLenum type, const void* indices, GLsizei count) {
+  switch (type) {
+    case GL_UNSIGNED_BYTE:
+      return scan<GLubyte>(indices, count);
+    case GL_UNSIGNED_SHORT:
+      return scan<GLushort>(indices, count);
+    case GL_UNSIGNED_INT:
+      return scan<GLuint>(indices, count);
+    default:
+      return {static_cast<u32>(-1), 0, 0};
+  }
+}
+
+// Puts the captured blocks into the record that the draw will use, behind its parameters. Result: their mask.
+u32 carry_blobs(const __osw_thread_state* state, u32 slot, const captured_arrays& captured) {
+  __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
+  u32 mask = 0;
+  for (u32 i = 0; i < captured.blob_count; ++i) {
+    cmd->args[slot + i] = to_slot(captured.blobs[i]);
+    mask |= 1u << (slot + i);
+  }
+  return mask;
+}
+
+// The tail of an element draw. `push_draw` pushes it with the index pointer and the mask that it is given.
+template <class Op, class PushDraw>
+void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, const void* indices, PushDraw push_draw) {
+  constexpr u32 index_slot = Op::op == glDrawElements_op::op ? 3 : 5;
+  index_range range{static_cast<u32>(-1), static_cast<u32>(-1), 0};
+  u32 mask = 0;
+  if (!state->glrc->client_state.element_buffer) {
+    range = indices ? scan_indices(type, indices, count) : scan_indices(type, indices, 0);
+    void* copy = nullptr;
+    if (indices) copy = __osw_copy_to_blob(indices, __osw_checked_bytes(count, range.element_size), Op::name);
+    if (indices && !copy) return;
+    indices = copy;
+    mask = 1u << index_slot;
+  }
+  captured_arrays captured;
+  const u32 uncaptured = __osw_capture_arrays(state, true, range.first, range.end, &captured);
+  if (captured.out_of_memory) return free(const_cast<void*>(mask ? indices : nullptr));
+  mask |= carry_blobs(state, index_slot + 1, captured);
+  push_draw(indices, mask);
+  __osw_restore_arrays(state, captured.mask);
+  if (uncaptured) __osw_send_sync_cmd(state);
+}
+
+}  // namespace
+
+template <>
+void encode<glDrawArrays_op>(GLenum mode, GLint first, GLsizei count) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<glDrawArrays_op>(state, mode, first, count);
+  constexpr u32 blob_slot = 4;
+  captured_arrays captured{};
+  u32 uncaptured = 0;
+  if (first >= 0 && count > 0) {
+    const u32 begin = static_cast<u32>(first);
+    uncaptured = __osw_capture_arrays(state, false, begin, begin + static_cast<u32>(count), &captured);
+  }
+  if (captured.out_of_memory) return;
+  const u32 mask = carry_blobs(state, blob_slot, captured);
+  push_with_blobs<glDrawArrays_op>(state, mask, mode, first, count);
+  __osw_restore_arrays(state, captured.mask);
+  if (uncaptured) __osw_send_sync_cmd(state);
+}
+
+template <>
+void encode<glDrawElements_op>(GLenum mode, GLsizei count, GLenum type, const void* indices) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<glDrawElements_op>(state, mode, count, type, indices);
+  encode_elements<glDrawElements_op>(state, count, type, indices, [=](const void* copy, u32 mask) {
+    push_with_blobs<glDrawElements_op>(state, mask, mode, count, type, copy);
+  });
+}
+
+// The range that the application names is passed on; the scanned one is what is captured, for it is true.
+template <>
+void encode<glDrawRangeElements_op>(GLenum mode, GLuint start, GLuint end, GLsizei count, GLenum type,
+                                    const void* indices) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<glDrawRangeElements_op>(state, mode, start, end, count, type, indices);
+  encode_elements<glDrawRangeElements_op>(state, count, type, indices, [=](const void* copy, u32 mask) {
+    push_with_blobs<glDrawRangeElements_op>(state, mask, mode, start, end, count, type, copy);
+  });
+}

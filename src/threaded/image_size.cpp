@@ -1,0 +1,116 @@
+#include "threaded/image_size.h"
+
+namespace {
+
+bool is_packed(GLenum type) {
+  switch (type) {
+    case GL_UNSIGNED_INT_24_8:
+    case GL_UNSIGNED_INT_10F_11F_11F_REV:
+    case GL_UNSIGNED_INT_5_9_9_9_REV:
+    case GL_FLOAT_32_UNSIGNED_INT_24_8_REV:
+      return true;
+    default:
+      return (type >= GL_UNSIGNED_BYTE_3_3_2 && type <= GL_UNSIGNED_INT_10_10_10_2) ||
+             (type >= GL_UNSIGNED_BYTE_2_3_3_REV && type <= GL_UNSIGNED_INT_2_10_10_10_REV);
+  }
+}
+
+// A row and a slice of the source, in bytes.
+struct image_pitch {
+  u64 row;
+  u64 rows;
+};
+
+image_pitch pitch_of(const __osw_pixel_store& unpack, i32 width, i32 height, GLenum format, GLenum type) {
+  const u64 w = static_cast<u64>(unpack.row_length > 0 ? unpack.row_length : width);
+  const u64 h = static_cast<u64>(unpack.image_height > 0 ? unpack.image_height : height);
+  u64 row = u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type) * w;
+  if (type == GL_BITMAP) row = (w + 7) / 8;
+  const u64 alignment = unpack.alignment > 0 ? static_cast<u64>(unpack.alignment) : 1;
+  if (const u64 rest = row % alignment) row += alignment - rest;
+  return {row, h};
+}
+
+constexpr u64 largest = 0x7FFFFFFF;
+
+}  // namespace
+
+u32 __osw_pixel_components(GLenum format, GLenum type) {
+  if (is_packed(type)) return 1;
+  switch (format) {
+    case GL_RGB:
+    case GL_BGR:
+    case GL_RGB_INTEGER:
+    case GL_BGR_INTEGER:
+      return 3;
+    case GL_RGBA:
+    case GL_BGRA:
+    case GL_ABGR_EXT:
+    case GL_RGBA_INTEGER:
+    case GL_BGRA_INTEGER:
+      return 4;
+    case GL_LUMINANCE_ALPHA:
+    case GL_RG:
+    case GL_RG_INTEGER:
+    case GL_LUMINANCE_ALPHA_INTEGER_EXT:
+      return 2;
+    default:
+      return 1;
+  }
+}
+
+u32 __osw_pixel_type_size(GLenum type) {
+  switch (type) {
+    case GL_BYTE:
+    case GL_UNSIGNED_BYTE:
+    case GL_BITMAP:
+    case GL_UNSIGNED_BYTE_3_3_2:
+    case GL_UNSIGNED_BYTE_2_3_3_REV:
+      return 1;
+    case GL_SHORT:
+    case GL_UNSIGNED_SHORT:
+    case GL_HALF_FLOAT:
+    case GL_UNSIGNED_SHORT_4_4_4_4:
+    case GL_UNSIGNED_SHORT_5_5_5_1:
+    case GL_UNSIGNED_SHORT_5_6_5:
+    case GL_UNSIGNED_SHORT_5_6_5_REV:
+    case GL_UNSIGNED_SHORT_4_4_4_4_REV:
+    case GL_UNSIGNED_SHORT_1_5_5_5_REV:
+      return 2;
+    case GL_INT:
+    case GL_UNSIGNED_INT:
+    case GL_FLOAT:
+    case GL_UNSIGNED_INT_8_8_8_8:
+    case GL_UNSIGNED_INT_10_10_10_2:
+    case GL_UNSIGNED_INT_8_8_8_8_REV:
+    case GL_UNSIGNED_INT_2_10_10_10_REV:
+    case GL_UNSIGNED_INT_24_8:
+    case GL_UNSIGNED_INT_10F_11F_11F_REV:
+    case GL_UNSIGNED_INT_5_9_9_9_REV:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type) {
+  if (width < 0 || height < 0 || depth < 0) return 0;
+  const image_pitch pitch = pitch_of(state->glrc->unpack_store, width, height, format, type);
+  u64 bytes;
+  if (__builtin_mul_overflow(pitch.row, pitch.rows, &bytes)) return 0;
+  if (__builtin_mul_overflow(bytes, static_cast<u64>(depth), &bytes)) return 0;
+  return bytes > largest ? 0 : static_cast<i32>(bytes);
+}
+
+u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
+                       GLenum type) {
+  const __osw_pixel_store& unpack = state->glrc->unpack_store;
+  const i32 image = __osw_image_size(state, size[0], size[1], size[2], format, type);
+  if (!image) return 0;
+  const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
+  const u64 pixel = u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type);
+  u64 skipped = type == GL_BITMAP ? (static_cast<u64>(unpack.skip_pixels) + 7) / 8 : unpack.skip_pixels * pixel;
+  skipped += unpack.skip_rows * pitch.row;
+  if (dimensions == 3) skipped += unpack.skip_images * pitch.row * pitch.rows;
+  return skipped > largest ? 0 : static_cast<u64>(image) + skipped;
+}

@@ -1,0 +1,115 @@
+#include "wgl/follow.h"
+
+#include "pipeline/push.h"
+#include "pipeline/threads.h"
+#include "startup/monitors.h"
+#include "startup/options.h"
+#include "wgl/geometry_commands.h"
+#include "wgl/layout.h"
+
+namespace {
+
+constexpr char subclass_property[] = "subclass_window_prop_str";
+
+WNDPROC previous_procedure(HWND hwnd) {
+  return reinterpret_cast<WNDPROC>(GetPropA(hwnd, subclass_property));
+}
+
+BOOL replace_procedure(HWND hwnd, WNDPROC procedure) {
+  const LONG_PTR previous = SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
+  return SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(previous));
+}
+
+void restore_procedure(HWND hwnd, WNDPROC previous) {
+  SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(previous));
+  RemovePropA(hwnd, subclass_property);
+}
+
+// A message that reaches a procedure whose property is gone has nobody else to go to.
+LRESULT call_previous(WNDPROC previous, HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (!previous) return DefWindowProcA(hwnd, message, wparam, lparam);
+  return CallWindowProcA(previous, hwnd, message, wparam, lparam);
+}
+
+bool changes_geometry(UINT message) {
+  return message == WM_MOVE || message == WM_SIZE || message == WM_WINDOWPOSCHANGED;
+}
+
+// The workers of this thread may still have swaps of the window in their list.
+void release_window(HWND hwnd, WNDPROC previous) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  if (__osw_has_pipeline(state)) __osw_send_sync_cmd(state);
+  __osw_detach_window_mapping(hwnd);
+  restore_procedure(hwnd, previous);
+}
+
+LRESULT CALLBACK __osw_window_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  const WNDPROC previous = previous_procedure(hwnd);
+  if (message == WM_DESTROY) release_window(hwnd, previous);
+  if (changes_geometry(message)) __osw_on_window_changed(hwnd);
+  return call_previous(previous, hwnd, message, wparam, lparam);
+}
+
+BOOL CALLBACK follow_descendant(HWND hwnd, LPARAM) {
+  __osw_on_window_changed(hwnd);
+  return 1;
+}
+
+LRESULT CALLBACK __osw_ancestor_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  const WNDPROC previous = previous_procedure(hwnd);
+  if (message == WM_DESTROY) restore_procedure(hwnd, previous);
+  if (changes_geometry(message)) EnumChildWindows(hwnd, follow_descendant, 0);
+  return call_previous(previous, hwnd, message, wparam, lparam);
+}
+
+void refresh_rects(__osw_window_mapping* mapping) {
+  RECT client = mapping->client_rect;
+  GetClientRect(mapping->app_hwnd, &client);
+  __osw_store_rect(mapping->client_rect, client);
+  GetWindowRect(mapping->app_hwnd, &mapping->window_rect);
+}
+
+void relayout(const __osw_thread_state* state, void (*layout)(__osw_window_mapping*, i32)) {
+  __osw_window_mapping* mapping = state->window_mapping;
+  if (!mapping || !OSW_DW_UseSplitParentMethod) return;
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    layout(mapping, part);
+    __osw_apply_child_rect(&mapping->parts[part]);
+  }
+}
+
+}  // namespace
+
+BOOL __osw_subclass_window(HWND hwnd) {
+  BOOL replaced = replace_procedure(hwnd, __osw_window_subclass_proc);
+  for (HWND ancestor = GetParent(hwnd); ancestor; ancestor = GetParent(ancestor)) {
+    if (previous_procedure(ancestor)) continue;
+    replaced &= replace_procedure(ancestor, __osw_ancestor_subclass_proc);
+  }
+  return replaced;
+}
+
+void __osw_on_window_changed(HWND hwnd) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  __osw_window_mapping* mapping = __osw_window_mapping_of(hwnd);
+  if (!mapping) return;
+  refresh_rects(mapping);
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    __osw_layout_part(mapping, part);
+    __osw_apply_child_rect(&mapping->parts[part]);
+  }
+  __osw_send_viewport_offset(state);
+  if (state->seq_path) {
+    __osw_seq_send_drawable_size(state);
+  } else if (state->has_context) {
+    __osw_send_drawable_size(state);
+  }
+}
+
+void __osw_relayout_intersect(__osw_thread_state* state) {
+  relayout(state, __osw_layout_intersect);
+}
+
+void __osw_relayout_split(__osw_thread_state* state) {
+  relayout(state, __osw_layout_split_parent);
+}

@@ -1,0 +1,38 @@
+// The registry of application contexts: which child context stands behind each on each part.
+#pragma once
+
+#include "dispatch/thread_state.h"
+#include "wgl/client_state.h"
+#include "wgl/pixel_store.h"
+
+constexpr int max_glrcs = 64;
+
+// A slot is free when its key is null. The handles are written once, in one copy under the lock, and zeroed under it;
+// all that follows `child_hglrc` is written without a lock by the thread that has the context current.
+struct __osw_glrc {
+  HGLRC app_hglrc;        // the handle that the application holds; key of the slot
+  HANDLE app_gl_context;  // driver contexts: sequential path only
+  HGLRC child_hglrc[max_parts];
+  HANDLE child_gl_context[max_parts];
+  u32 viewport_set;  // 1 once the context's first viewport has been issued
+  __osw_client_state client_state;
+  __osw_pixel_store pack_store;
+  __osw_pixel_store unpack_store;
+};
+
+extern __osw_glrc __osw_glrc_registry[max_glrcs];
+
+// Guards the scans, the fill and the zeroing of slots; no system call is made under it. Made and deleted with the
+// process.
+extern CRITICAL_SECTION __osw_glrc_lock;
+
+// The record of a context, or null. `hglrc` is not null. The record is used after the lock is gone: it is static
+// storage, and a caller that deletes the context meanwhile sees it zeroed. Any thread.
+__osw_glrc* __osw_glrc_lookup(HGLRC hglrc);
+
+// Copies `record` into the first free slot. A full table takes no copy, and nothing is said: the context works without
+// parts then. Any thread.
+void __osw_glrc_enter(const __osw_glrc& record);
+
+// Zeroes the record of a context. Any thread.
+void __osw_glrc_erase(HGLRC hglrc);
