@@ -36,7 +36,7 @@ struct window_setup {
   RECT rect = {100, 100, 740, 580};  // on the screen, or in the parent's client area for WS_CHILD
   DWORD style = WS_OVERLAPPEDWINDOW | WS_VISIBLE;
   HWND parent = nullptr;
-  frame_widths frame;
+  frame_widths frame = {};
   WNDPROC procedure = nullptr;  // null for DefWindowProcA
   bool own_dc = true;
 };
