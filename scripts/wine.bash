@@ -149,11 +149,15 @@ run_message_box() {
   grep -a -m 1 ':msgbox:' "$run_log"
 }
 
-# finish_run: waits for the run to end and gives its status: 124 after the time limit, 125 for a message box, which
-# nobody is there to answer.
+# The run waits at a message box that nobody can see or answer.
+run_stuck() {
+  [ -n "$xvfb_pid" ] && run_message_box >/dev/null
+}
+
+# finish_run: waits for the run to end and gives its status: 124 after the time limit, 125 for a message box.
 finish_run() {
   while run_alive; do
-    if run_message_box >/dev/null; then
+    if run_stuck; then
       sleep 1
       import -window root "$run_log.png" 2>/dev/null || true
       end_programs

@@ -1,0 +1,64 @@
+# shellcheck shell=bash source=scripts/machine.bash
+# Windows programs from a list, one after the other, each in a folder of its own. Sourced, not run; needs machine.bash and
+# wine.bash. The form of a list stands at the top of tests/system/tests.list.
+
+# run_wine_programs LIST FOLDER PREFIX [NAME...]: runs the programs of the list, or those named, and prints for each its
+# name and "passed" or what went wrong. What a program printed is in FOLDER/NAME.log.
+run_wine_programs() {
+  local list=$1 folder=$2 monitors=0
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  begin_wine "$3"
+  shift 3
+  local name seconds wanted mode command
+  # The list comes by a descriptor that no program reads.
+  while IFS='|' read -r -u 6 name seconds wanted mode command; do
+    read -r name <<<"$name"
+    case $name in "" | \#*) continue ;; esac
+    if [ $# -gt 0 ] && [[ " $* " != *" $name "* ]]; then continue; fi
+    if [ "$((wanted))" -ne "$monitors" ]; then
+      monitors=$((wanted))
+      set_monitors "$monitors"
+    fi
+    run_wine_program "$name" "$((seconds))" "${mode// /}" "$command" "$folder/$name"
+  done 6<"$list"
+}
+
+# run_wine_program NAME SECONDS MODE COMMAND FOLDER: one program. Its folder is removed if it passes.
+run_wine_program() {
+  local name=$1 seconds=$2 mode=$3 folder=$5 log=$5.log program arguments status=0
+  read -r program arguments <<<"$4"
+  # The list's arguments are plain words.
+  # shellcheck disable=SC2206
+  arguments=($arguments)
+  if ! stage "$folder" "$root/build/windows/$program" "$root/build/windows/oswctl.exe" 2>"$log"; then
+    echo "$name cannot be run: the build has no $program, or a library is missing"
+    return 0
+  fi
+  use_our_library
+  local command=("$folder/$program" "${arguments[@]}")
+  case $mode in
+    bypassed) ;;
+    spanned-2 | spanned-4) command=("$folder/oswctl.exe" run --parts "${mode#spanned-}" -- "${command[@]}") ;;
+    plain)
+      use_wines_library
+      rm "$folder/opengl32.dll" "$folder/opengl32sys.dll"
+      ;;
+    *)
+      echo "$name has an unknown mode, $mode"
+      return 0
+      ;;
+  esac
+  pushd "$folder" >/dev/null || return
+  start_run "$seconds" "$log" "${command[@]}"
+  popd >/dev/null || return
+  finish_run || status=$?
+  if [ "$status" -eq 0 ]; then
+    echo "$name passed"
+    rm -rf "$folder"
+  else
+    echo "$name $(run_words "$status")"
+    # What the switch had set for the run may still be there.
+    reset_registry
+  fi
+}
