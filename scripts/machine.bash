@@ -25,6 +25,13 @@ wrong_use() {
   exit 2
 }
 
+# packaged_file PACKAGE ENDING: prints the path of the package's first file that ends so; status 1 if there is none.
+packaged_file() {
+  # Reads to the end: a pipe closed early would end dpkg with a failure.
+  dpkg -L "$1" | awk -v ending="$2" \
+    '!found && substr($0, length($0) - length(ending) + 1) == ending { print; found = 1 } END { exit !found }'
+}
+
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"

@@ -26,7 +26,8 @@ crop() {
 count_differing() {
   local count
   # Its status is 1 when they differ. Large counts come as 1.5e+06, and newer versions add a share in parentheses.
-  count=$(timeout 30 compare -metric AE "$1" "$2" null: 2>&1) || [ $? -eq 1 ] || die "the pictures could not be compared"
+  count=$(timeout 30 compare -metric AE "$1" "$2" null: 2>&1) || [ $? -eq 1 ] ||
+    die "the pictures could not be compared"
   awk -v count="${count%% *}" 'BEGIN { printf "%d\n", count }'
 }
 

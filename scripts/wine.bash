@@ -1,6 +1,6 @@
 # shellcheck shell=bash source=scripts/machine.bash
-# Windows programs on this machine: an X server and a Wine prefix of the script's own, and runs that cannot hang. Sourced,
-# not run; needs machine.bash. Everything that is started here is ended by stop_wine, which an EXIT trap calls.
+# Windows programs on this machine: an X server and a Wine prefix of the script's own, and runs that cannot hang.
+# Sourced, not run; needs machine.bash. Everything that is started here is ended by stop_wine, which an EXIT trap calls.
 #
 # The prefix stands below build/wine/, one for each script, so that two scripts can run at once.
 
@@ -77,7 +77,7 @@ make_prefix() {
 # The reference driver stands on Wine's own library, under a name that nothing else has.
 install_host_library() {
   local wines
-  wines=$(dpkg -L libwine | grep -m 1 '/x86_64-windows/opengl32\.dll$') || die "Wine's own opengl32.dll was not found"
+  wines=$(packaged_file libwine /x86_64-windows/opengl32.dll) || die "Wine's own opengl32.dll was not found"
   local libraries=${wines%/x86_64-windows/*} into=$WINEDLLPATH
   mkdir -p "$into/x86_64-windows" "$into/x86_64-unix"
   cp -u "$wines" "$into/x86_64-windows/opengl32host.dll"
@@ -114,14 +114,21 @@ set_monitors() {
   xrandr --setmonitor R "$half/200x$height/200+$half+0" none >/dev/null
 }
 
+# set_threaded 0|1: whether programs started from now on take the threaded path in any case.
+set_threaded() {
+  timeout -k 5 60 wine "$root/build/windows/oswctl.exe" set OSW_DW_GLDispatchUseMtPath "$1" \
+    >>"$WINEPREFIX.log" 2>&1 8>&- ||
+    die "oswctl set failed, see ${WINEPREFIX#"$root"/}.log"
+}
+
 # end_programs: ends all of the prefix's programs and its server.
 end_programs() {
   timeout -k 5 20 wineserver -k 2>/dev/null || true
   timeout -k 5 20 wineserver -w 2>/dev/null || true
 }
 
-# stage FOLDER PROGRAM...: an empty FOLDER with copies of the programs and of both libraries, as an installed program has
-# them. A program's shared section belongs to its copy of the library.
+# stage FOLDER PROGRAM...: an empty FOLDER with copies of the programs and of both libraries, as an installed program
+# has them. A program's shared section belongs to its copy of the library.
 stage() {
   local folder=$1
   shift
@@ -136,6 +143,7 @@ start_run() {
   local seconds=$1
   run_log=$2
   shift 2
+  : >"$run_log"
   timeout -k 5 "$seconds" wine "$@" >"$run_log" 2>&1 </dev/null 8>&- &
   run_pid=$!
 }
@@ -203,7 +211,8 @@ need_64_bit() {
   local header machine
   [ "$(head -c 2 "$1")" = MZ ] || wrong_use "$1 is not a Windows program"
   header=$(($(od -An -t u4 -j 60 -N 4 "$1")))
-  [ "$(od -An -c -j "$header" -N 4 "$1" 2>/dev/null | tr -d ' ')" = 'PE\0\0' ] || wrong_use "$1 is not a Windows program"
+  [ "$(od -An -c -j "$header" -N 4 "$1" 2>/dev/null | tr -d ' ')" = 'PE\0\0' ] ||
+    wrong_use "$1 is not a Windows program"
   machine=$(od -An -t x2 -j $((header + 4)) -N 2 "$1" | tr -d ' ')
   [ "$machine" = 8664 ] || wrong_use "$1 is not a 64-bit program (machine type 0x$machine)"
 }

@@ -1,11 +1,11 @@
 # shellcheck shell=bash source=scripts/machine.bash
-# Windows programs from a list, one after the other, each in a folder of its own. Sourced, not run; needs machine.bash and
-# wine.bash. The form of a list stands at the top of tests/system/tests.list.
+# Windows programs from a list, one after the other, each in a folder of its own. Sourced, not run; needs machine.bash
+# and wine.bash. The form of a list stands at the top of tests/system/tests.list.
 
 # run_wine_programs LIST FOLDER PREFIX [NAME...]: runs the programs of the list, or those named, and prints for each its
 # name and "passed" or what went wrong. What a program printed is in FOLDER/NAME.log.
 run_wine_programs() {
-  local list=$1 folder=$2 monitors=0
+  local list=$1 folder=$2 monitors=0 path=0
   rm -rf "$folder"
   mkdir -p "$folder"
   begin_wine "$3"
@@ -20,7 +20,15 @@ run_wine_programs() {
       monitors=$((wanted))
       set_monitors "$monitors"
     fi
-    run_wine_program "$name" "$((seconds))" "${mode// /}" "$command" "$folder/$name"
+    mode=${mode// /}
+    if [[ "$mode" == threaded-* ]] && [ "$path" -ne 1 ]; then
+      path=1
+      set_threaded 1
+    elif [[ "$mode" == spanned-* ]] && [ "$path" -ne 0 ]; then
+      path=0
+      set_threaded 0
+    fi
+    run_wine_program "$name" "$((seconds))" "$mode" "$command" "$folder/$name"
   done 6<"$list"
 }
 
@@ -39,7 +47,9 @@ run_wine_program() {
   local command=("$folder/$program" "${arguments[@]}")
   case $mode in
     bypassed) ;;
-    spanned-2 | spanned-4) command=("$folder/oswctl.exe" run --parts "${mode#spanned-}" -- "${command[@]}") ;;
+    spanned-2 | spanned-4 | threaded-2 | threaded-4)
+      command=("$folder/oswctl.exe" run --parts "${mode#*-}" -- "${command[@]}")
+      ;;
     plain)
       use_wines_library
       rm "$folder/opengl32.dll" "$folder/opengl32sys.dll"
