@@ -1,0 +1,275 @@
+#include "binding.h"
+
+#include <atomic>
+#include <cstdlib>
+
+#include "host.h"
+#include "spare_window.h"
+#include "stand_in.h"
+#include "window_coordinates.h"
+
+namespace {
+
+constexpr DWORD no_slot = TLS_OUT_OF_INDEXES;
+
+DWORD state_slot = no_slot;
+std::atomic<unsigned long long> switch_count;
+
+void set_bound(thread_state* thread, bool bound) {
+  TlsSetValue(driver_bound_slot, bound ? thread : nullptr);
+}
+
+BOOL host_make_current(HDC draw, HDC read, HGLRC hglrc) {
+  switch_count.fetch_add(1, std::memory_order_relaxed);
+  if (draw == read) return host_wgl_entry<wglMakeCurrent_op>()(draw, hglrc);
+  return host_wgl_entry<wglMakeContextCurrentARB_op>()(draw, read, hglrc);
+}
+
+// Gives up what the host has current on this thread.
+BOOL release_real(thread_state* thread) {
+  set_bound(thread, false);
+  if (thread->real == nullptr) return TRUE;
+  const BOOL result = host_make_current(nullptr, nullptr, nullptr);
+  set_holder(thread->real, 0);
+  thread->real = nullptr;
+  return result;
+}
+
+// A window is drawn to for as long as it lives, also when its application gave the device context back.
+HDC lasting_hdc(const drawable& target, drawable& borrowed) {
+  if (HDC hdc = stand_in_hdc(target.hwnd)) return hdc;
+  if (target.hwnd == nullptr || WindowFromDC(target.hdc) == target.hwnd) return target.hdc;
+  if (borrowed.hwnd != target.hwnd) {
+    if (borrowed.hdc != nullptr) ReleaseDC(borrowed.hwnd, borrowed.hdc);
+    borrowed = {GetDC(target.hwnd), target.hwnd};
+  }
+  return borrowed.hdc;
+}
+
+bool is_same(const drawable& a, const drawable& b) {
+  return a.hdc == b.hdc && a.hwnd == b.hwnd;
+}
+
+BOOL make_current_on(context* c, HDC draw, HDC read) {
+  if (draw == nullptr || !host_make_current(draw, read, c->hglrc)) return FALSE;
+  c->host_draw = draw;
+  c->host_read = read;
+  return TRUE;
+}
+
+// The host's device contexts are looked up only after a change, or when those of the last time are gone.
+BOOL make_real(context* c) {
+  if (!c->stale && make_current_on(c, c->host_draw, c->host_read)) return TRUE;
+  if (c->spared) {
+    HDC spare = spare_hdc(c);
+    if (make_current_on(c, spare, spare)) return TRUE;
+  }
+  HDC draw = lasting_hdc(c->draw, c->borrowed);
+  return make_current_on(c, draw, is_same(c->draw, c->read) ? draw : host_hdc(c->read.hdc));
+}
+
+void refuse(thread_state* thread, const char* why) {
+  report("context %p cannot be made current on the host: %s, error %lu", static_cast<void*>(thread->current->hglrc),
+         why, GetLastError());
+  release_real(thread);
+  thread->refused = true;
+}
+
+// The host's turn, when what it has is not what the thread noted.
+bool realize(thread_state* thread) {
+  context* c = thread->current;
+  if (c->hglrc == nullptr) {
+    refuse(thread, "it was deleted");
+    return false;
+  }
+  const DWORD holder = holder_of(c);
+  if (holder != 0 && holder != thread->id) {
+    refuse(thread, "another thread uses it");
+    return false;
+  }
+  if (!make_real(c)) {
+    refuse(thread, "the host refused");
+    return false;
+  }
+  if (thread->real != nullptr && thread->real != c) set_holder(thread->real, 0);
+  thread->real = c;
+  set_holder(c, thread->id);
+  c->stale = false;
+  return true;
+}
+
+void note_drawables(context* c, HDC draw, HDC read) {
+  const drawable new_draw = {draw, WindowFromDC(draw)};
+  const drawable new_read = read == draw ? new_draw : drawable{read, WindowFromDC(read)};
+  if (!is_same(new_draw, c->draw) || !is_same(new_read, c->read) || c->spared) c->stale = true;
+  note_first_drawable(c, new_draw.hwnd);
+  c->draw = new_draw;
+  c->read = new_read;
+  c->spared = false;
+}
+
+// The host refuses a drawable without a pixel format at once, and so must a binding that is only noted.
+bool has_pixel_format(HDC hdc, int* format) {
+  *format = host_wgl_entry<wglGetPixelFormat_op>()(hdc);
+  if (*format != 0) return true;
+  SetLastError(GetObjectType(hdc) == 0 ? ERROR_INVALID_HANDLE : ERROR_INVALID_PIXEL_FORMAT);
+  return false;
+}
+
+// Whether the host would take the pair. It is asked itself where the formats alone do not tell.
+bool is_acceptable(thread_state* thread, context* c, HDC draw, HDC read) {
+  int draw_format = 0, read_format = 0;
+  if (!has_pixel_format(draw, &draw_format)) return false;
+  if (read != draw && !has_pixel_format(read, &read_format)) return false;
+  if (read == draw && draw_format == c->pixel_format) return true;
+  release_real(thread);
+  const BOOL accepted = host_make_current(host_hdc(draw), host_hdc(read), c->hglrc);
+  const DWORD error = GetLastError();
+  host_make_current(nullptr, nullptr, nullptr);
+  SetLastError(error);
+  return accepted;
+}
+
+BOOL note_none(thread_state* thread, HDC hdc) {
+  if (thread->owned != nullptr) drop_ownership(thread->owned);
+  const bool had_one = thread->current != nullptr;
+  thread->owned = thread->current = nullptr;
+  if (thread->real != nullptr) return release_real(thread);
+  return had_one ? TRUE : host_wgl_entry<wglMakeCurrent_op>()(hdc, nullptr);
+}
+
+void set_current(thread_state* thread, context* c) {
+  thread->current = c;
+  thread->refused = false;
+  set_bound(thread, thread->real == c && !c->stale);
+}
+
+// A context that came about in a way that the driver does not know.
+context* adopt(HGLRC hglrc) {
+  context* c = register_context(hglrc, 0);
+  if (c == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  return c;
+}
+
+}  // namespace
+
+extern "C" DWORD driver_bound_slot;
+DWORD driver_bound_slot = no_slot;
+
+bool start_bindings() {
+  state_slot = TlsAlloc();
+  driver_bound_slot = TlsAlloc();
+  return state_slot != no_slot && driver_bound_slot != no_slot;
+}
+
+void stop_bindings() {
+  TlsFree(state_slot);
+  TlsFree(driver_bound_slot);
+}
+
+void end_thread_binding() {
+  auto* thread = static_cast<thread_state*>(TlsGetValue(state_slot));
+  if (thread == nullptr) return;
+  if (thread->owned != nullptr) drop_ownership(thread->owned);
+  release_real(thread);
+  TlsSetValue(state_slot, nullptr);
+  free(thread);
+}
+
+thread_state* this_thread() {
+  auto* thread = static_cast<thread_state*>(TlsGetValue(state_slot));
+  if (thread != nullptr) return thread;
+  load_host();
+  thread = static_cast<thread_state*>(calloc(1, sizeof(thread_state)));
+  if (thread == nullptr) return nullptr;
+  thread->id = GetCurrentThreadId();
+  TlsSetValue(state_slot, thread);
+  return thread;
+}
+
+thread_state* bind_current() {
+  thread_state* thread = this_thread();
+  if (thread == nullptr || thread->current == nullptr || thread->refused) return nullptr;
+  context* c = thread->current;
+  if (thread->real != c || c->stale) {
+    if (!realize(thread)) return nullptr;
+    set_bound(thread, true);
+    settle_new_binding(c);
+  }
+  return thread;
+}
+
+// For the thunks, which know the name.
+extern "C" thread_state* driver_bind_current() {
+  return bind_current();
+}
+
+BOOL note_binding(HDC draw, HDC read, HGLRC hglrc) {
+  thread_state* thread = this_thread();
+  if (thread == nullptr) return FALSE;
+  if (hglrc == nullptr) return note_none(thread, draw);
+  context* c = find_context(hglrc);
+  const bool adopted = c == nullptr;
+  if (adopted && (c = adopt(hglrc)) == nullptr) return FALSE;
+  const DWORD owner = owner_of(c);
+  if (owner != 0 && owner != thread->id) {
+    SetLastError(ERROR_BUSY);
+    return FALSE;
+  }
+  if (!is_acceptable(thread, c, draw, read)) {
+    if (adopted) unregister_context(c);
+    return FALSE;
+  }
+  if (!take_ownership(c, thread->owned == c ? nullptr : thread->owned, thread->id)) {
+    SetLastError(ERROR_BUSY);
+    return FALSE;
+  }
+  thread->owned = c;
+  // Another thread may bind what this one has left behind.
+  if (thread->real != c) release_real(thread);
+  note_drawables(c, draw, read);
+  set_current(thread, c);
+  return TRUE;
+}
+
+BOOL switch_to(context* c) {
+  thread_state* thread = this_thread();
+  if (thread == nullptr || c == nullptr) return FALSE;
+  if (thread->current == c && !thread->refused) return TRUE;
+  if (c->hglrc == nullptr || c->draw.hdc == nullptr) {
+    report("a switch to a context that is deleted or was never bound");
+    return FALSE;
+  }
+  const DWORD holder = holder_of(c);
+  if (holder != 0 && holder != thread->id) {
+    report("a switch to context %p, which thread %lu uses", static_cast<void*>(c->hglrc), holder);
+    return FALSE;
+  }
+  set_current(thread, c);
+  return TRUE;
+}
+
+void forget_context(context* c) {
+  thread_state* thread = this_thread();
+  if (thread == nullptr) return;
+  if (thread->owned == c) {
+    drop_ownership(c);
+    thread->owned = nullptr;
+  }
+  if (thread->real == c || thread->current == c) release_real(thread);
+  if (thread->current == c) thread->current = nullptr;
+}
+
+void unsettle_drawables(thread_state* thread) {
+  thread->current->stale = true;
+  set_bound(thread, false);
+}
+
+HDC host_hdc(HDC hdc) {
+  HDC hosts = stand_in_hdc(WindowFromDC(hdc));
+  return hosts == nullptr ? hdc : hosts;
+}
+
+unsigned long long driver_OswDriverSwitchCount() {
+  return switch_count.load(std::memory_order_relaxed);
+}

@@ -1,0 +1,76 @@
+// Which context each thread's calls go to, and when the host is told.
+//
+// wglMakeCurrent and wglFastSwitchContextZ4 only note a binding. The host's wglMakeCurrent is made by the next call
+// that needs it, so that a context which a thread merely owns can be drawn to by another, and a context that is
+// switched to and away from without a call costs the host nothing.
+#pragma once
+
+#include <windows.h>
+
+#include <intrin.h>
+
+#include "context.h"
+
+// Made at a thread's first call that needs it, freed when the thread ends.
+struct thread_state {
+  DWORD id;
+  context* owned;    // by wglMakeCurrent
+  context* current;  // what the thread's calls go to: `owned`, or what was switched to
+  context* real;     // current on the host
+  bool refused;      // the host refused `current`: it is not asked again before the next binding
+  int depth;         // of calls into the host that may come back through gdi32
+};
+
+// TLS slot that holds the thread's state while its noted binding is real on the host, and null otherwise.
+extern "C" DWORD driver_bound_slot;
+
+// Process and thread life, called by DllMain with the loader lock held. The first returns false when no slot is to be
+// had.
+bool start_bindings();
+void stop_bindings();
+void end_thread_binding();
+
+// The calling thread's state if its binding is real, else null; also null when the slot lies beyond the thread block's
+// first 64, which bind_current settles. This is TlsGetValue written out: the call would cost every GL call a spill of
+// its arguments.
+inline thread_state* bound_thread() {
+  const DWORD slot = driver_bound_slot;
+  if (slot >= 64) [[unlikely]]
+    return nullptr;
+  return reinterpret_cast<thread_state*>(__readgsqword(0x1480 + slot * 8));
+}
+
+// Makes the calling thread's noted binding real. Returns the thread's state, or null when nothing is current or the
+// host refused, which is reported; then nothing is current on the host either. Loads the host. Not under the loader
+// lock.
+thread_state* bind_current();
+
+// The context that the calling thread's next call to the host will reach, or null.
+inline context* calling_context() {
+  thread_state* thread = bound_thread();
+  if (thread == nullptr) thread = bind_current();
+  return thread == nullptr ? nullptr : thread->current;
+}
+
+// The calling thread's state, without any binding being made real. Null when there is no memory.
+thread_state* this_thread();
+
+// Notes `hglrc` on `draw` and `read` as the calling thread's binding, or none with a null `hglrc`. What the host has
+// current is given up if it is another context. Returns as wglMakeCurrent and sets the last error.
+BOOL note_binding(HDC draw, HDC read, HGLRC hglrc);
+
+// Makes `c` the calling thread's context, on the drawables that it was last bound to, whoever owns it. False, with a
+// report and no change, when it was never bound, is deleted, or is current on the host on another thread.
+BOOL switch_to(context* c);
+
+// Lets the calling thread have no context, on the host too, and frees `c` from what the thread notes of it.
+void forget_context(context* c);
+
+// Says that the calling thread's current context no longer has the drawables that the host has.
+void unsettle_drawables(thread_state* thread);
+
+// The host's device context for one that an application gave.
+HDC host_hdc(HDC hdc);
+
+// How many times the host's wglMakeCurrent was called in this process.
+extern "C" unsigned long long driver_OswDriverSwitchCount();

@@ -1,0 +1,96 @@
+#include "context.h"
+
+#include <atomic>
+#include <cstdlib>
+
+namespace {
+
+SRWLOCK lock = SRWLOCK_INIT;
+context* first_context;
+
+context* find_record(HGLRC hglrc) {
+  for (context* c = first_context; c != nullptr; c = c->next) {
+    if (c->hglrc == hglrc) return c;
+  }
+  return nullptr;
+}
+
+context* new_record() {
+  auto* c = static_cast<context*>(calloc(1, sizeof(context)));
+  if (c == nullptr) return nullptr;
+  c->next = first_context;
+  first_context = c;
+  return c;
+}
+
+void clear(context* c) {
+  context* next = c->next;
+  *c = context{};
+  c->next = next;
+}
+
+DWORD load(const DWORD& word) {
+  return std::atomic_ref<DWORD>(const_cast<DWORD&>(word)).load();
+}
+
+void store(DWORD& word, DWORD value) {
+  std::atomic_ref<DWORD>(word).store(value);
+}
+
+}  // namespace
+
+context* register_context(HGLRC hglrc, int pixel_format) {
+  AcquireSRWLockExclusive(&lock);
+  context* c = find_record(nullptr);
+  if (c == nullptr) c = new_record();
+  if (c != nullptr) {
+    c->hglrc = hglrc;
+    c->pixel_format = pixel_format;
+    c->withheld_extensions = -1;
+  }
+  ReleaseSRWLockExclusive(&lock);
+  return c;
+}
+
+context* find_context(HGLRC hglrc) {
+  if (hglrc == nullptr) return nullptr;
+  AcquireSRWLockShared(&lock);
+  context* c = find_record(hglrc);
+  ReleaseSRWLockShared(&lock);
+  return c;
+}
+
+void unregister_context(context* c) {
+  AcquireSRWLockExclusive(&lock);
+  clear(c);
+  ReleaseSRWLockExclusive(&lock);
+}
+
+bool take_ownership(context* c, context* previous, DWORD thread) {
+  AcquireSRWLockExclusive(&lock);
+  const bool available = c->owner == 0 || c->owner == thread;
+  if (available) {
+    if (previous != nullptr) store(previous->owner, 0);
+    store(c->owner, thread);
+  }
+  ReleaseSRWLockExclusive(&lock);
+  return available;
+}
+
+void drop_ownership(context* c) {
+  AcquireSRWLockExclusive(&lock);
+  store(c->owner, 0);
+  ReleaseSRWLockExclusive(&lock);
+}
+
+void set_holder(context* c, DWORD thread) {
+  store(c->holder, thread);
+}
+
+DWORD owner_of(const context* c) {
+  return load(c->owner);
+}
+
+DWORD holder_of(const context* c) {
+  return load(c->holder);
+}

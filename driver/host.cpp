@@ -1,0 +1,148 @@
+#include "host.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "thunks.h"
+
+namespace {
+
+u64 nothing() {
+  return 0;
+}
+
+const __osw_proc lacking = reinterpret_cast<__osw_proc>(nothing);
+
+constexpr DWORD longest_path = 4096;
+
+HMODULE host_module;
+
+#define GL_OP(number, function, ...) #function,
+const char* const gl_names[] = {
+#include "ops/gl_ops.inc"
+};
+#undef GL_OP
+
+#define WGL_OP(number, function, ...) #function,
+const char* const wgl_names[] = {
+#include "ops/wgl_ops.inc"
+};
+#undef WGL_OP
+
+// A library that stands on this driver, or is one like it, would call the driver again for every call.
+bool leads_back_here(HMODULE module) {
+  return GetProcAddress(module, "EnablePerformanceOptimization") != nullptr ||
+         GetProcAddress(module, "OswDriverSwitchCount") != nullptr;
+}
+
+HMODULE load_usable(const char* path) {
+  HMODULE module = LoadLibraryA(path);
+  if (module == nullptr) return nullptr;
+  if (!leads_back_here(module)) return module;
+  report("%s stands on this driver and cannot be its host", path);
+  FreeLibrary(module);
+  return nullptr;
+}
+
+HMODULE load_beside_driver(const char* file) {
+  HMODULE self = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<const char*>(&host_module), &self);
+  char path[longest_path];
+  const DWORD length = GetModuleFileNameA(self, path, longest_path);
+  if (length == 0 || length >= longest_path) return nullptr;
+  char* name = strrchr(path, '\\');
+  name = name == nullptr ? path : name + 1;
+  if (static_cast<std::size_t>(path + longest_path - name) <= strlen(file)) return nullptr;
+  strcpy(name, file);
+  return load_usable(path);
+}
+
+HMODULE load_system_library() {
+  char path[longest_path];
+  const UINT length = GetSystemDirectoryA(path, longest_path - 16);
+  if (length == 0 || length >= longest_path - 16) return nullptr;
+  strcpy(path + length, "\\opengl32.dll");
+  return load_usable(path);
+}
+
+HMODULE find_host() {
+  char named[longest_path];
+  const DWORD length = GetEnvironmentVariableA("OSW_DRIVER_HOST", named, longest_path);
+  // Who names a library wants that one: another in its place would only hide the mistake.
+  if (length != 0 && length < longest_path) return load_usable(named);
+  if (HMODULE module = load_beside_driver("opengl32host.dll")) return module;
+  if (HMODULE module = load_usable("opengl32host.dll")) return module;
+  return load_system_library();
+}
+
+__osw_proc exported(const char* name) {
+  return reinterpret_cast<__osw_proc>(GetProcAddress(host_module, name));
+}
+
+void fill_from_exports(__osw_proc* table, const char* const* names, int count) {
+  for (int op = 0; op < count; ++op) {
+    if (__osw_proc entry = exported(names[op])) table[op] = entry;
+  }
+}
+
+BOOL CALLBACK load_once(INIT_ONCE*, void*, void**) {
+  for (__osw_proc& entry : host_gl) entry = lacking;
+  for (__osw_proc& entry : host_wgl) entry = lacking;
+  host_module = find_host();
+  if (host_module == nullptr) {
+    report("no host library was found, error %lu", GetLastError());
+    return TRUE;
+  }
+  fill_from_exports(host_gl, gl_names, gl_op_count);
+  fill_from_exports(host_wgl, wgl_names, wgl_op_count);
+  for (int i = 0; i < export_thunk_count; ++i) {
+    if (__osw_proc entry = exported(thunked_exports[i])) thunk_targets[i] = entry;
+  }
+  return TRUE;
+}
+
+bool find_in_host(__osw_proc& slot, const char* name) {
+  if (slot != lacking) return true;
+  __osw_proc entry = ask_host(name);
+  if (entry == nullptr) return false;
+  slot = entry;
+  return true;
+}
+
+}  // namespace
+
+__osw_proc host_gl[gl_op_count];
+__osw_proc host_wgl[wgl_op_count];
+
+bool load_host() {
+  static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
+  InitOnceExecuteOnce(&once, load_once, nullptr, nullptr);
+  return host_module != nullptr;
+}
+
+__osw_proc ask_host(const char* name) {
+  if (!load_host()) return nullptr;
+  const auto answer = reinterpret_cast<INT_PTR>(host_wgl_entry<wglGetProcAddress_op>()(name));
+  return answer >= -1 && answer <= 3 ? nullptr : reinterpret_cast<__osw_proc>(answer);
+}
+
+bool find_host_gl(int op, const char* name) {
+  return find_in_host(host_gl[op], name);
+}
+
+bool find_host_wgl(int op, const char* name) {
+  return find_in_host(host_wgl[op], name);
+}
+
+void report(const char* format, ...) {
+  char line[256] = "opengl32sys: ";
+  const std::size_t start = strlen(line);
+  va_list arguments;
+  va_start(arguments, format);
+  vsnprintf(line + start, sizeof line - start - 1, format, arguments);
+  va_end(arguments);
+  strcat(line, "\n");
+  OutputDebugStringA(line);
+}

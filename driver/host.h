@@ -1,0 +1,42 @@
+// The host library: the WGL library that the driver stands on, and the table of its entries.
+#pragma once
+
+#include "ops/ops.h"
+
+// The host's entry of each op, in op order. A slot without one holds a function that returns 0: the host was not found,
+// lacks the function, or was not asked yet for it, as it is for an extension until an application asks the driver.
+// Slots are filled without a lock, always with the same value, and never emptied.
+extern __osw_proc host_gl[gl_op_count];
+extern __osw_proc host_wgl[wgl_op_count];
+
+// Loads the host library once in the process: the one that OSW_DRIVER_HOST names, else opengl32host.dll beside the
+// driver or on the loader's path, else the system folder's opengl32.dll. Returns whether there is one; without one the
+// reason is reported and every entry returns 0. Any thread, outside DllMain.
+bool load_host();
+
+// The host's answer to a function's name, or null; the small numbers that some libraries answer instead of null count
+// as null. An extension has an answer only while a context is current on the calling thread.
+__osw_proc ask_host(const char* name);
+
+// Fills the slot of an op that the host does not export, under a current context. Returns whether the host has it.
+bool find_host_gl(int op, const char* name);
+bool find_host_wgl(int op, const char* name);
+
+// One line to the debugger, at most 255 characters.
+[[gnu::format(__printf__, 1, 2)]] void report(const char* format, ...);
+
+template <class Op>
+inline typename Op::type* host_gl_entry() {
+  return reinterpret_cast<typename Op::type*>(host_gl[Op::op]);
+}
+
+template <class Op>
+inline typename Op::type* host_wgl_entry() {
+  return reinterpret_cast<typename Op::type*>(host_wgl[Op::op]);
+}
+
+// Whether the host has a GL op at all. The calling thread's context must be real on the host.
+template <class Op>
+inline bool host_has() {
+  return find_host_gl(Op::op, Op::name);
+}

@@ -1,0 +1,88 @@
+#include "driver.h"
+
+HMODULE driver_module;
+driver_entries driver;
+
+namespace {
+
+constexpr const char* class_name = "driver_test_window";
+
+template <class Function>
+void fill(Function*& slot, __osw_proc entry) {
+  if (slot == nullptr) slot = reinterpret_cast<Function*>(entry);
+}
+
+template <class Find>
+void fill_all(Find find) {
+#define GL_OP(number, function, ...) fill(driver.function, find(#function));
+#include "ops/gl_ops.inc"
+#undef GL_OP
+#define WGL_OP(number, function, ...) fill(driver.function, find(#function));
+#include "ops/wgl_ops.inc"
+#undef WGL_OP
+}
+
+void register_class() {
+  WNDCLASSA plain = {};
+  plain.style = CS_OWNDC;
+  plain.lpfnWndProc = DefWindowProcA;
+  plain.hInstance = GetModuleHandleA(nullptr);
+  plain.lpszClassName = class_name;
+  RegisterClassA(&plain);
+}
+
+PIXELFORMATDESCRIPTOR wanted_format() {
+  PIXELFORMATDESCRIPTOR wanted = {};
+  wanted.nSize = sizeof wanted;
+  wanted.nVersion = 1;
+  wanted.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+  wanted.iPixelType = PFD_TYPE_RGBA;
+  wanted.cColorBits = 24;
+  wanted.cDepthBits = 24;
+  wanted.cStencilBits = 8;
+  return wanted;
+}
+
+}  // namespace
+
+void load_driver() {
+  driver_module = LoadLibraryA("opengl32sys.dll");
+  if (driver_module == nullptr) {
+    printf("opengl32sys.dll cannot be loaded, error %lu\n", GetLastError());
+    exit(1);
+  }
+  fill_all([](const char* name) { return reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, name)); });
+  fill(driver.switch_count, reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, "OswDriverSwitchCount")));
+}
+
+void bind_extensions() {
+  fill_all([](const char* name) { return reinterpret_cast<__osw_proc>(driver.wglGetProcAddress(name)); });
+}
+
+gl_window make_window(HWND parent, int left, int top, int width, int height, bool shown) {
+  register_class();
+  const DWORD style = (parent == nullptr ? WS_POPUP : WS_CHILD | WS_CLIPSIBLINGS) | WS_CLIPCHILDREN;
+  gl_window window = {};
+  window.hwnd = CreateWindowExA(0, class_name, "", shown ? style | WS_VISIBLE : style, left, top, width, height, parent,
+                                nullptr, GetModuleHandleA(nullptr), nullptr);
+  window.hdc = GetDC(window.hwnd);
+  const PIXELFORMATDESCRIPTOR wanted = wanted_format();
+  const int format = driver.wglChoosePixelFormat(window.hdc, &wanted);
+  CHECK(format != 0);
+  CHECK(driver.wglSetPixelFormat(window.hdc, format, &wanted));
+  return window;
+}
+
+void destroy_window(const gl_window& window) {
+  ReleaseDC(window.hwnd, window.hdc);
+  DestroyWindow(window.hwnd);
+}
+
+void pump(DWORD milliseconds) {
+  const DWORD start = GetTickCount();
+  do {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+  } while (GetTickCount() - start < milliseconds);
+}
