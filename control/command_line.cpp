@@ -78,6 +78,8 @@ static void take_texts(const parsed_texts& texts, request& result) {
   result.option = from_utf8(texts.option);
   result.value = from_utf8(texts.value);
   result.folder = from_utf8(texts.folder);
+  // "C:\Some folder\" arrives with its last quote, which the backslash in front of it has saved.
+  if (result.folder.size() > 1 && result.folder.back() == L'"') result.folder.pop_back();
   result.library = from_utf8(texts.library);
 }
 

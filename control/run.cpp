@@ -69,7 +69,7 @@ static bool begin_run(const run_request& request, run_state& state, std::wstring
   const bool is_beside = library == in_folder(state.target.folder, wrapper_file);
   if (library.empty() || (!is_beside && !wrapper_problem(library).empty())) {
     problem = L"the span wrapper is not beside " + state.target.path +
-              L"; place both libraries there with: oswctl install \"" + state.target.folder + L".\"";
+              L"; place both libraries in that folder with \"oswctl install\"";
     return false;
   }
   if (!load_wrapper(library, state.library, problem) || !set_options(request, state, problem)) return false;
@@ -134,6 +134,5 @@ int run(const run_request& request) {
   const int status = begin_run(request, state, problem) ? start_and_wait(request, state, stop, environment)
                                                         : fail(status_failed, problem);
   end_run(state);
-  allow_end();
   return status;
 }

@@ -9,7 +9,5 @@ struct stop_events {
 };
 
 // From now on none of that ends this process by itself: the events are set in place of it. After `closing`, Windows
-// ends the process some seconds later, or as soon as allow_end has been called.
+// ends the process some seconds later.
 stop_events watch_for_stop();
-
-void allow_end();

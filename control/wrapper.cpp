@@ -51,9 +51,6 @@ bool load_wrapper(const std::wstring& path, wrapper& loaded, std::wstring& probl
   if (!problem.empty() || !load_without_waiting(path, loaded.module, problem)) return false;
   if (find_export(loaded.module, "EnablePerformanceOptimization", loaded.enable) &&
       find_export(loaded.module, "DisablePerformanceOptimization", loaded.disable)) {
-    // At the end of a thread the library readies itself for rendering if the thread has never rendered, and so would
-    // load the driver into this process.
-    DisableThreadLibraryCalls(loaded.module);
     return true;
   }
   problem = L"Windows loaded another library in place of " + path + L"; see that nothing redirects that name";

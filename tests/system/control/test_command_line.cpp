@@ -1,0 +1,114 @@
+#include "check.h"
+#include "files.h"
+#include "option_values.h"
+#include "place.h"
+#include "tests.h"
+#include "tool.h"
+
+// Whatever is refused changes nothing: neither the options nor any file.
+static void check_refused(const std::wstring& line) {
+  write_option(L"OSW_DW_SplitParts", 2);
+  const option_values options = read_options();
+  const auto app = folder_contents(here().app), work = folder_contents(here().work);
+  const standin_state* state = hold_wrapper(here().app);
+  const outcome result = run_tool(line);
+  const bool is_right = CHECK_EQ(result.status, 2) & CHECK_EQ(result.out, L"") & CHECK(is_one_sentence(result.err)) &
+                        CHECK(read_options() == options) & CHECK(folder_contents(here().app) == app) &
+                        CHECK(folder_contents(here().work) == work) & CHECK(folder_contents(here().temp).empty()) &
+                        CHECK_EQ(state->enable_count, 0);
+  if (!is_right) CHECK_EQ(L"oswctl " + line + L"\n" + result.err, L"refused");
+}
+
+static void refuses_what_makes_no_sense() {
+  const std::wstring program = L" -- " + quoted(here().program) + L" status 0";
+  const std::wstring lines[] = {
+      L"",
+      L"frobnicate",
+      L"--parts 2",
+      L"run",
+      L"run --",
+      L"run -- \"\"",
+      L"run " + quoted(here().program),
+      L"run --parts" + program,
+      L"run --parts 0" + program,
+      L"run --parts 3" + program,
+      L"run --parts 2x" + program,
+      L"run --parts 2 --parts 4" + program,
+      L"run --horizontal --vertical" + program,
+      L"run --horizontal=no" + program,
+      L"run --list \"\"" + program,
+      L"run --list" + program,
+      L"run --frobnicate" + program,
+      L"run more" + program,
+      L"options more",
+      L"options reset",
+      L"set",
+      L"set OSW_DW_SplitParts",
+      L"set OSW_DW_SplitParts 2 4",
+      L"set OSW_DW_SplitParts 3",
+      L"set OSW_DW_SplitParts -1",
+      L"set OSW_DW_SplitParts 22",
+      L"set OSW_DW_SplitParts \"\"",
+      L"set OSW_DW_FakeAsOneMonitor 2",
+      L"set OSW_DW_FakeAsOneMonitor yes",
+      L"set OSW_DW_FakeAsOneMonitor 1 ",
+      L"set OSW_DW_Unknown 1",
+      L"reset OSW_DW_SplitParts",
+      L"check one two",
+      L"check \"\"",
+      L"check nowhere",
+      L"install",
+      L"install nowhere",
+      L"install \"two\nlines\"",
+      L"remove",
+      L"remove nowhere",
+  };
+  for (const std::wstring& line : lines) {
+    // A value with a blank behind it is a good one; only the quoted form is wrong.
+    if (line.back() == L' ') continue;
+    check_refused(line);
+  }
+  check_refused(L"set OSW_DW_FakeAsOneMonitor \"1 \"");
+}
+
+static void refuses_programs_that_cannot_run() {
+  const std::string program = read_bytes(here().program);
+  write_bytes(here().app + L"old.exe", with_machine(program, 0x14C));
+  write_bytes(here().app + L"arm.exe", with_machine(program, 0xAA64));
+  write_bytes(here().app + L"lib.exe", as_library(program));
+  write_bytes(here().app + L"text.exe", "echo hello\r\n");
+  write_bytes(here().app + L"empty.exe", "");
+  write_bytes(here().app + L"short.exe", program.substr(0, 200));
+  write_bytes(here().app + L"two words.exe", program);
+  for (const wchar_t* name : {L"old", L"arm", L"lib", L"text", L"empty", L"short", L"missing", L"two words"}) {
+    check_refused(L"run --parts 4 -- " + quoted(here().app + name + L".exe") + L" status 0");
+  }
+  check_refused(L"run --parts 4 -- " + quoted(here().app) + L" status 0");
+  check_refused(L"run -- no-such-program-anywhere");
+
+  const auto message = [](const wchar_t* name) {
+    return run_tool(L"run -- " + quoted(here().app + name + L".exe")).err;
+  };
+  CHECK(contains(message(L"old"), L"32-bit"));
+  CHECK(contains(message(L"missing"), L"there is no program"));
+  CHECK(contains(message(L"two words"), L"blank"));
+  CHECK(contains(message(L"lib"), L"library"));
+}
+
+static void helps() {
+  for (const wchar_t* line : {L"--help", L"-h", L"run --help", L"set --help"}) {
+    const outcome result = run_tool(line);
+    CHECK_EQ(result.status, 0);
+    CHECK_EQ(result.err, L"");
+    CHECK(contains(result.out, L"Usage"));
+    // What check starts is nobody's business.
+    CHECK(!contains(result.out, L"probe"));
+  }
+  CHECK(contains(run_tool(L"run --help").out, L"-- PROGRAM ARGS"));
+}
+
+std::vector<test> command_line_tests() {
+  return {{"refuses_what_makes_no_sense", refuses_what_makes_no_sense},
+          {"refuses_programs_that_cannot_run", refuses_programs_that_cannot_run},
+          {"helps", helps}};
+}

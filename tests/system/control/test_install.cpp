@@ -1,0 +1,187 @@
+#include <windows.h>
+
+#include "check.h"
+#include "files.h"
+#include "place.h"
+#include "standins.h"
+#include "tests.h"
+#include "tool.h"
+
+static std::wstring wrapper() {
+  return here().work + L"opengl32.dll";
+}
+static std::wstring driver() {
+  return here().work + L"opengl32sys.dll";
+}
+static std::wstring record() {
+  return here().work + L"oswctl-installed.txt";
+}
+
+// The tool is asked about its current folder, here().work, which is empty at first.
+static outcome install() {
+  return run_tool(L"install .");
+}
+static outcome remove() {
+  return run_tool(L"remove .");
+}
+
+static void check_refused(outcome (*command)(), const wchar_t* part) {
+  const auto before = folder_contents(here().work);
+  const outcome result = command();
+  CHECK_EQ(result.status, 1);
+  CHECK_EQ(result.out, L"");
+  CHECK(is_one_sentence(result.err));
+  CHECK(contains(result.err, part));
+  CHECK(folder_contents(here().work) == before);
+}
+
+// What an oswctl of another version brings: the same libraries, but for bytes behind their end.
+static void become_another_version(const std::string& version) {
+  write_bytes(here().tool + L"opengl32.dll", standin_wrapper_bytes() + version);
+  write_bytes(here().tool + L"opengl32sys.dll", standin_driver_bytes() + version);
+}
+
+static void check_installed(const std::string& version) {
+  CHECK(read_bytes(wrapper()) == standin_wrapper_bytes() + version);
+  CHECK(read_bytes(driver()) == standin_driver_bytes() + version);
+  CHECK_EQ(static_cast<long long>(folder_contents(here().work).size()), 3);
+}
+
+static void places_and_takes_away() {
+  write_bytes(here().work + L"program.exe", "not touched");
+  CHECK_EQ(install().status, 0);
+  CHECK(read_bytes(wrapper()) == standin_wrapper_bytes());
+  CHECK(read_bytes(driver()) == standin_driver_bytes());
+  CHECK_EQ(static_cast<long long>(folder_contents(here().work).size()), 4);
+  CHECK_EQ(install().status, 0);
+  CHECK_EQ(remove().status, 0);
+  const std::map<std::wstring, std::string> left = {{L"program.exe", "not touched"}};
+  CHECK(folder_contents(here().work) == left);
+}
+
+static void takes_away_nothing_that_it_did_not_place() {
+  check_refused(remove, L"placed nothing");
+  // The very same files, put there by hand, are still somebody else's.
+  write_bytes(wrapper(), standin_wrapper_bytes());
+  write_bytes(driver(), standin_driver_bytes());
+  check_refused(remove, L"placed nothing");
+  check_refused(install, L"not placed by oswctl");
+}
+
+static void places_over_nothing_that_it_did_not_place() {
+  write_bytes(wrapper(), "somebody's");
+  check_refused(install, L"opengl32.dll is there already");
+  DeleteFileW(wrapper().c_str());
+  write_bytes(driver(), "somebody's");
+  check_refused(install, L"opengl32sys.dll is there already");
+  DeleteFileW(driver().c_str());
+  make_folder(driver());
+  check_refused(install, L"opengl32sys.dll is there already");
+}
+
+static void survives_an_upgrade() {
+  CHECK_EQ(install().status, 0);
+  become_another_version("2");
+  CHECK_EQ(install().status, 0);
+  check_installed("2");
+  // The record is all that the next version has to go by.
+  become_another_version("three");
+  CHECK_EQ(remove().status, 0);
+  CHECK(folder_contents(here().work).empty());
+}
+
+static void leaves_what_was_put_in_its_place() {
+  CHECK_EQ(install().status, 0);
+  write_bytes(wrapper(), "somebody's");
+  check_refused(install, L"opengl32.dll is there already");
+  const outcome result = remove();
+  CHECK_EQ(result.status, 1);
+  CHECK(is_one_sentence(result.err));
+  CHECK(contains(result.err, L"opengl32.dll is not the file that oswctl placed"));
+  const std::map<std::wstring, std::string> left = {{L"opengl32.dll", "somebody's"}};
+  CHECK(folder_contents(here().work) == left);
+}
+
+static void takes_away_what_is_left() {
+  CHECK_EQ(install().status, 0);
+  DeleteFileW(driver().c_str());
+  CHECK_EQ(remove().status, 0);
+  CHECK(folder_contents(here().work).empty());
+}
+
+static void puts_a_lost_library_back() {
+  CHECK_EQ(install().status, 0);
+  DeleteFileW(driver().c_str());
+  CHECK_EQ(install().status, 0);
+  check_installed("");
+}
+
+static void trusts_no_record_but_its_own() {
+  CHECK_EQ(install().status, 0);
+  const std::string good = read_bytes(record());
+  for (const std::string& bad : {std::string("notes of mine"), std::string(), good.substr(0, good.size() - 3),
+                                 good + "opengl32.dll 5\r\n", good + std::string(5000, 'x')}) {
+    write_bytes(record(), bad);
+    check_refused(install, L"oswctl-installed.txt is not of oswctl's making");
+    check_refused(remove, L"oswctl-installed.txt is not of oswctl's making");
+  }
+}
+
+// The record is written before the first file and holds both versions until the last: what an end in the middle leaves.
+static void goes_on_after_an_end_in_the_middle() {
+  CHECK_EQ(install().status, 0);
+  const std::string old_record = read_bytes(record());
+  become_another_version("2");
+  CHECK_EQ(install().status, 0);
+  const std::string new_record = read_bytes(record());
+  const size_t head = old_record.find('\n') + 1;
+  write_bytes(record(), old_record + new_record.substr(head));
+  write_bytes(driver(), standin_driver_bytes());
+  const auto halfway = folder_contents(here().work);
+
+  CHECK_EQ(install().status, 0);
+  check_installed("2");
+  for (const auto& [name, bytes] : halfway) write_bytes(here().work + name, bytes);
+  CHECK_EQ(remove().status, 0);
+  CHECK(folder_contents(here().work).empty());
+}
+
+static void leaves_libraries_in_use() {
+  CHECK_EQ(install().status, 0);
+  const HMODULE in_use = LoadLibraryW(wrapper().c_str());
+  CHECK(in_use != nullptr);
+  // Nothing is to be done about the same version.
+  CHECK_EQ(install().status, 0);
+  become_another_version("2");
+  const outcome result = install();
+  CHECK_EQ(result.status, 1);
+  CHECK(is_one_sentence(result.err));
+  CHECK(contains(result.err, L"opengl32.dll"));
+  CHECK(read_bytes(wrapper()) == standin_wrapper_bytes());
+  FreeLibrary(in_use);
+  CHECK_EQ(install().status, 0);
+  check_installed("2");
+}
+
+static void says_what_is_missing_beside_it() {
+  DeleteFileW((here().tool + L"opengl32sys.dll").c_str());
+  check_refused(install, L"opengl32sys.dll is missing");
+  write_bytes(here().tool + L"opengl32sys.dll", with_machine(standin_driver_bytes(), 0x14C));
+  check_refused(install, L"32-bit");
+  write_bytes(here().tool + L"opengl32sys.dll", standin_wrapper_bytes());
+  check_refused(install, L"the span wrapper itself");
+}
+
+std::vector<test> install_tests() {
+  return {{"places_and_takes_away", places_and_takes_away},
+          {"takes_away_nothing_that_it_did_not_place", takes_away_nothing_that_it_did_not_place},
+          {"places_over_nothing_that_it_did_not_place", places_over_nothing_that_it_did_not_place},
+          {"survives_an_upgrade", survives_an_upgrade},
+          {"leaves_what_was_put_in_its_place", leaves_what_was_put_in_its_place},
+          {"takes_away_what_is_left", takes_away_what_is_left},
+          {"puts_a_lost_library_back", puts_a_lost_library_back},
+          {"trusts_no_record_but_its_own", trusts_no_record_but_its_own},
+          {"goes_on_after_an_end_in_the_middle", goes_on_after_an_end_in_the_middle},
+          {"leaves_libraries_in_use", leaves_libraries_in_use},
+          {"says_what_is_missing_beside_it", says_what_is_missing_beside_it}};
+}
