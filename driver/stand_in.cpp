@@ -95,7 +95,10 @@ void place(stand_in* s, const placement& wanted) {
   UINT flags = SWP_NOZORDER | SWP_NOOWNERZORDER | SWP_NOACTIVATE;
   if (wanted.visible != before.visible) flags |= wanted.visible ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
   if (!wanted.visible) flags |= SWP_NOMOVE;
-  SetWindowPos(hwnd, nullptr, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
+  // This Wine restacks a window on the screen only when nothing visible is above it, so one that comes into view goes
+  // to the top: else it would stay below the application's window, which may have been raised since.
+  if (wanted.visible && !before.visible) flags &= ~static_cast<UINT>(SWP_NOZORDER);
+  SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
                flags);
   if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
 }
