@@ -1,5 +1,7 @@
 #include "window_coordinates.h"
 
+#include <cstring>
+
 namespace {
 
 constexpr point no_offset = {0, 0};
@@ -134,10 +136,40 @@ GLint attribute_depth() {
   return depth;
 }
 
-void restore_offsets(context* c, const attribute_level& level) {
-  if (level.mask & GL_VIEWPORT_BIT) c->applied.viewport = level.applied.viewport;
-  if (level.mask & GL_SCISSOR_BIT) c->applied.scissor = level.applied.scissor;
-  if (level.mask & GL_CURRENT_BIT) c->applied.raster = level.applied.raster;
+void restore_offsets(applied_offsets* to, const applied_offsets& from, GLbitfield mask) {
+  if (mask & GL_VIEWPORT_BIT) to->viewport = from.viewport;
+  if (mask & GL_SCISSOR_BIT) to->scissor = from.scissor;
+  if (mask & GL_CURRENT_BIT) to->raster = from.raster;
+}
+
+// What an offset is contained in.
+struct shifted_values {
+  GLint viewport[4], scissor[4];
+  GLfloat raster[4];
+};
+
+shifted_values ask_shifted_values() {
+  shifted_values values = {};
+  host_gl_entry<glGetIntegerv_op>()(GL_VIEWPORT, values.viewport);
+  host_gl_entry<glGetIntegerv_op>()(GL_SCISSOR_BOX, values.scissor);
+  host_gl_entry<glGetFloatv_op>()(GL_CURRENT_RASTER_POSITION, values.raster);
+  return values;
+}
+
+// The groups of `mask` that a pop brought back. Some hosts leave a group out that did not change since the last push,
+// also when it changed since an earlier one; what was brought back under another offset is not what it was before.
+GLbitfield restored_groups(GLbitfield mask, const shifted_values& before, const shifted_values& after) {
+  if (memcmp(before.viewport, after.viewport, sizeof before.viewport) == 0) mask &= ~GL_VIEWPORT_BIT;
+  if (memcmp(before.scissor, after.scissor, sizeof before.scissor) == 0) mask &= ~GL_SCISSOR_BIT;
+  if (memcmp(before.raster, after.raster, sizeof before.raster) == 0) mask &= ~GL_CURRENT_BIT;
+  return mask;
+}
+
+void pop_under_other_offset(context* c, const attribute_level& level) {
+  const shifted_values before = ask_shifted_values();
+  host_gl_entry<glPopAttrib_op>()();
+  restore_offsets(&c->applied, level.applied, restored_groups(level.mask, before, ask_shifted_values()));
+  settle(c);
 }
 
 }  // namespace
@@ -160,7 +192,7 @@ void settle_new_binding(context* c) {
 }
 
 void copy_offsets(context* destination, const context* source, GLbitfield mask) {
-  restore_offsets(destination, {mask, source->applied});
+  restore_offsets(&destination->applied, source->applied, mask);
 }
 
 template <>
@@ -284,12 +316,12 @@ template <>
 void forward<glPopAttrib_op, void>() {
   context* c = calling_context();
   const GLint depth = c == nullptr ? -1 : attribute_depth();
-  host_gl_entry<glPopAttrib_op>()();
-  if (depth < 1 || depth > attribute_level_count) return;
-  const attribute_level& level = c->levels[depth - 1];
-  if (level.applied == c->applied || attribute_depth() != depth - 1) return;
-  restore_offsets(c, level);
-  settle(c);
+  const bool is_noted = depth >= 1 && depth <= attribute_level_count;
+  if (is_noted && c->levels[depth - 1].applied != c->applied) {
+    pop_under_other_offset(c, c->levels[depth - 1]);
+  } else {
+    host_gl_entry<glPopAttrib_op>()();
+  }
 }
 
 template <>

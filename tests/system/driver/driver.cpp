@@ -45,10 +45,10 @@ PIXELFORMATDESCRIPTOR wanted_format() {
 
 }  // namespace
 
-void load_driver() {
-  driver_module = LoadLibraryA("opengl32sys.dll");
+void load_driver(const char* file) {
+  driver_module = LoadLibraryA(file);
   if (driver_module == nullptr) {
-    printf("opengl32sys.dll cannot be loaded, error %lu\n", GetLastError());
+    printf("%s cannot be loaded, error %lu\n", file, GetLastError());
     exit(1);
   }
   fill_all([](const char* name) { return reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, name)); });

@@ -1,4 +1,4 @@
-// The driver under test: opengl32sys.dll beside the program.
+// The driver under test, beside the program.
 #pragma once
 
 #include "check.h"
@@ -20,7 +20,7 @@ extern HMODULE driver_module;
 extern driver_entries driver;
 
 // Loads the driver and fills in its exports. The process ends with status 1 when it cannot be loaded.
-void load_driver();
+void load_driver(const char* file = "opengl32sys.dll");
 
 // Fills in what is not exported. With a context current.
 void bind_extensions();

@@ -1,0 +1,331 @@
+// What the driver exports and hands out, which host it takes, and how it does as the process's opengl32.dll.
+#include <cstring>
+#include <initializer_list>
+
+#include "driver.h"
+
+namespace {
+
+gl_window window;
+HGLRC context;
+
+const char* const private_names[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
+                                     "glDrawableSizeZ4", "OswDriverSwitchCount"};
+
+const char* const gl_names[] = {
+#define GL_OP(number, function, ...) #function,
+#include "ops/gl_ops.inc"
+#undef GL_OP
+};
+
+const char* const wgl_names[] = {
+#define WGL_OP(number, function, ...) #function,
+#include "ops/wgl_ops.inc"
+#undef WGL_OP
+};
+
+constexpr int exported_gl = 336, exported_wgl = 25;
+
+FARPROC exported(const char* name) {
+  return GetProcAddress(driver_module, name);
+}
+
+FARPROC by_ordinal(int ordinal) {
+  return GetProcAddress(driver_module, MAKEINTRESOURCEA(ordinal));
+}
+
+PROC found(const char* name) {
+  return driver.wglGetProcAddress(name);
+}
+
+void exports() {
+  for (int i = 0; i < gl_op_count; ++i) {
+    const bool wanted = i < exported_gl || strstr(gl_names[i], "Z4") != nullptr;
+    if ((exported(gl_names[i]) != nullptr) != wanted)
+      fail(__FILE__, __LINE__, gl_names[i], " is wrongly exported or not");
+  }
+  for (int i = 0; i < wgl_op_count; ++i) {
+    const bool wanted = i < exported_wgl || strstr(wgl_names[i], "Z4") != nullptr;
+    if ((exported(wgl_names[i]) != nullptr) != wanted)
+      fail(__FILE__, __LINE__, wgl_names[i], " is wrongly exported or not");
+  }
+  for (const char* name : private_names) CHECK(exported(name) != nullptr);
+  CHECK(exported("GlmfBeginGlsBlock") == by_ordinal(1));
+  CHECK(exported("glAccum") == by_ordinal(7));
+  CHECK(exported("glDebugEntry") != nullptr);
+  CHECK(exported("wglUseFontOutlinesW") == by_ordinal(368));
+  for (int ordinal = 1; ordinal <= 373; ++ordinal) CHECK(by_ordinal(ordinal) != nullptr);
+  CHECK(by_ordinal(374) == nullptr);
+}
+
+// No context: only what needs none.
+void names_without_context() {
+  for (const char* name : private_names) CHECK(found(name) == exported(name));
+  CHECK(found("glBindFramebuffer") == nullptr);
+  CHECK(found("") == nullptr);
+  CHECK(found(nullptr) == nullptr);
+}
+
+void make_context() {
+  window = make_window(nullptr, 30, 30, 100, 80, true);
+  context = driver.wglCreateContext(window.hdc);
+  CHECK(driver.wglMakeCurrent(window.hdc, context));
+}
+
+// The host's own answers, to compare with.
+PROC host_answer(const char* name) {
+  char file[260] = "";
+  GetEnvironmentVariableA("OSW_DRIVER_HOST", file, sizeof file);
+  HMODULE host = GetModuleHandleA(file[0] != 0 ? file : "opengl32host.dll");
+  CHECK(host != nullptr);
+  const auto ask =
+      reinterpret_cast<PROC (*)(LPCSTR)>(reinterpret_cast<__osw_proc>(GetProcAddress(host, "wglGetProcAddress")));
+  return ask(name);
+}
+
+void names_with_context() {
+  driver.glFlush();
+  int offered = 0;
+  for (int i = exported_gl; i < gl_op_count; ++i) {
+    PROC entry = found(gl_names[i]);
+    PROC host = host_answer(gl_names[i]);
+    const bool is_private = strstr(gl_names[i], "Z4") != nullptr;
+    if ((entry != nullptr) != (host != nullptr || is_private))
+      fail(__FILE__, __LINE__, gl_names[i], " is not as on the host");
+    // The host's pointer would pass the driver by.
+    if (entry != nullptr && entry == host) fail(__FILE__, __LINE__, gl_names[i], " is the host's own");
+    offered += entry != nullptr;
+  }
+  CHECK(offered > 500);
+  for (int i = exported_wgl; i < wgl_op_count; ++i) {
+    const bool withheld = strcmp(wgl_names[i], "wglCreateContextAttribsARB") == 0;
+    const bool is_private = strstr(wgl_names[i], "Z4") != nullptr;
+    const bool wanted = (host_answer(wgl_names[i]) != nullptr && !withheld) || is_private;
+    if ((found(wgl_names[i]) != nullptr) != wanted) fail(__FILE__, __LINE__, wgl_names[i], " is not as on the host");
+  }
+  CHECK(found("wglCreateContextAttribsARB") == nullptr);
+  CHECK(found("glNoSuchFunction") == nullptr);
+  CHECK(driver.wglGetDefaultProcAddress("glBindFramebuffer") == found("glBindFramebuffer"));
+  if (found("glViewport") != nullptr) CHECK(found("glViewport") == exported("glViewport"));
+  bind_extensions();
+}
+
+// A function that the driver's lists lack, with arguments of all kinds: the calls reach the host's current context,
+// also one that is only noted.
+void unlisted_functions() {
+  using clear_function = void (*)(GLuint, GLenum, GLint, GLfloat, GLint);
+  const auto clear = reinterpret_cast<clear_function>(reinterpret_cast<__osw_proc>(found("glClearNamedFramebufferfi")));
+  using range_function = void (*)(GLuint, GLdouble, GLdouble);
+  const auto range = reinterpret_cast<range_function>(reinterpret_cast<__osw_proc>(found("glDepthRangeIndexed")));
+  using doubles_function = void (*)(GLenum, GLuint, GLdouble*);
+  const auto doubles = reinterpret_cast<doubles_function>(reinterpret_cast<__osw_proc>(found("glGetDoublei_v")));
+  CHECK(clear != nullptr && range != nullptr && doubles != nullptr);
+  if (clear == nullptr || range == nullptr || doubles == nullptr) return;
+  for (const char* name : gl_names) {
+    CHECK(strcmp(name, "glClearNamedFramebufferfi") != 0 && strcmp(name, "glDepthRangeIndexed") != 0);
+  }
+  CHECK(found("glDepthRangeIndexed") == found("glDepthRangeIndexed"));
+  CHECK(found("glDepthRangeIndexed") != host_answer("glDepthRangeIndexed"));
+  HGLRC second = driver.wglCreateContext(window.hdc);
+  CHECK(driver.wglMakeCurrent(window.hdc, second));
+  const unsigned long long before = driver.switch_count();
+  clear(0, GL_DEPTH_STENCIL, 0, 0.25f, 77);
+  CHECK_EQUAL(driver.switch_count() - before, 1);
+  GLubyte stencil = 0;
+  driver.glReadPixels(3, 4, 1, 1, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, &stencil);
+  CHECK_EQUAL(stencil, 77);
+  GLfloat depth = 0;
+  driver.glReadPixels(3, 4, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+  CHECK(depth > 0.249f && depth < 0.251f);
+  range(0, 0.25, 0.75);
+  GLdouble depths[2] = {};
+  doubles(GL_DEPTH_RANGE, 0, depths);
+  CHECK(depths[0] == 0.25 && depths[1] == 0.75);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  CHECK(driver.wglMakeCurrent(window.hdc, context));
+  driver.glGetDoublev(GL_DEPTH_RANGE, depths);
+  CHECK(depths[0] == 0 && depths[1] == 1);
+  CHECK(driver.wglDeleteContext(second));
+}
+
+bool contains(const char* extensions, const char* name) {
+  const std::size_t length = strlen(name);
+  for (const char* at = extensions; (at = strstr(at, name)) != nullptr; at += length) {
+    if ((at == extensions || at[-1] == ' ') && (at[length] == ' ' || at[length] == 0)) return true;
+  }
+  return false;
+}
+
+void check_offered(const char* extensions) {
+  CHECK(extensions != nullptr);
+  if (extensions == nullptr) return;
+  for (const char* name : {"WGL_ARB_create_context", "WGL_ARB_create_context_profile",
+                           "WGL_ARB_create_context_no_error", "WGL_ARB_create_context_robustness"}) {
+    CHECK(!contains(extensions, name));
+  }
+}
+
+void extension_strings() {
+  const auto hosts =
+      reinterpret_cast<const char* (*)(HDC)>(reinterpret_cast<__osw_proc>(host_answer("wglGetExtensionsStringARB")));
+  const char* all = hosts(window.hdc);
+  CHECK(contains(all, "WGL_ARB_create_context"));
+  const char* offered = driver.wglGetExtensionsStringARB(window.hdc);
+  check_offered(offered);
+  check_offered(driver.wglGetExtensionsStringEXT());
+  CHECK(offered == driver.wglGetExtensionsStringARB(window.hdc));
+  // All others are there.
+  char copy[8192];
+  CHECK(strlen(all) < sizeof copy);
+  strcpy(copy, all);
+  for (char* name = strtok(copy, " "); name != nullptr; name = strtok(nullptr, " ")) {
+    CHECK_EQUAL(contains(offered, name), strncmp(name, "WGL_ARB_create_context", 22) != 0);
+  }
+  check_offered(reinterpret_cast<const char*>(driver.glGetString(GL_EXTENSIONS)));
+  CHECK(contains(reinterpret_cast<const char*>(driver.glGetString(GL_EXTENSIONS)), "GL_ARB_multitexture"));
+  GLint count = 0;
+  driver.glGetIntegerv(GL_NUM_EXTENSIONS, &count);
+  CHECK(count > 50);
+  for (GLint i = 0; i < count; ++i) {
+    const GLubyte* name = driver.glGetStringi(GL_EXTENSIONS, static_cast<GLuint>(i));
+    CHECK(name != nullptr && strstr(reinterpret_cast<const char*>(name), "WGL_ARB_create_context") == nullptr);
+  }
+}
+
+// Runs this program again, in a folder and with an environment of its own, for one of the parts below. Returns its
+// status.
+DWORD run_again(const char* folder, const char* arguments) {
+  char program[MAX_PATH], command[3 * MAX_PATH];
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  snprintf(command, sizeof command, "\"%s%s\" %s", folder, strrchr(program, '\\') + 1, arguments);
+  STARTUPINFOA startup = {};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process = {};
+  if (!CreateProcessA(nullptr, command, nullptr, nullptr, TRUE, 0, nullptr, folder[0] != 0 ? folder : nullptr, &startup,
+                      &process)) {
+    fail(__FILE__, __LINE__, command, " cannot be started");
+    return 99;
+  }
+  DWORD status = 98;
+  if (WaitForSingleObject(process.hProcess, 40000) != WAIT_OBJECT_0) TerminateProcess(process.hProcess, 97);
+  WaitForSingleObject(process.hProcess, 5000);
+  GetExitCodeProcess(process.hProcess, &status);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return status;
+}
+
+// A folder with this program and the driver under the names given.
+void stage(char* folder, const char* name, const char* driver_name) {
+  char program[MAX_PATH], beside[MAX_PATH], target[2 * MAX_PATH];
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  strcpy(beside, program);
+  strrchr(beside, '\\')[1] = 0;
+  snprintf(folder, MAX_PATH, "%s%s\\", beside, name);
+  CreateDirectoryA(folder, nullptr);
+  snprintf(target, sizeof target, "%s%s", folder, strrchr(program, '\\') + 1);
+  CHECK(CopyFileA(program, target, FALSE));
+  snprintf(target, sizeof target, "%s%s", folder, driver_name);
+  strcat(beside, "opengl32sys.dll");
+  CHECK(CopyFileA(beside, target, FALSE));
+}
+
+void as_opengl32() {
+  char folder[MAX_PATH];
+  stage(folder, "as-opengl32", "opengl32.dll");
+  CHECK_EQUAL(run_again(folder, "--as-opengl32"), 0);
+}
+
+void missing_host() {
+  char before[260] = "";
+  GetEnvironmentVariableA("OSW_DRIVER_HOST", before, sizeof before);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", "no-such-library.dll");
+  CHECK_EQUAL(run_again("", "--missing-host"), 0);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", "opengl32sys.dll");
+  CHECK_EQUAL(run_again("", "--missing-host"), 0);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", before[0] != 0 ? before : nullptr);
+}
+
+void default_host() {
+  char before[260] = "";
+  GetEnvironmentVariableA("OSW_DRIVER_HOST", before, sizeof before);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", nullptr);
+  CHECK_EQUAL(run_again("", "--default-host"), 0);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", before[0] != 0 ? before : nullptr);
+}
+
+const test_case cases[] = {
+    {"exports", exports},
+    {"names-without-context", names_without_context},
+    {"context", make_context},
+    {"names-with-context", names_with_context},
+    {"unlisted-functions", unlisted_functions},
+    {"extension-strings", extension_strings},
+    {"as-opengl32", as_opengl32},
+    {"missing-host", missing_host},
+    {"default-host", default_host},
+};
+
+// gdi32's functions, which call whatever opengl32.dll the process has.
+void draw_through_gdi32() {
+  WNDCLASSA plain = {};
+  plain.lpfnWndProc = DefWindowProcA;
+  plain.lpszClassName = "gdi";
+  RegisterClassA(&plain);
+  HWND hwnd = CreateWindowExA(0, "gdi", "", WS_POPUP | WS_VISIBLE, 10, 10, 60, 50, nullptr, nullptr, nullptr, nullptr);
+  HDC hdc = GetDC(hwnd);
+  PIXELFORMATDESCRIPTOR wanted = {};
+  wanted.nSize = sizeof wanted;
+  wanted.nVersion = 1;
+  wanted.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+  wanted.cColorBits = 24;
+  const int format = ChoosePixelFormat(hdc, &wanted);
+  CHECK(format != 0);
+  CHECK(DescribePixelFormat(hdc, format, sizeof wanted, &wanted) != 0);
+  CHECK(SetPixelFormat(hdc, format, &wanted));
+  CHECK_EQUAL(GetPixelFormat(hdc), format);
+  HGLRC made = driver.wglCreateContext(hdc);
+  CHECK(driver.wglMakeCurrent(hdc, made));
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  const unsigned long long before = driver.switch_count();
+  CHECK(SwapBuffers(hdc));
+  CHECK_EQUAL(driver.switch_count(), before);
+  CHECK(driver.wglDeleteContext(made));
+  CHECK(found("glBindFramebuffer") == nullptr);
+}
+
+// Everything answers 0, and nothing faults.
+void call_without_host() {
+  HDC hdc = GetDC(nullptr);
+  PIXELFORMATDESCRIPTOR wanted = {};
+  CHECK_EQUAL(driver.wglChoosePixelFormat(hdc, &wanted), 0);
+  CHECK(driver.wglCreateContext(hdc) == nullptr);
+  CHECK(!driver.wglMakeCurrent(hdc, reinterpret_cast<HGLRC>(1)));
+  CHECK(!driver.wglMakeCurrent(nullptr, nullptr));
+  CHECK(!driver.wglSwapBuffers(hdc));
+  CHECK_EQUAL(driver.glGetError(), 0);
+  CHECK(driver.glGetString(GL_VERSION) == nullptr);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  CHECK(found("glBindFramebuffer") == nullptr);
+  CHECK(found("wglGetGLContextZ4") != nullptr);
+  ReleaseDC(nullptr, hdc);
+}
+
+const test_case gdi_cases[] = {{"through-gdi32", draw_through_gdi32}};
+const test_case hostless_cases[] = {{"without-host", call_without_host}};
+const test_case default_cases[] = {{"default-host", [] {
+                                      make_context();
+                                      CHECK(driver.glGetString(GL_VERSION) != nullptr);
+                                      CHECK(GetModuleHandleA("opengl32host.dll") != nullptr);
+                                    }}};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool again = argc == 2 && strncmp(argv[1], "--", 2) == 0;
+  load_driver(again && strcmp(argv[1], "--as-opengl32") == 0 ? "opengl32.dll" : "opengl32sys.dll");
+  if (!again) return run_cases(cases, sizeof cases / sizeof *cases, argc, argv, 100);
+  if (strcmp(argv[1], "--as-opengl32") == 0) return run_cases(gdi_cases, 1, 1, argv, 30);
+  if (strcmp(argv[1], "--missing-host") == 0) return run_cases(hostless_cases, 1, 1, argv, 30);
+  return run_cases(default_cases, 1, 1, argv, 30);
+}

@@ -1,0 +1,470 @@
+// What a program can ask of a context: nothing of an offset, of the size of the drawable, or of a spared drawable
+// shows.
+#include <initializer_list>
+
+#include "driver.h"
+
+namespace {
+
+struct box {
+  GLint x, y, width, height;
+};
+
+// Where the values are on the host, seen through the scissor: the lower left corner of what a clear fills.
+constexpr int width = 120, height = 90;
+
+gl_window window;
+HGLRC context;
+
+void make_first() {
+  window = make_window(nullptr, 60, 60, width, height, true);
+  context = driver.wglCreateContext(window.hdc);
+  CHECK(driver.wglMakeCurrent(window.hdc, context));
+  bind_extensions();
+}
+
+// A context of its own for each case, on the same window.
+HGLRC fresh() {
+  HGLRC made = driver.wglCreateContext(window.hdc);
+  CHECK(made != nullptr);
+  CHECK(driver.wglMakeCurrent(window.hdc, made));
+  return made;
+}
+
+void discard(HGLRC made) {
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  CHECK(driver.wglMakeCurrent(nullptr, nullptr));
+  CHECK(driver.wglDeleteContext(made));
+}
+
+box ask(GLenum name) {
+  GLint values[4] = {-77, -77, -77, -77};
+  driver.glGetIntegerv(name, values);
+  return {values[0], values[1], values[2], values[3]};
+}
+
+void check_box(int line, const box& found, const box& wanted) {
+  check_equal(__FILE__, line, "x", found.x, wanted.x);
+  check_equal(__FILE__, line, "y", found.y, wanted.y);
+  check_equal(__FILE__, line, "width", found.width, wanted.width);
+  check_equal(__FILE__, line, "height", found.height, wanted.height);
+}
+
+#define CHECK_BOX(found, ...) check_box(__LINE__, found, box __VA_ARGS__)
+
+// Where the scissor box of the host begins, found by a clear through it.
+struct corner {
+  int x, y;
+};
+
+corner find_corner() {
+  driver.glDisable(GL_SCISSOR_TEST);
+  driver.glClearColor(0, 0, 0, 0);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glEnable(GL_SCISSOR_TEST);
+  driver.glClearColor(1, 1, 1, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glDisable(GL_SCISSOR_TEST);
+  static u32 pixels[width * height];
+  driver.glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+  for (int i = 0; i < width * height; ++i) {
+    if (pixels[i] & 0xffffff) return {i % width, i / width};
+  }
+  return {-1, -1};
+}
+
+void check_corner(int line, int x, int y) {
+  const corner found = find_corner();
+  check_equal(__FILE__, line, "corner x", found.x, x);
+  check_equal(__FILE__, line, "corner y", found.y, y);
+}
+
+#define CHECK_CORNER(x, y) check_corner(__LINE__, x, y)
+
+template <class Value>
+void check_values(int line, void (*get)(GLenum, Value*), GLenum name, Value a, Value b, Value c, Value d) {
+  Value values[5] = {55, 55, 55, 55, 55};
+  get(name, values);
+  const Value wanted[5] = {a, b, c, d, 55};
+  for (int i = 0; i < 5; ++i) {
+    if (values[i] != wanted[i]) {
+      check_equal(__FILE__, line, "a value of a query", static_cast<long long>(values[i]),
+                  static_cast<long long>(wanted[i]));
+    }
+  }
+}
+
+void query_types() {
+  HGLRC made = fresh();
+  driver.glViewportOffsetZ4(-30, 17);
+  driver.glViewport(30, 5, 60, 50);
+  driver.glScissor(-17, 0, 61, 51);
+  driver.glWindowPos3i(9, 0, 1);
+  check_values<GLint>(__LINE__, driver.glGetIntegerv, GL_VIEWPORT, 30, 5, 60, 50);
+  check_values<GLfloat>(__LINE__, driver.glGetFloatv, GL_VIEWPORT, 30, 5, 60, 50);
+  check_values<GLdouble>(__LINE__, driver.glGetDoublev, GL_SCISSOR_BOX, -17, 0, 61, 51);
+  check_values<GLboolean>(__LINE__, driver.glGetBooleanv, GL_SCISSOR_BOX, 1, 0, 1, 1);
+  check_values<GLfloat>(__LINE__, driver.glGetFloatv, GL_CURRENT_RASTER_POSITION, 9, 0, 1, 1);
+  check_values<GLdouble>(__LINE__, driver.glGetDoublev, GL_CURRENT_RASTER_POSITION, 9, 0, 1, 1);
+  check_values<GLboolean>(__LINE__, driver.glGetBooleanv, GL_CURRENT_RASTER_POSITION, 1, 0, 1, 1);
+  driver.glViewport(30, 17, 60, 50);
+  check_values<GLboolean>(__LINE__, driver.glGetBooleanv, GL_VIEWPORT, 1, 1, 1, 1);
+  driver.glViewport(0, -17, 60, 50);
+  check_values<GLboolean>(__LINE__, driver.glGetBooleanv, GL_VIEWPORT, 0, 1, 1, 1);
+  if (driver.glGetIntegeri_v != nullptr) {
+    GLint values[4] = {};
+    driver.glGetIntegeri_v(GL_SCISSOR_BOX, 0, values);
+    CHECK_BOX((box{values[0], values[1], values[2], values[3]}), {-17, 0, 61, 51});
+    GLint64 wide[4] = {};
+    driver.glGetInteger64i_v(GL_SCISSOR_BOX, 3, wide);
+    CHECK_EQUAL(wide[0], -17);
+    CHECK_EQUAL(wide[2], 61);
+  }
+  if (driver.glGetIntegerIndexedvEXT != nullptr) {
+    GLint values[4] = {};
+    driver.glGetIntegerIndexedvEXT(GL_VIEWPORT, 0, values);
+    CHECK_BOX((box{values[0], values[1], values[2], values[3]}), {0, -17, 60, 50});
+  }
+  discard(made);
+}
+
+// A query that fails leaves the program's memory alone.
+void failed_query() {
+  HGLRC made = fresh();
+  driver.glViewportOffsetZ4(-30, 17);
+  driver.glBegin(GL_POINTS);
+  const box untouched = ask(GL_VIEWPORT);
+  driver.glEnd();
+  CHECK_BOX(untouched, {-77, -77, -77, -77});
+  CHECK_EQUAL(driver.glGetError(), GL_INVALID_OPERATION);
+  discard(made);
+}
+
+void offset_at_once() {
+  HGLRC made = fresh();
+  driver.glViewport(1, 2, 30, 40);
+  driver.glScissor(10, 20, 30, 40);
+  CHECK_CORNER(10, 20);
+  driver.glViewportOffsetZ4(7, 9);
+  CHECK_CORNER(17, 29);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {10, 20, 30, 40});
+  CHECK_BOX(ask(GL_VIEWPORT), {1, 2, 30, 40});
+  driver.glViewportOffsetZ4(-4, -5);
+  CHECK_CORNER(6, 15);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {10, 20, 30, 40});
+  driver.glViewportOffsetZ4(0, 0);
+  CHECK_CORNER(10, 20);
+  discard(made);
+}
+
+void raster_position_moves() {
+  HGLRC made = fresh();
+  driver.glViewport(0, 0, width, height);
+  driver.glWindowPos2i(20, 30);
+  driver.glColor3f(0, 1, 0);
+  driver.glViewportOffsetZ4(5, 6);
+  CHECK_BOX(ask(GL_CURRENT_RASTER_POSITION), {20, 30, 0, 1});
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  const u32 dot = 0xff123456;
+  driver.glDrawPixels(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &dot);
+  u32 found = 0;
+  driver.glReadPixels(25, 36, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  CHECK_EQUAL(found & 0xffffff, 0x123456);
+  // Its colour is that of the time when it was set.
+  GLfloat color[4] = {};
+  driver.glGetFloatv(GL_CURRENT_RASTER_COLOR, color);
+  CHECK_EQUAL(color[0], 1);
+  discard(made);
+}
+
+// What a program sees while it pushes and pops, with an offset that moves meanwhile or with none.
+struct trace {
+  box seen[12];
+  int count;
+};
+
+void note(trace* t) {
+  for (const GLenum name : {GL_VIEWPORT, GL_SCISSOR_BOX, GL_CURRENT_RASTER_POSITION}) t->seen[t->count++] = ask(name);
+}
+
+void push_and_pop(trace* t, GLbitfield outer, GLbitfield inner, bool offset) {
+  HGLRC made = fresh();
+  if (offset) driver.glViewportOffsetZ4(3, 4);
+  driver.glViewport(11, 12, 50, 51);
+  driver.glScissor(21, 22, 52, 53);
+  driver.glWindowPos2i(31, 32);
+  driver.glPushAttrib(outer);
+  driver.glViewport(1, 2, 15, 16);
+  driver.glPushAttrib(inner);
+  driver.glViewport(0, 0, 1, 1);
+  driver.glScissor(0, 0, 2, 2);
+  driver.glWindowPos2i(7, 8);
+  driver.glColor3f(0.5f, 0, 0);
+  note(t);
+  if (offset) driver.glViewportOffsetZ4(20, 30);
+  note(t);
+  driver.glPopAttrib();
+  note(t);
+  driver.glPopAttrib();
+  note(t);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  driver.glPopAttrib();
+  CHECK_EQUAL(driver.glGetError(), GL_STACK_UNDERFLOW);
+  CHECK_BOX(ask(GL_VIEWPORT), {t->seen[9].x, t->seen[9].y, t->seen[9].width, t->seen[9].height});
+  discard(made);
+}
+
+// The host is the judge of what a pop brings back.
+void popped_after_move() {
+  const GLbitfield masks[] = {GL_VIEWPORT_BIT, GL_SCISSOR_BIT, GL_CURRENT_BIT, GL_LIGHTING_BIT, GL_ALL_ATTRIB_BITS};
+  for (GLbitfield outer : masks) {
+    for (GLbitfield inner : masks) {
+      trace plain = {}, moved = {};
+      push_and_pop(&plain, outer, inner, false);
+      push_and_pop(&moved, outer, inner, true);
+      for (int i = 0; i < plain.count; ++i) {
+        const box& wanted = plain.seen[i];
+        CHECK_BOX(moved.seen[i], {wanted.x, wanted.y, wanted.width, wanted.height});
+      }
+      CHECK_EQUAL(plain.count, 12);
+    }
+  }
+}
+
+// Pushed before there ever was an offset.
+void popped_after_first_offset() {
+  HGLRC made = fresh();
+  driver.glScissor(5, 6, 40, 41);
+  driver.glPushAttrib(GL_ALL_ATTRIB_BITS);
+  driver.glViewportOffsetZ4(10, 20);
+  driver.glScissor(0, 0, 2, 2);
+  driver.glPopAttrib();
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK_CORNER(15, 26);
+  discard(made);
+}
+
+// A stack that is full keeps what it has.
+void attribute_overflow() {
+  HGLRC made = fresh();
+  GLint depth = 0;
+  driver.glGetIntegerv(GL_MAX_ATTRIB_STACK_DEPTH, &depth);
+  driver.glScissor(5, 6, 40, 41);
+  for (GLint i = 0; i < depth; ++i) driver.glPushAttrib(GL_SCISSOR_BIT);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  driver.glViewportOffsetZ4(10, 20);
+  driver.glPushAttrib(GL_SCISSOR_BIT);
+  CHECK_EQUAL(driver.glGetError(), GL_STACK_OVERFLOW);
+  for (GLint i = 0; i < depth; ++i) driver.glPopAttrib();
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK_CORNER(15, 26);
+  discard(made);
+}
+
+// While a list is compiled nothing of ours may get into it: the move waits for its end.
+void offset_while_compiling() {
+  HGLRC made = fresh();
+  driver.glScissor(5, 6, 40, 41);
+  const GLuint list = driver.glGenLists(1);
+  driver.glNewList(list, GL_COMPILE);
+  driver.glViewportOffsetZ4(10, 20);
+  driver.glPushAttrib(GL_SCISSOR_BIT);
+  driver.glScissor(1, 1, 3, 3);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  driver.glPopAttrib();
+  driver.glEndList();
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK_CORNER(15, 26);
+  driver.glCallList(list);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK_CORNER(15, 26);
+  discard(made);
+}
+
+void offset_while_feeding_back() {
+  HGLRC made = fresh();
+  GLfloat buffer[64] = {};
+  driver.glScissor(5, 6, 40, 41);
+  driver.glFeedbackBuffer(64, GL_2D, buffer);
+  driver.glRenderMode(GL_FEEDBACK);
+  driver.glViewportOffsetZ4(10, 20);
+  CHECK_EQUAL(driver.glRenderMode(GL_RENDER), 0);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK_CORNER(15, 26);
+  discard(made);
+}
+
+// An object without an image is bound and filled later; nothing may be drawn to it meanwhile.
+void incomplete_framebuffer() {
+  HGLRC made = fresh();
+  driver.glWindowPos2i(20, 30);
+  driver.glViewportOffsetZ4(5, 6);
+  driver.glScissor(1, 2, 30, 40);
+  GLuint framebuffer = 0;
+  driver.glGenFramebuffers(1, &framebuffer);
+  driver.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {1, 2, 30, 40});
+  driver.glViewportOffsetZ4(9, 10);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  driver.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  driver.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {1, 2, 30, 40});
+  CHECK_BOX(ask(GL_CURRENT_RASTER_POSITION), {20, 30, 0, 1});
+  CHECK_CORNER(10, 12);
+  driver.glDeleteFramebuffers(1, &framebuffer);
+  discard(made);
+}
+
+void initial_boxes() {
+  HGLRC made = fresh();
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, width, height});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, width, height});
+  driver.glDrawableSizeZ4(-5, 40);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, width, height});
+  driver.glViewportOffsetZ4(3, 4);
+  driver.glDrawableSizeZ4(400, 300);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 400, 300});
+  CHECK_CORNER(3, 4);
+  // A later size is not the first one.
+  driver.glDrawableSizeZ4(500, 350);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 400, 300});
+  discard(made);
+
+  made = fresh();
+  driver.glViewport(1, 2, 3, 4);
+  driver.glDrawableSizeZ4(400, 300);
+  CHECK_BOX(ask(GL_VIEWPORT), {1, 2, 3, 4});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 400, 300});
+  discard(made);
+
+  made = fresh();
+  driver.glScissor(1, 2, 3, 4);
+  driver.glDrawableSizeZ4(400, 300);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {1, 2, 3, 4});
+  discard(made);
+}
+
+// A viewport that is only compiled does not count as one that was set.
+void compiled_viewport() {
+  HGLRC made = fresh();
+  const GLuint list = driver.glGenLists(1);
+  driver.glNewList(list, GL_COMPILE);
+  driver.glViewport(1, 2, 3, 4);
+  driver.glScissor(1, 2, 3, 4);
+  driver.glEndList();
+  driver.glDrawableSizeZ4(400, 300);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 400, 300});
+  discard(made);
+}
+
+// The initial boxes are those of the first window, also when no call was made while it was bound.
+void second_window() {
+  gl_window other = make_window(nullptr, 60, 300, 70, 50, false);
+  HGLRC made = driver.wglCreateContext(other.hdc);
+  CHECK(driver.wglMakeCurrent(other.hdc, made));
+  CHECK(driver.wglMakeCurrent(window.hdc, made));
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 70, 50});
+  driver.glDrawableSizeZ4(400, 300);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 70, 50});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 70, 50});
+  discard(made);
+  destroy_window(other);
+}
+
+void empty_child() {
+  gl_window child = make_window(window.hwnd, 10, 10, 0, 0, true);
+  HGLRC made = driver.wglCreateContext(child.hdc);
+  CHECK(driver.wglMakeCurrent(child.hdc, made));
+  driver.glViewportOffsetZ4(0, 0);
+  driver.glDrawableSizeZ4(width, height);
+  CHECK_BOX(ask(GL_VIEWPORT), {0, 0, width, height});
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  CHECK(driver.wglSwapBuffers(child.hdc));
+  discard(made);
+  destroy_window(child);
+}
+
+void spare_shows_nothing() {
+  HGLRC made = fresh();
+  driver.glScissor(5, 6, 7, 8);
+  const GLenum names[] = {GL_VIEWPORT,     GL_SCISSOR_BOX, GL_RED_BITS,          GL_DEPTH_BITS, GL_STENCIL_BITS,
+                          GL_DOUBLEBUFFER, GL_DRAW_BUFFER, GL_READ_BUFFER,       GL_SAMPLES,    GL_SAMPLE_BUFFERS,
+                          GL_STEREO,       GL_AUX_BUFFERS, GL_MAX_VIEWPORT_DIMS, GL_ALPHA_BITS, GL_ACCUM_RED_BITS};
+  constexpr int count = sizeof names / sizeof *names;
+  box before[count];
+  for (int i = 0; i < count; ++i) before[i] = ask(names[i]);
+  const HDC hdc = driver.wglGetCurrentDC();
+  driver.glDrawableSizeZ4(-1, -1);
+  for (int i = 0; i < count; ++i)
+    CHECK_BOX(ask(names[i]), {before[i].x, before[i].y, before[i].width, before[i].height});
+  CHECK(driver.wglGetCurrentDC() == hdc);
+  CHECK(driver.wglGetCurrentContext() == made);
+
+  // Nothing reaches the window's pixels.
+  driver.glDisable(GL_SCISSOR_TEST);
+  driver.glClearColor(1, 0, 0, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  CHECK(driver.wglSwapBuffers(window.hdc));
+  driver.glDrawableSizeZ4(width, height);
+  driver.glClearColor(0, 0, 1, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  u32 found = 0;
+  driver.glReadPixels(50, 50, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  CHECK_EQUAL(found & 0xffffff, 0xff0000);
+  driver.glDrawableSizeZ4(-1, -1);
+  driver.glClearColor(0, 1, 0, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glDrawableSizeZ4(width, height);
+  driver.glReadPixels(50, 50, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  CHECK_EQUAL(found & 0xffffff, 0xff0000);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 7, 8});
+  discard(made);
+}
+
+// Sparing ends with the binding.
+void spare_ends() {
+  HGLRC made = fresh();
+  driver.glDrawableSizeZ4(-1, -1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  CHECK(driver.wglMakeCurrent(nullptr, nullptr));
+  CHECK(driver.wglMakeCurrent(window.hdc, made));
+  driver.glClearColor(0, 1, 1, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  u32 found = 0;
+  driver.glReadPixels(50, 50, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  CHECK_EQUAL(found & 0xffffff, 0xffff00);
+  discard(made);
+}
+
+const test_case cases[] = {
+    {"first", make_first},
+    {"query-types", query_types},
+    {"failed-query", failed_query},
+    {"offset-at-once", offset_at_once},
+    {"raster-position-moves", raster_position_moves},
+    {"popped-after-move", popped_after_move},
+    {"popped-after-first-offset", popped_after_first_offset},
+    {"attribute-overflow", attribute_overflow},
+    {"offset-while-compiling", offset_while_compiling},
+    {"offset-while-feeding-back", offset_while_feeding_back},
+    {"incomplete-framebuffer", incomplete_framebuffer},
+    {"initial-boxes", initial_boxes},
+    {"compiled-viewport", compiled_viewport},
+    {"second-window", second_window},
+    {"empty-child", empty_child},
+    {"spare-shows-nothing", spare_shows_nothing},
+    {"spare-ends", spare_ends},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  load_driver();
+  return run_cases(cases, sizeof cases / sizeof *cases, argc, argv, 60);
+}
