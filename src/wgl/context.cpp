@@ -18,6 +18,11 @@ HGLRC create_child_context(__osw_thread_state* state, HDC hdc, i32 part) {
   return child;
 }
 
+void push_share(__osw_thread_state* state, const shared_pair& pair) {
+  const u64 contexts[] = {to_slot(pair.first), to_slot(pair.second)};
+  __osw_push_wgl_cmd(state, wglShareLists_op::op, 2, contexts, 0);
+}
+
 bool has_record(HGLRC hglrc) {
   return hglrc && __osw_glrc_lookup(hglrc);
 }
@@ -95,16 +100,24 @@ BOOL wgl_main<wglCopyContext_op>(HGLRC source, HGLRC destination, UINT mask) {
   return result;
 }
 
+void __osw_push_remembered_shares(__osw_thread_state* state) {
+  shared_pair pair;
+  while (__osw_glrc_take_share(&pair)) push_share(state, pair);
+}
+
+// Programs often share before they make anything current; the parts hear of it with the first binding then.
 template <>
 BOOL wgl_main<wglShareLists_op>(HGLRC first, HGLRC second) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = sys_wgl<wglShareLists_op>(state)(first, second);
-  if (result && __osw_has_pipeline(state)) {
-    if (!has_record(first) || !has_record(second)) {
-      __osw_report(severity_warning, "wglShareLists of a context without child contexts reaches no part.\n");
-    }
-    const u64 contexts[] = {to_slot(first), to_slot(second)};
-    __osw_push_wgl_cmd(state, wglShareLists_op::op, 2, contexts, 0);
+  if (!result) return result;
+  if (!has_record(first) || !has_record(second)) {
+    __osw_report(severity_warning, "wglShareLists of a context without child contexts reaches no part.\n");
+  }
+  if (__osw_has_pipeline(state)) {
+    push_share(state, {first, second});
+  } else if (second) {
+    __osw_glrc_remember_share({first, second});
   }
   return result;
 }

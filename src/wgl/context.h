@@ -14,3 +14,6 @@ u32 __osw_glrc_unregister(__osw_thread_state* state, HGLRC hglrc);
 
 // Copies the state named by `mask` between the children of two contexts. Nothing when one of them has no record.
 void __osw_glrc_copy(__osw_thread_state* state, HGLRC source, HGLRC destination, UINT mask);
+
+// Tells the workers of every share that was made while no thread had workers. On a thread with a pipeline.
+void __osw_push_remembered_shares(__osw_thread_state* state);

@@ -14,6 +14,8 @@ struct __osw_glrc {
   HANDLE app_gl_context;  // driver contexts: sequential path only
   HGLRC child_hglrc[max_parts];
   HANDLE child_gl_context[max_parts];
+  HGLRC
+      share_with;  // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
   u32 viewport_set;  // 1 once the context's first viewport has been issued
   __osw_client_state client_state;
   __osw_pixel_store pack_store;
@@ -36,3 +38,15 @@ void __osw_glrc_enter(const __osw_glrc& record);
 
 // Zeroes the record of a context. Any thread.
 void __osw_glrc_erase(HGLRC hglrc);
+
+// Two contexts of which the second shares the first's lists.
+struct shared_pair {
+  HGLRC first;
+  HGLRC second;
+};
+
+// Remembers a share that the children have still to make. Nothing when the second context has no record. Any thread.
+void __osw_glrc_remember_share(const shared_pair& pair);
+
+// Takes the next share that was remembered. Result: whether there was one. Any thread.
+bool __osw_glrc_take_share(shared_pair* pair);

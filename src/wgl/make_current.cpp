@@ -5,6 +5,7 @@
 #include "startup/monitors.h"
 #include "startup/options.h"
 #include "wgl/child_windows.h"
+#include "wgl/context.h"
 #include "wgl/follow.h"
 #include "wgl/geometry_commands.h"
 #include "wgl/glrc.h"
@@ -117,6 +118,7 @@ void tell_parts(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   __osw_reset_sync_info(state);
   __osw_relayout_intersect(state);
   if (__osw_has_pipeline(state)) {
+    __osw_push_remembered_shares(state);
     const u64 binding[] = {to_slot(hdc), to_slot(hglrc)};
     __osw_push_wgl_cmd(state, wglMakeCurrent_op::op, 2, binding, 0);
   }
