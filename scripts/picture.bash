@@ -22,11 +22,15 @@ crop() {
   timeout 30 convert "$1" -crop "$2" +repage "$3"
 }
 
-# count_differing A B: prints how many pixels of two pictures of one size differ at all.
+# More than one step of 255 in a colour, and less than two.
+rounding=0.5%
+
+# count_differing A B [SHARE]: prints how many pixels of two pictures of one size differ, by more than this share of the
+# full range if one is given, else at all.
 count_differing() {
   local count
   # Its status is 1 when they differ. Large counts come as 1.5e+06, and newer versions add a share in parentheses.
-  count=$(timeout 30 compare -metric AE "$1" "$2" null: 2>&1) || [ $? -eq 1 ] ||
+  count=$(timeout 30 compare -metric AE -fuzz "${3:-0%}" "$1" "$2" null: 2>&1) || [ $? -eq 1 ] ||
     die "the pictures could not be compared"
   awk -v count="${count%% *}" 'BEGIN { printf "%d\n", count }'
 }
