@@ -98,7 +98,9 @@ void check_part(const threaded::prepared_call& call, const pipeline_facts& befor
   for (const threaded::payload& payload : call.payloads) {
     const u64 got = logged[0].what.arguments[payload.argument];
     EXPECT_NE(got, expected[payload.argument]) << "the application's own pointer";
-    if (payload.record_slot) EXPECT_EQ(got, driver::bits_of(&before.next->args[payload.record_slot]));
+    if (payload.record_slot) {
+      EXPECT_EQ(got, driver::bits_of(&before.next->args[payload.record_slot]));
+    }
     expected[payload.argument] = got;
   }
   EXPECT_EQ(logged[0].what, ops::noted(*call.travels, expected));
@@ -153,7 +155,9 @@ void check_changed_call(const threaded::prepared_call& call, int part, const rec
       return;
     case glReadPixels_op::op:
       for (const received::call& one : logged) {
-        if (one.what.op == glReadPixels_op::op) EXPECT_EQ(one.what.arguments[6], sent[6]);
+        if (one.what.op == glReadPixels_op::op) {
+          EXPECT_EQ(one.what.arguments[6], sent[6]);
+        }
       }
       return;
     default:
@@ -172,7 +176,9 @@ void check_app(const threaded::prepared_call& call, bool option_on) {
   EXPECT_EQ(logged[0].what, ops::noted(*call.travels, call.mirrored_arguments));
   const bool is_copy = call.changes_on_the_way && call.travels->op != glShaderSource_op::op &&
                        call.travels->threaded == ops::family::own;
-  if (!is_copy) EXPECT_EQ(logged.size(), 1u);
+  if (!is_copy) {
+    EXPECT_EQ(logged.size(), 1u);
+  }
 }
 
 void check_parts(const threaded::prepared_call& call, const pipeline_facts& before, bool reaches_parts) {
@@ -220,8 +226,9 @@ TEST_P(threaded_every_op_test, each_part_receives_the_call_once) {
 INSTANTIATE_TEST_SUITE_P(parts, threaded_every_op_test,
                          testing::Values(way{1, true}, way{2, true}, way{4, true}, way{16, true}, way{1, false},
                                          way{2, false}, way{4, false}, way{16, false}),
-                         [](const auto& info) {
-                           return std::to_string(info.param.parts) + (info.param.on_app_thread ? "_on" : "_off");
+                         [](const auto& instance) {
+                           return std::to_string(instance.param.parts) +
+                                  (instance.param.on_app_thread ? "_on" : "_off");
                          });
 
 }  // namespace
