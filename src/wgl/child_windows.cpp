@@ -134,6 +134,7 @@ u32 __osw_create_window_mapping(HWND hwnd, HDC hdc) {
     show_failure(hwnd, failure);
     return 0;
   }
-  __osw_attach_window_mapping(mapping);
+  // Without a record nothing is ever drawn to the children, which must not cover what the window shows then.
+  if (!__osw_attach_window_mapping(mapping)) __osw_show_children(&mapping, false);
   return 1;
 }

@@ -15,9 +15,15 @@ WNDPROC previous_procedure(HWND hwnd) {
   return reinterpret_cast<WNDPROC>(GetPropA(hwnd, subclass_property));
 }
 
+// A window that has been replaced once is left alone: it may have been an ancestor, or its binding may have failed
+// later on, and a procedure of ours as its own predecessor would call itself for ever. A procedure that cannot be
+// remembered is put back.
 BOOL replace_procedure(HWND hwnd, WNDPROC procedure) {
+  if (previous_procedure(hwnd)) return 1;
   const LONG_PTR previous = SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
-  return SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(previous));
+  if (SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(previous))) return 1;
+  SetWindowLongPtrA(hwnd, GWLP_WNDPROC, previous);
+  return 0;
 }
 
 void restore_procedure(HWND hwnd, WNDPROC previous) {
@@ -43,22 +49,35 @@ void release_window(HWND hwnd, WNDPROC previous) {
   restore_procedure(hwnd, previous);
 }
 
-LRESULT CALLBACK __osw_window_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
-  const WNDPROC previous = previous_procedure(hwnd);
-  if (message == WM_DESTROY) release_window(hwnd, previous);
-  if (changes_geometry(message)) __osw_on_window_changed(hwnd);
-  return call_previous(previous, hwnd, message, wparam, lparam);
-}
-
 BOOL CALLBACK follow_descendant(HWND hwnd, LPARAM) {
   __osw_on_window_changed(hwnd);
   return 1;
 }
 
+// A bound window may be an ancestor of others as well.
+void follow_window_and_descendants(HWND hwnd) {
+  __osw_on_window_changed(hwnd);
+  EnumChildWindows(hwnd, follow_descendant, 0);
+}
+
+LRESULT CALLBACK __osw_window_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  const WNDPROC previous = previous_procedure(hwnd);
+  if (message == WM_DESTROY) release_window(hwnd, previous);
+  if (changes_geometry(message)) follow_window_and_descendants(hwnd);
+  return call_previous(previous, hwnd, message, wparam, lparam);
+}
+
+// An ancestor may have been bound since.
 LRESULT CALLBACK __osw_ancestor_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
   const WNDPROC previous = previous_procedure(hwnd);
-  if (message == WM_DESTROY) restore_procedure(hwnd, previous);
-  if (changes_geometry(message)) EnumChildWindows(hwnd, follow_descendant, 0);
+  if (message == WM_DESTROY) {
+    if (__osw_window_mapping_of(hwnd)) {
+      release_window(hwnd, previous);
+    } else {
+      restore_procedure(hwnd, previous);
+    }
+  }
+  if (changes_geometry(message)) follow_window_and_descendants(hwnd);
   return call_previous(previous, hwnd, message, wparam, lparam);
 }
 
@@ -83,7 +102,6 @@ void relayout(const __osw_thread_state* state, void (*layout)(__osw_window_mappi
 BOOL __osw_subclass_window(HWND hwnd) {
   BOOL replaced = replace_procedure(hwnd, __osw_window_subclass_proc);
   for (HWND ancestor = GetParent(hwnd); ancestor; ancestor = GetParent(ancestor)) {
-    if (previous_procedure(ancestor)) continue;
     replaced &= replace_procedure(ancestor, __osw_ancestor_subclass_proc);
   }
   return replaced;

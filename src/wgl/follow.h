@@ -3,7 +3,7 @@
 
 #include "dispatch/thread_state.h"
 
-// Replaces the window procedure of the window, and that of each of its ancestors that has not been replaced yet.
+// Replaces the window procedure of the window and those of its ancestors, as far as they have not been replaced yet.
 // Result: nonzero on success. On the thread that binds the window.
 BOOL __osw_subclass_window(HWND hwnd);
 
