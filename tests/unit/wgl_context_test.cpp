@@ -1,6 +1,9 @@
 // The registry of contexts, and the child contexts that are made, copied, shared and deleted with an application's own.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include "pipeline/cmd_queue.h"
 #include "wgl/context.h"
 #include "wgl/glrc.h"
 #include "wgl_scene.h"
@@ -27,9 +30,9 @@ std::size_t live_contexts() {
   return live;
 }
 
-struct each_count_test : wgl_context_test, testing::WithParamInterface<int> {};
+struct context_part_test : wgl_context_test, testing::WithParamInterface<int> {};
 
-TEST_P(each_count_test, a_context_has_one_child_per_part) {
+TEST_P(context_part_test, a_context_has_one_child_per_part) {
   const int parts = GetParam();
   library::start({.parts = parts});
   const library::app_window window = library::open_window(library::usual_rect, 3);
@@ -67,7 +70,7 @@ TEST_P(each_count_test, a_context_has_one_child_per_part) {
   EXPECT_TRUE(scene::child_windows(window.hwnd).empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(, each_count_test, testing::Values(1, 2, 4, 16));
+INSTANTIATE_TEST_SUITE_P(, context_part_test, testing::Values(1, 2, 4, 16));
 
 TEST_F(wgl_context_test, a_new_record_stands_at_the_defaults_of_gl) {
   library::start();
@@ -192,9 +195,9 @@ TEST_F(wgl_context_test, the_record_of_a_deleted_context_is_zero_again) {
   EXPECT_EQ(live_contexts(), 0u);
 }
 
-struct both_paths_test : wgl_context_test, testing::WithParamInterface<library::path> {};
+struct context_path_test : wgl_context_test, testing::WithParamInterface<library::path> {};
 
-TEST_P(both_paths_test, deleting_a_context_that_is_not_current) {
+TEST_P(context_path_test, deleting_a_context_that_is_not_current) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   const HGLRC other = osw_wglCreateContext(rendered.window.hdc);
@@ -216,7 +219,7 @@ TEST_P(both_paths_test, deleting_a_context_that_is_not_current) {
   EXPECT_EQ(records(), 1);
 }
 
-TEST_P(both_paths_test, deleting_the_current_context_releases_the_workers_first) {
+TEST_P(context_path_test, deleting_the_current_context_releases_the_workers_first) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   const i32 mode = own_state()->mode;
@@ -241,7 +244,7 @@ TEST_P(both_paths_test, deleting_the_current_context_releases_the_workers_first)
   EXPECT_EQ(record->app_hglrc, nullptr);
 }
 
-TEST_P(both_paths_test, a_failed_delete_still_takes_the_children) {
+TEST_P(context_path_test, a_failed_delete_still_takes_the_children) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   const HGLRC other = osw_wglCreateContext(rendered.window.hdc);
@@ -255,7 +258,7 @@ TEST_P(both_paths_test, a_failed_delete_still_takes_the_children) {
   EXPECT_TRUE(driver::calls_of<wglMakeCurrent_op>().empty());
 }
 
-TEST_P(both_paths_test, a_failed_delete_of_the_current_context_releases_nobody) {
+TEST_P(context_path_test, a_failed_delete_of_the_current_context_releases_nobody) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   driver::clear_calls();
@@ -266,7 +269,7 @@ TEST_P(both_paths_test, a_failed_delete_of_the_current_context_releases_nobody) 
   EXPECT_EQ(records(), 0);
 }
 
-TEST_P(both_paths_test, copying_reaches_every_child_of_both) {
+TEST_P(context_path_test, copying_reaches_every_child_of_both) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   const HGLRC other = osw_wglCreateContext(rendered.window.hdc);
@@ -281,7 +284,7 @@ TEST_P(both_paths_test, copying_reaches_every_child_of_both) {
   for (int part = 0; part < 2; ++part) EXPECT_EQ(worker_steps(part), steps{});
 }
 
-TEST_P(both_paths_test, sharing_reaches_each_part_on_its_worker) {
+TEST_P(context_path_test, sharing_reaches_each_part_on_its_worker) {
   library::start({.way = GetParam()});
   const library::rendering rendered = library::start_rendering();
   const HGLRC other = osw_wglCreateContext(rendered.window.hdc);
@@ -295,7 +298,7 @@ TEST_P(both_paths_test, sharing_reaches_each_part_on_its_worker) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, both_paths_test, testing::Values(library::path::threaded, library::path::sequential));
+INSTANTIATE_TEST_SUITE_P(, context_path_test, testing::Values(library::path::threaded, library::path::sequential));
 
 TEST_F(wgl_context_test, a_failed_copy_or_share_stays_with_the_application) {
   library::start();
