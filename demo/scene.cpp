@@ -167,7 +167,7 @@ static void draw_dimensions(const scene& drawn) {
   std::snprintf(words, sizeof words, "%.1f", static_cast<double>(high.y - low.y));
   draw_text_at(drawn.small, {high.x, (low.y + high.y) / 2, high.z}, words);
   std::snprintf(words, sizeof words, "%.1f", static_cast<double>(high.z - low.z));
-  draw_text_at(drawn.small, {high.x, low.y, (low.z + high.z) / 2}, words);
+  draw_text_at(drawn.small, {low.x, low.y, (low.z + high.z) / 2}, words);
 }
 
 static void draw_ground_labels(const scene& drawn) {

@@ -16,6 +16,7 @@ begin_wine() {
   if [ -z "${keep_display:-}" ] || [ -z "${DISPLAY:-}" ]; then
     start_xvfb "$1"
   fi
+  timeout 20 xdpyinfo >/dev/null 2>&1 || die "the X server $DISPLAY does not answer"
   wine_environment "$1"
   exec 8>"$WINEPREFIX.lock"
   flock -n 8 || { say "another $1 is running in this tree, waiting for it"; flock -w 1800 8 || die "it did not end"; }
