@@ -47,8 +47,13 @@ void* stage(__osw_thread_state* state, GLenum target, u64 size, const char* func
 // `map` maps the buffer of the part that is current. A buffer that the first part says is mapped already gives null.
 template <class Map>
 void* map_and_stage(__osw_thread_state* state, GLenum target, u64 size, GLint mapped, const char* function, Map map) {
-  __osw_for_each_part(state, map);
-  return mapped ? nullptr : stage(state, target, size, function);
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    __osw_switch_to_part(state, part);
+    map(part);
+  }
+  void* mapping = mapped ? nullptr : stage(state, target, size, function);
+  __osw_switch_to_app(state);
+  return mapping;
 }
 
 // A part whose mapping failed is passed over.
