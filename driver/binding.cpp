@@ -110,7 +110,7 @@ void note_drawables(context* c, HDC draw, HDC read) {
 
 // The host refuses a drawable without a pixel format at once, and so must a binding that is only noted.
 bool has_pixel_format(HDC hdc, int* format) {
-  *format = host_wgl_entry<wglGetPixelFormat_op>()(hdc);
+  *format = host_wgl_entry<wglGetPixelFormat_op>()(host_hdc(hdc));
   if (*format != 0) return true;
   SetLastError(GetObjectType(hdc) == 0 ? ERROR_INVALID_HANDLE : ERROR_INVALID_PIXEL_FORMAT);
   return false;
@@ -225,6 +225,8 @@ BOOL note_binding(HDC draw, HDC read, HGLRC hglrc) {
     return FALSE;
   }
   thread->owned = c;
+  // A window may have become a child after it got its pixel format.
+  make_stand_in(WindowFromDC(draw), c->pixel_format, nullptr);
   // Another thread may bind what this one has left behind.
   if (thread->real != c) release_real(thread);
   note_drawables(c, draw, read);
@@ -263,11 +265,6 @@ void forget_context(context* c) {
 void unsettle_drawables(thread_state* thread) {
   thread->current->stale = true;
   set_bound(thread, false);
-}
-
-HDC host_hdc(HDC hdc) {
-  HDC hosts = stand_in_hdc(WindowFromDC(hdc));
-  return hosts == nullptr ? hdc : hosts;
 }
 
 unsigned long long driver_OswDriverSwitchCount() {

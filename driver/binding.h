@@ -69,8 +69,5 @@ void forget_context(context* c);
 // Says that the calling thread's current context no longer has the drawables that the host has.
 void unsettle_drawables(thread_state* thread);
 
-// The host's device context for one that an application gave.
-HDC host_hdc(HDC hdc);
-
 // How many times the host's wglMakeCurrent was called in this process.
 extern "C" unsigned long long driver_OswDriverSwitchCount();

@@ -1,5 +1,6 @@
 #include "stand_in.h"
 
+#include <atomic>
 #include <cstdlib>
 
 #include "host.h"
@@ -29,12 +30,13 @@ struct stand_in {
   WNDPROC child_procedure;  // the one that ours replaced
   placement now;
   unsigned looked_at;
+  bool raised;  // shown since the last look, and so above all others
 };
 
 // The list is changed on the window thread alone, under the lock; another thread holds the lock for a look-up, and
 // keeps no pointer. No window is touched under it.
 SRWLOCK lock = SRWLOCK_INIT;
-stand_in* first;
+std::atomic<stand_in*> first;
 
 bool is_under_wine() {
   static const bool under_wine = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
@@ -85,6 +87,34 @@ void clip(HWND hwnd, const placement& wanted) {
   SetWindowRgn(hwnd, EqualRect(&wanted.part, &whole) ? nullptr : CreateRectRgnIndirect(&wanted.part), TRUE);
 }
 
+bool is_owned_by(HWND hwnd, HWND owner) {
+  while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
+  return hwnd != nullptr;
+}
+
+// Whether a window belongs above the stand-in of `child`: another for a child of that child, or a dialog of the owner.
+bool belongs_above(HWND hwnd, HWND child, HWND owner) {
+  if (!IsWindowVisible(hwnd)) return false;
+  const stand_in* other = find_by_window(hwnd);
+  return other != nullptr ? IsChild(child, other->child) : is_owned_by(hwnd, owner);
+}
+
+// A window that is shown comes to the front, and Wine can move none but to the front. So what belongs above a stand-in
+// is moved there after it, from the lowest up; without a wait, for it is the application's. Not at once: Wine first has
+// to hear from the X server that the stand-in is in front.
+void raise_above(const stand_in& s) {
+  constexpr int most = 64;
+  HWND above[most];
+  int count = 0;
+  for (HWND at = s.owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr && count < most;) {
+    if (at != s.hwnd && belongs_above(at, s.child, s.owner)) above[count++] = at;
+  }
+  for (int i = 0; i < count; ++i) {
+    SetWindowPos(above[i], HWND_TOP, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_ASYNCWINDOWPOS);
+  }
+}
+
 // A hidden stand-in stays where it is, but has the child's size, which is what the host draws in. The list may have
 // changed on return: while the thread waits for another's window it takes messages.
 void place(stand_in* s, const placement& wanted) {
@@ -92,22 +122,24 @@ void place(stand_in* s, const placement& wanted) {
   s->now = wanted;
   HWND hwnd = s->hwnd;
   const LONG width = wanted.place.right - wanted.place.left, height = wanted.place.bottom - wanted.place.top;
+  if (wanted.visible && !before.visible) s->raised = true;
   UINT flags = SWP_NOZORDER | SWP_NOOWNERZORDER | SWP_NOACTIVATE;
   if (wanted.visible != before.visible) flags |= wanted.visible ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
   if (!wanted.visible) flags |= SWP_NOMOVE;
-  // This Wine restacks a window on the screen only when nothing visible is above it, so one that comes into view goes
-  // to the top: else it would stay below the application's window, which may have been raised since.
-  if (wanted.visible && !before.visible) flags &= ~static_cast<UINT>(SWP_NOZORDER);
-  SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
+  SetWindowPos(hwnd, nullptr, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
                flags);
   if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
 }
 
 void destroy(stand_in* s) {
   AcquireSRWLockExclusive(&lock);
-  stand_in** link = &first;
-  while (*link != s) link = &(*link)->next;
-  *link = s->next;
+  if (first == s) {
+    first = s->next;
+  } else {
+    stand_in* before = first;
+    while (before->next != s) before = before->next;
+    before->next = s->next;
+  }
   const bool was_last = first == nullptr;
   ReleaseSRWLockExclusive(&lock);
   if (was_last) repeat_on_window_thread(nullptr, 0);
@@ -141,7 +173,12 @@ void follow_all() {
       continue;
     }
     s->looked_at = round;
-    follow(s);
+    if (s->raised) {
+      s->raised = false;
+      raise_above(*s);
+    } else {
+      follow(s);
+    }
     s = first;
   }
 }
@@ -178,21 +215,17 @@ void hook(stand_in* s) {
   s->child_procedure = reinterpret_cast<WNDPROC>(replaced);
 }
 
-// Above the top window and the stand-ins that it has, so that a child of a child covers it, and below its dialogs.
-void order(HWND hwnd, HWND owner) {
-  HWND top = owner;
-  for (HWND above = owner; (above = GetWindow(above, GW_HWNDPREV)) != nullptr;) {
-    if (above == hwnd) continue;
-    if (find_by_window(above) == nullptr) break;
-    top = above;
-  }
-  HWND after = GetWindow(top, GW_HWNDPREV);
-  if (after == hwnd) return;
-  SetWindowPos(hwnd, after == nullptr ? HWND_TOP : after, 0, 0, 0, 0,
-               SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+// What was uncovered is the child's to draw. A disabled child is a part of its parent, whose program does not know that
+// there is something to draw unless the parent hears of it.
+void repaint(HWND child, RECT uncovered) {
+  InvalidateRect(child, &uncovered, FALSE);
+  HWND enabled = child;
+  while (enabled != nullptr && !IsWindowEnabled(enabled)) enabled = GetAncestor(enabled, GA_PARENT);
+  if (enabled == nullptr || enabled == child || enabled == GetDesktopWindow()) return;
+  MapWindowPoints(child, enabled, reinterpret_cast<POINT*>(&uncovered), 2);
+  InvalidateRect(enabled, &uncovered, FALSE);
 }
 
-// What was uncovered is the child's to draw.
 LRESULT CALLBACK stand_in_procedure(HWND hwnd, UINT message, WPARAM first_word, LPARAM second_word) {
   switch (message) {
     case WM_PAINT: {
@@ -200,7 +233,7 @@ LRESULT CALLBACK stand_in_procedure(HWND hwnd, UINT message, WPARAM first_word, 
       const bool any = GetUpdateRect(hwnd, &uncovered, FALSE);
       ValidateRect(hwnd, nullptr);
       const stand_in* s = find_by_window(hwnd);
-      if (any && s != nullptr) InvalidateRect(s->child, &uncovered, FALSE);
+      if (any && s != nullptr) repaint(s->child, uncovered);
       return 0;
     }
     case WM_ERASEBKGND:
@@ -243,7 +276,6 @@ void make_on_window_thread(void* argument) {
     free(s);
     return;
   }
-  order(s->hwnd, s->owner);
   if (first == nullptr) repeat_on_window_thread(follow_all, look_interval);
   AcquireSRWLockExclusive(&lock);
   hook(s);
@@ -256,16 +288,21 @@ void make_on_window_thread(void* argument) {
 }  // namespace
 
 void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* descriptor) {
-  if (child == nullptr || !is_under_wine() || !is_child(child)) return;
+  if (child == nullptr || !is_under_wine() || !is_child(child) || stand_in_hdc(child) != nullptr) return;
   request r = {child, pixel_format, descriptor};
   on_window_thread(make_on_window_thread, &r);
 }
 
 HDC stand_in_hdc(HWND child) {
-  if (child == nullptr || !is_under_wine()) return nullptr;
+  if (child == nullptr || first == nullptr) return nullptr;
   AcquireSRWLockShared(&lock);
   const stand_in* s = find(child);
   HDC hdc = s == nullptr ? nullptr : s->hdc;
   ReleaseSRWLockShared(&lock);
   return hdc;
+}
+
+HDC host_hdc(HDC hdc) {
+  HDC hosts = first == nullptr ? nullptr : stand_in_hdc(WindowFromDC(hdc));
+  return hosts == nullptr ? hdc : hosts;
 }

@@ -7,10 +7,14 @@
 
 #include <windows.h>
 
-// Makes the stand-in of a child window whose pixel format was just set, if one is needed and there is none yet. The
-// child may have no size: its stand-in is then hidden. A failure is reported, and the child is drawn to itself. On any
-// thread that may send messages.
+// Makes the stand-in of a child window, if one is needed and there is none yet, and gives it a pixel format; the child
+// itself gets none from the host, which would only make a drawable that nobody sees. The child may have no size: its
+// stand-in is then hidden. On a failure, which is reported, there is none, and the child is drawn to itself. Any thread
+// that may send messages.
 void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* descriptor);
 
 // The device context of a window's stand-in, or null. Any thread; it is usable by any thread.
 HDC stand_in_hdc(HWND child);
+
+// The host's device context for one that an application gave: its window's stand-in's, or itself.
+HDC host_hdc(HDC hdc);

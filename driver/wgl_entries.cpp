@@ -2,7 +2,6 @@
 
 #include "names.h"
 #include "spare_window.h"
-#include "stand_in.h"
 #include "state_queries.h"
 #include "window_coordinates.h"
 
@@ -12,7 +11,7 @@ constexpr UINT most_swaps = 16;
 
 HGLRC enter(HDC hdc, HGLRC hglrc) {
   if (hglrc == nullptr) return nullptr;
-  if (register_context(hglrc, host_wgl_entry<wglGetPixelFormat_op>()(hdc)) != nullptr) return hglrc;
+  if (register_context(hglrc, host_wgl_entry<wglGetPixelFormat_op>()(host_hdc(hdc))) != nullptr) return hglrc;
   host_wgl_entry<wglDeleteContext_op>()(hglrc);
   SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return nullptr;
@@ -49,12 +48,12 @@ HDC current_hdc(drawable context::*which) {
 
 OWN_WGL_ENTRY(wglCreateContext, HGLRC, HDC hdc) {
   load_host();
-  return enter(hdc, host_wgl_entry<wglCreateContext_op>()(hdc));
+  return enter(hdc, host_wgl_entry<wglCreateContext_op>()(host_hdc(hdc)));
 }
 
 OWN_WGL_ENTRY(wglCreateLayerContext, HGLRC, HDC hdc, int layer) {
   load_host();
-  return enter(hdc, host_wgl_entry<wglCreateLayerContext_op>()(hdc, layer));
+  return enter(hdc, host_wgl_entry<wglCreateLayerContext_op>()(host_hdc(hdc), layer));
 }
 
 OWN_WGL_ENTRY(wglCopyContext, BOOL, HGLRC source, HGLRC destination, UINT mask) {
@@ -123,9 +122,9 @@ OWN_WGL_ENTRY(wglSetPixelFormat, BOOL, HDC hdc, int format, const PIXELFORMATDES
   thread_state* thread = this_thread();
   if (thread == nullptr || thread->depth >= deepest) return FALSE;
   ++thread->depth;
-  const BOOL result = host_wgl_entry<wglSetPixelFormat_op>()(hdc, format, descriptor);
+  make_stand_in(WindowFromDC(hdc), format, descriptor);
+  const BOOL result = host_wgl_entry<wglSetPixelFormat_op>()(host_hdc(hdc), format, descriptor);
   --thread->depth;
-  if (result) make_stand_in(WindowFromDC(hdc), format, descriptor);
   return result;
 }
 
@@ -151,7 +150,7 @@ OWN_WGL_ENTRY(wglSwapMultipleBuffers, DWORD, UINT count, const WGLSWAP* swaps) {
 
 OWN_WGL_ENTRY(wglGetExtensionsStringARB, const char*, HDC hdc) {
   load_host();
-  return offered_extensions(host_wgl_entry<wglGetExtensionsStringARB_op>()(hdc));
+  return offered_extensions(host_wgl_entry<wglGetExtensionsStringARB_op>()(host_hdc(hdc)));
 }
 
 OWN_WGL_ENTRY(wglGetExtensionsStringEXT, const char*) {

@@ -1,7 +1,10 @@
 // The wgl functions that are more than a call of the host's.
 #pragma once
 
+#include <type_traits>
+
 #include "forward.h"
+#include "stand_in.h"
 
 // A wgl call is passed on as it stands; the thread's binding is made real first where the host looks at it. The depth
 // is watched because the host may come back here through gdi32.
@@ -59,6 +62,20 @@ ASKS_CURRENT_CONTEXT(wglSwapIntervalEXT)
 ASKS_CURRENT_CONTEXT(wglGetSwapIntervalEXT)
 #undef ASKS_CURRENT_CONTEXT
 
+// The calls that want the application's own device context, for the font that is selected there.
+template <class Op>
+constexpr bool asks_for_font = std::is_same_v<Op, wglUseFontBitmapsA_op> || std::is_same_v<Op, wglUseFontBitmapsW_op> ||
+                               std::is_same_v<Op, wglUseFontOutlinesA_op> || std::is_same_v<Op, wglUseFontOutlinesW_op>;
+
+template <class Op, class Value>
+inline Value host_value(Value value) {
+  if constexpr (std::is_same_v<Value, HDC> && !asks_for_font<Op>) {
+    return host_hdc(value);
+  } else {
+    return value;
+  }
+}
+
 // Deeper than any honest way through gdi32 and back.
 constexpr int deepest = 16;
 
@@ -69,10 +86,10 @@ inline Result forward_wgl(Arguments... arguments) {
   if constexpr (asks_current_context<Op>) bind_current();
   ++thread->depth;
   if constexpr (std::is_void_v<Result>) {
-    host_wgl_entry<Op>()(arguments...);
+    host_wgl_entry<Op>()(host_value<Op>(arguments)...);
     --thread->depth;
   } else {
-    const Result result = host_wgl_entry<Op>()(arguments...);
+    const Result result = host_wgl_entry<Op>()(host_value<Op>(arguments)...);
     --thread->depth;
     return result;
   }
