@@ -7,7 +7,8 @@
 #include "dispatch/no_context.h"
 #include "dispatch/thread_state.h"
 #include "library.h"
-#include "sample_calls.h"
+#include "op_rows.h"
+#include "wgl_samples.h"
 
 namespace {
 
@@ -93,10 +94,7 @@ TEST_F(no_context_test, every_entry_returns_nothing_and_calls_nothing) {
   library::start();
   osw_glDebugEntry();
   driver::clear_calls();
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  EXPECT_EQ(sample::call<function##_op>(osw_##function), 0u) << #function;
-#include "ops/gl_ops.inc"
-#undef GL_OP
+  for (const ops::row& row : ops::all()) EXPECT_EQ(row.call(row.entry, ops::distinctive(row)), 0u) << row.name;
   EXPECT_TRUE(driver::calls().empty());
 }
 
@@ -121,72 +119,42 @@ TEST_F(no_context_test, it_is_the_same_in_a_bypassed_process) {
   EXPECT_TRUE(driver::calls_of<glClear_op>().empty());
 }
 
-// What the driver must have seen of the latest call, and that the override is gone.
-template <class Op>
-void check_pass_through(typename Op::type* entry) {
-  driver::clear_calls();
-  const u64 scripted = 0x91827364F5E4D3C2;
-  driver::set_result<Op>(scripted);
-  const u64 result = sample::call<Op>(entry);
-  const std::vector<driver::call> calls = driver::calls();
-  if constexpr (std::is_same_v<typename Op::base, driver_op>) {
-    EXPECT_TRUE(calls.empty()) << Op::name;
-  } else {
-    ASSERT_EQ(calls.size(), 1u) << Op::name;
-    EXPECT_EQ(calls[0], sample::expected<Op>());
-    EXPECT_EQ(result, sample::result_of<Op>(scripted)) << Op::name;
-  }
-  EXPECT_EQ(__osw_fetch_thread_state()->pass_override, nullptr) << Op::name;
-}
+constexpr u64 scripted = 0x91827364F5E4D3C2;
 
 TEST_F(pass_through_test, every_gl_op_reaches_the_system_s_entry_of_its_own_name) {
   library::start({.active = false});
   library::start_rendering();
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  check_pass_through<function##_op>(osw_##function);
-#include "ops/gl_ops.inc"
-#undef GL_OP
-}
-
-// The row of the pass-through table, by the list: another op's slot, nothing, or the same op.
-template <class Op, class Word>
-struct target_of {
-  static constexpr int op = Op::op;
-};
-template <class Op>
-struct target_of<Op, wgl_zero> {
-  static constexpr int op = -1;
-};
-template <class Op, class Target>
-struct target_of<Op, wgl_to_entry<Target>> {
-  static constexpr int op = Target::op;
-};
-
-template <class Op>
-void check_wgl_pass_through(typename Op::type* entry) {
-  if constexpr (Op::op == 2 || Op::op == 13) return;  // each with a test of its own
-  constexpr int target = target_of<Op, typename Op::pass>::op;
-  const u64 scripted = 0x91827364F5E4D3C2;
-  driver::clear_calls();
-  if (target >= 0) driver::set_result(driver::op_space::wgl, target, scripted);
-  const u64 result = sample::call<Op>(entry);
-  driver::clear_scripts();
-  const std::vector<driver::call> calls = driver::calls();
-  ASSERT_EQ(calls.size(), target >= 0 ? 1u : 0u) << Op::name;
-  EXPECT_EQ(result, target >= 0 ? sample::result_of<Op>(scripted) : 0u) << Op::name;
-  if (target < 0) return;
-  driver::call expected = sample::expected<Op>();
-  expected.op = target;
-  EXPECT_EQ(calls[0], expected) << Op::name;
+  for (const ops::row& row : ops::all()) {
+    driver::clear_calls();
+    driver::set_result(driver::op_space::gl, row.op, scripted);
+    const driver::argument_bits arguments = ops::distinctive(row);
+    const u64 result = row.call(row.entry, arguments);
+    EXPECT_EQ(__osw_fetch_thread_state()->pass_override, nullptr) << row.name;
+    if (row.is_driver_op) {
+      EXPECT_TRUE(driver::calls().empty()) << row.name;
+      continue;
+    }
+    EXPECT_EQ(driver::calls(), std::vector<driver::call>{ops::noted(row, arguments)});
+    EXPECT_EQ(result, ops::result_of(row, scripted)) << row.name;
+  }
 }
 
 TEST_F(pass_through_test, every_wgl_op_is_forwarded) {
   library::start({.active = false});
   library::start_rendering();
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  check_wgl_pass_through<function##_op>(osw_##function);
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
+  for (const wgl_sample& sample : wgl_samples()) {
+    // Each has a test of its own.
+    if (sample.op == wglCreateContext_op::op || sample.op == wglMakeCurrent_op::op) continue;
+    const bool forwarded = sample.forwarded_to >= 0;
+    driver::clear_calls();
+    if (forwarded) driver::set_result(driver::op_space::wgl, sample.forwarded_to, scripted);
+    EXPECT_EQ(sample.call(), forwarded ? scripted & sample.result_mask : 0) << sample.name;
+    driver::clear_scripts();
+    driver::call expected = sample.noted;
+    expected.op = sample.forwarded_to;
+    EXPECT_EQ(driver::calls(), forwarded ? std::vector<driver::call>{expected} : std::vector<driver::call>())
+        << sample.name;
+  }
   EXPECT_TRUE(library::reports().empty());
 }
 

@@ -11,7 +11,6 @@ namespace {
 
 using scene::edges;
 using scene::edges_of;
-using scene::in;
 
 struct wgl_hidden_window_test : library::process_test {};
 

@@ -8,7 +8,6 @@ namespace {
 
 using scene::edges;
 using scene::edges_of;
-using scene::in;
 
 struct share {
   edges rect;  // in client coordinates
