@@ -110,6 +110,7 @@ BOOL exit_process() {
   if (!kill_other_threads()) misuse("exit of a process with a thread that cannot be ended");
   char process_ends;
   const BOOL result = call_library(DLL_PROCESS_DETACH, &process_ends);
+  keep_window_properties();
   attached.store(false);
   return result;
 }

@@ -66,6 +66,10 @@ void wake_loader_waiters();
 bool run_on_owner(DWORD owner_id, HWND hwnd, const char* call, bool wait, std::function<void()> work);
 void wake_message_waiters();
 
+// What only the ending process could still have reached, and nobody has to free: for a leak checker it stays in reach.
+void keep_until_end(LPVOID value);
+void keep_window_properties();
+
 // A thread has ended: its windows, timers and unread messages go with it.
 void forget_thread_windows(DWORD thread_id);
 void forget_thread_timers(DWORD thread_id);

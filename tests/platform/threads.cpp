@@ -49,7 +49,14 @@ void adopt(thread_record& record) {
   record.slots = platform_tls_slots;
 }
 
+// Never destroyed.
+std::vector<LPVOID>& kept = *new std::vector<LPVOID>;
+
 void finish(thread_record& record, DWORD code) {
+  if (record.killed.load()) {
+    keep_window_properties();
+    for (LPVOID value : platform_tls_slots) keep_until_end(value);
+  }
   forget_thread_messages(record);
   forget_thread_timers(record.id);
   forget_thread_windows(record.id);
@@ -175,6 +182,11 @@ thread_record& self() {
     adopt(add_record());
   }
   return *current;
+}
+
+void keep_until_end(LPVOID value) {
+  const std::lock_guard guard(lock);
+  if (value != nullptr) kept.push_back(value);
 }
 
 thread_record* find_thread(DWORD id) {

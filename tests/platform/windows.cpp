@@ -215,6 +215,13 @@ std::vector<class_facts> window_classes() {
   return classes;
 }
 
+void keep_window_properties() {
+  const std::lock_guard guard(window_lock);
+  for (const auto& [hwnd, record] : window_table) {
+    for (const auto& [name, value] : record.properties) keep_until_end(value);
+  }
+}
+
 void forget_thread_windows(DWORD thread_id) {
   const auto owned = select([&](const window_record& record) { return record.thread_id == thread_id; });
   for (const window_facts& facts : owned) remove_window(facts.hwnd);

@@ -57,6 +57,12 @@ platform::library_hooks hooks() {
   return all;
 }
 
+void close_own_windows() {
+  for (const platform::window_facts& window : platform::windows_of_class("application")) {
+    if (window.thread_id == GetCurrentThreadId()) DestroyWindow(window.hwnd);
+  }
+}
+
 void serve(app_thread& thread) {
   std::unique_lock guard(thread.lock);
   while (!thread.leaves || !thread.work.empty()) {
@@ -75,6 +81,8 @@ void serve(app_thread& thread) {
     thread.busy = !thread.work.empty();
     thread.changed.notify_all();
   }
+  guard.unlock();
+  close_own_windows();
 }
 
 }  // namespace
@@ -148,8 +156,19 @@ void end_thread(const app_thread_pointer& thread) {
   ASSERT_TRUE(platform::join(thread->handle)) << "a thread of the application has not ended";
 }
 
+void run_on_new_threads(int count, const std::function<void()>& work) {
+  std::vector<HANDLE> threads;
+  for (int i = 0; i < count; ++i) {
+    threads.push_back(platform::start_thread([work] {
+      work();
+      close_own_windows();
+    }));
+  }
+  for (const HANDLE thread : threads) ASSERT_TRUE(platform::join(thread)) << "a thread has not ended";
+}
+
 void run_on_new_thread(std::function<void()> work) {
-  ASSERT_TRUE(platform::join(platform::start_thread(std::move(work)))) << "a thread has not ended";
+  run_on_new_threads(1, work);
 }
 
 app_window open_window(RECT rect, int format) {

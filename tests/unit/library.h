@@ -72,7 +72,8 @@ void end();
 
 // ---- threads of the application ----
 
-// A thread that does what it is told, one piece of work after the other. It ends with the library's DLL_THREAD_DETACH.
+// A thread that does what it is told, one piece of work after the other. At its end it closes its windows, as the
+// platform tells no window that its thread is gone, and the library's DLL_THREAD_DETACH follows.
 struct app_thread {
   HANDLE handle = nullptr;
   DWORD id = 0;
@@ -97,8 +98,9 @@ void run(const app_thread_pointer& thread, std::function<void()> work);
 // Waits for the work, then for the thread's end.
 void end_thread(const app_thread_pointer& thread);
 
-// Runs `work` on a thread of its own and waits for that thread's end.
+// Runs `work` on a thread of its own, or on several at once, and waits for their ends, which are as above.
 void run_on_new_thread(std::function<void()> work);
+void run_on_new_threads(int count, const std::function<void()>& work);
 
 // ---- drawing ----
 

@@ -137,14 +137,10 @@ TEST_F(lookup_test, a_found_entry_follows_the_thread) {
 
 TEST_F(lookup_test, several_threads_look_up_at_once) {
   start_with_all_names();
-  std::vector<HANDLE> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.push_back(platform::start_thread([] {
-      library::start_rendering();
-      for (int op = 0; op < gl_op_count; op += 37) EXPECT_EQ(entry_of(__osw_gl_names[op]), __osw_gl_entries[op]);
-    }));
-  }
-  for (const HANDLE thread : threads) EXPECT_TRUE(platform::join(thread));
+  library::run_on_new_threads(4, [] {
+    library::start_rendering();
+    for (int op = 0; op < gl_op_count; op += 37) EXPECT_EQ(entry_of(__osw_gl_names[op]), __osw_gl_entries[op]);
+  });
 }
 
 }  // namespace

@@ -226,6 +226,16 @@ TEST_F(life_test, a_thread_that_rendered_leaves_nothing) {
   EXPECT_EQ(platform::leaks(true), std::vector<std::string>());
 }
 
+TEST_F(life_test, a_thread_may_end_while_it_renders) {
+  library::start();
+  library::run_on_new_thread([] {
+    library::start_rendering();
+    osw_glFlush();
+  });
+  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  EXPECT_EQ(listed_states(), 0);
+}
+
 TEST_F(life_test, the_process_ends_with_states_of_threads_that_never_detached) {
   library::start();
   std::vector<library::app_thread_pointer> threads;
@@ -253,8 +263,9 @@ TEST_F(life_test, the_process_ends_while_the_main_thread_renders) {
 
 TEST_F(life_test, the_library_can_be_unloaded_while_the_calling_thread_renders) {
   library::start();
-  library::start_rendering();
+  const library::rendering rendered = library::start_rendering();
   osw_glFlush();
+  DestroyWindow(rendered.window.hwnd);
   EXPECT_EQ(platform::detach_process(), TRUE);
   EXPECT_TRUE(platform::wait_for_live_threads(0));
   EXPECT_EQ(listed_states(), 0);

@@ -181,15 +181,11 @@ TEST_F(binding_test, a_library_that_does_not_load_is_reported) {
 
 TEST_F(binding_test, binding_at_once_on_many_threads_leaves_complete_tables) {
   library::start({.active = false});
-  std::vector<HANDLE> threads;
-  for (int i = 0; i < 6; ++i) {
-    threads.push_back(platform::start_thread([] {
-      library::start_rendering();
-      for (const __osw_proc entry : __osw_sys_gl) EXPECT_NE(entry, nullptr);
-      osw_glClear(3);
-    }));
-  }
-  for (const HANDLE thread : threads) EXPECT_TRUE(platform::join(thread));
+  library::run_on_new_threads(6, [] {
+    library::start_rendering();
+    for (const __osw_proc entry : __osw_sys_gl) EXPECT_NE(entry, nullptr);
+    osw_glClear(3);
+  });
   EXPECT_EQ(driver::calls_of<glClear_op>().size(), 6u);
 }
 

@@ -150,17 +150,13 @@ TEST_F(thread_state_test, without_memory_calls_do_nothing_until_there_is_some) {
 
 TEST_F(thread_state_test, many_threads_make_theirs_at_once) {
   library::start();
-  std::vector<HANDLE> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.push_back(platform::start_thread([] {
-      for (int call = 0; call < 100; ++call) {
-        EXPECT_EQ(osw_glGetError(), 0u);
-        EXPECT_EQ(osw_wglGetCurrentContext(), nullptr);
-      }
-      EXPECT_EQ(own_state()->thread_id, GetCurrentThreadId());
-    }));
-  }
-  for (const HANDLE thread : threads) EXPECT_TRUE(platform::join(thread));
+  library::run_on_new_threads(8, [] {
+    for (int call = 0; call < 100; ++call) {
+      EXPECT_EQ(osw_glGetError(), 0u);
+      EXPECT_EQ(osw_wglGetCurrentContext(), nullptr);
+    }
+    EXPECT_EQ(own_state()->thread_id, GetCurrentThreadId());
+  });
   for (const __osw_thread_state* state : __osw_thread_state_list) EXPECT_EQ(state, nullptr);
 }
 
