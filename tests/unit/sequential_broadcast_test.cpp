@@ -97,7 +97,8 @@ TEST_F(sequential_broadcast_test, two_threads_repeat_their_calls_on_their_own_pa
   const library::rendering rendered = sequential::start();
   const library::app_thread_pointer other = library::start_thread();
   library::rendering theirs;
-  library::run(other, [&] { theirs = library::start_rendering({200, 200, 500, 400}); });
+  const library::app_window window = library::open_window({200, 200, 500, 400});
+  library::run(other, [&] { theirs = library::start_rendering_in(window); });
   driver::clear_calls();
   const auto draw = [](GLuint first) {
     for (GLuint i = 0; i < 300; ++i) {

@@ -406,9 +406,10 @@ INSTANTIATE_TEST_SUITE_P(parts, block_life_test, testing::Values(1, 2, 4, 16));
 
 TEST_F(threaded_capture_test, blocks_that_nobody_replayed_are_freed_with_the_thread) {
   std::vector<u64> blocks;
+  const library::app_window window = library::open_window({200, 200, 400, 400});
   const library::app_thread_pointer thread = library::start_thread();
   library::run(thread, [&] {
-    library::start_rendering({200, 200, 400, 400});
+    library::start_rendering_in(window);
     allocation::watch();
     std::vector<u8> memory(32, 1);
     for (int i = 0; i < 10; ++i) {
