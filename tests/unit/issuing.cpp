@@ -2,6 +2,9 @@
 
 #include <thread>
 
+#include "startup/monitors.h"
+#include "wgl/window_mapping.h"
+
 namespace issuing {
 
 namespace {
@@ -23,6 +26,16 @@ u32 load_under(CRITICAL_SECTION* lock, const u32& mask) {
 }
 
 }  // namespace
+
+void pipeline_test::TearDown() {
+  std::vector<void*> mappings;
+  for (const platform::window_facts& window : platform::windows()) {
+    if (void* mapping = GetPropA(window.hwnd, mapping_property)) mappings.push_back(mapping);
+  }
+  if (platform::process_attached()) platform::exit_process();
+  for (void* mapping : mappings) free(mapping);
+  process_test::TearDown();
+}
 
 __osw_thread_state* state() {
   return static_cast<__osw_thread_state*>(TlsGetValue(__osw_state_slot));

@@ -8,6 +8,12 @@
 
 namespace issuing {
 
+// A test whose windows may outlive the process: the system ends them then and tells nobody, so what hangs on them is
+// taken off here.
+struct pipeline_test : library::process_test {
+  void TearDown() override;
+};
+
 // Of the calling thread.
 __osw_thread_state* state();
 __osw_cmd_queue* queue();

@@ -10,8 +10,8 @@ namespace {
 
 using namespace issuing;
 
-struct blob_test : library::process_test {};
-struct blob_part_test : library::process_test, testing::WithParamInterface<int> {};
+struct blob_test : pipeline_test {};
+struct blob_part_test : pipeline_test, testing::WithParamInterface<int> {};
 
 std::uintptr_t block(u8 fill) {
   void* memory = malloc(64);
@@ -163,6 +163,7 @@ TEST_F(blob_test, teardown_frees_what_both_lists_still_hold) {
 TEST_F(blob_test, the_end_of_a_thread_replays_and_frees_what_is_pending) {
   library::start({.parts = 4, .query_on_app_thread = false});
   const renderer drawing = start_renderer();
+  library::run(drawing.thread, [&] { DestroyWindow(drawing.rendered.window.hwnd); });
   driver::clear_calls();
   allocation::watch();
   std::vector<std::uintptr_t> blocks;
@@ -180,6 +181,7 @@ TEST_F(blob_test, the_end_of_the_process_frees_once_what_some_parts_have_replaye
   library::start({.parts = 2, .query_on_app_thread = false});
   const renderer held = start_renderer();
   const gate_pointer gate = hold_in<glBegin_op>(held.rendered.children[1]);
+  library::run(held.thread, [&held] { DestroyWindow(held.rendered.window.hwnd); });
   allocation::watch();
   std::vector<std::uintptr_t> blocks;
   const auto push_more = [&blocks] {

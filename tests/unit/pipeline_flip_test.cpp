@@ -5,7 +5,7 @@ namespace {
 
 using namespace issuing;
 
-struct flip_test : library::process_test {
+struct flip_test : pipeline_test {
   void begin(int parts = 2) {
     library::start({.parts = parts, .query_on_app_thread = false});
     held = start_renderer();

@@ -1,5 +1,7 @@
 // Appending commands, and when a list is handed over.
 #include "issuing.h"
+#include "pipeline/statistics.h"
+#include "startup/monitors.h"
 
 namespace {
 
@@ -20,13 +22,13 @@ bool flipped(const lists& before) {
   return queue()->fill_list != before.fill && queue()->read_list == before.fill;
 }
 
-struct push_test : library::process_test {
+struct push_test : pipeline_test {
   // An empty list to fill, on two parts.
   void begin(int parts = 2) {
     library::start({.parts = parts, .query_on_app_thread = false});
     rendered = library::start_rendering();
     empty_list();
-    queue()->send_sync_count = 0;
+    __osw_reset_sync_info(state());
     driver::clear_calls();
   }
   void expect_parts(const std::vector<driver::call>& expected) const {
@@ -134,7 +136,6 @@ TEST_F(push_test, every_synchronous_op_flushes_and_counts_for_itself_alone) {
   }
   EXPECT_EQ(flushes, 641u);
   EXPECT_EQ(sum(queue()->gl_sync_count), 641u);
-  queue()->wgl_sync_count[wglMakeCurrent_op::op] = 0;
   flushes = 0;
   for (int op = 0; op < wgl_op_count; ++op) {
     const lists before = lists_now();

@@ -10,8 +10,8 @@ namespace {
 
 using namespace issuing;
 
-struct record_test : library::process_test {};
-struct queue_test : library::process_test, testing::WithParamInterface<int> {};
+struct record_test : pipeline_test {};
+struct queue_test : pipeline_test, testing::WithParamInterface<int> {};
 
 TEST_F(record_test, fields_lie_where_both_sides_expect_them) {
   EXPECT_EQ(offsetof(__osw_cmd, type), 0u);
@@ -34,23 +34,22 @@ TEST_F(record_test, types_have_their_numbers) {
 }
 
 TEST_F(record_test, queue_fields_stand_in_order) {
-  const std::size_t offsets[] = {
-      offsetof(__osw_cmd_queue, start_cond),     offsetof(__osw_cmd_queue, done_cond),
-      offsetof(__osw_cmd_queue, sync_cond),      offsetof(__osw_cmd_queue, start_lock),
-      offsetof(__osw_cmd_queue, done_lock),      offsetof(__osw_cmd_queue, sync_lock),
-      offsetof(__osw_cmd_queue, start_mask),     offsetof(__osw_cmd_queue, done_mask),
-      offsetof(__osw_cmd_queue, sync_mask),      offsetof(__osw_cmd_queue, exit_mask),
-      offsetof(__osw_cmd_queue, app_bit),        offsetof(__osw_cmd_queue, worker_bits),
-      offsetof(__osw_cmd_queue, all_bits),       offsetof(__osw_cmd_queue, last_sync_flag),
-      offsetof(__osw_cmd_queue, wgl_sync_flags), offsetof(__osw_cmd_queue, gl_sync_flags),
-      offsetof(__osw_cmd_queue, wgl_op_names),   offsetof(__osw_cmd_queue, gl_op_names),
-      offsetof(__osw_cmd_queue, wgl_sync_count), offsetof(__osw_cmd_queue, gl_sync_count),
-      offsetof(__osw_cmd_queue, send_sync_count), offsetof(__osw_cmd_queue, full_count),
-      offsetof(__osw_cmd_queue, list_a),         offsetof(__osw_cmd_queue, count_a),
-      offsetof(__osw_cmd_queue, list_b),         offsetof(__osw_cmd_queue, count_b),
-      offsetof(__osw_cmd_queue, list_limit),     offsetof(__osw_cmd_queue, read_list),
-      offsetof(__osw_cmd_queue, read_count),     offsetof(__osw_cmd_queue, fill_list),
-      offsetof(__osw_cmd_queue, fill_count),     offsetof(__osw_cmd_queue, last_result)};
+  const std::size_t offsets[] = {offsetof(__osw_cmd_queue, start_cond),      offsetof(__osw_cmd_queue, done_cond),
+                                 offsetof(__osw_cmd_queue, sync_cond),       offsetof(__osw_cmd_queue, start_lock),
+                                 offsetof(__osw_cmd_queue, done_lock),       offsetof(__osw_cmd_queue, sync_lock),
+                                 offsetof(__osw_cmd_queue, start_mask),      offsetof(__osw_cmd_queue, done_mask),
+                                 offsetof(__osw_cmd_queue, sync_mask),       offsetof(__osw_cmd_queue, exit_mask),
+                                 offsetof(__osw_cmd_queue, app_bit),         offsetof(__osw_cmd_queue, worker_bits),
+                                 offsetof(__osw_cmd_queue, all_bits),        offsetof(__osw_cmd_queue, last_sync_flag),
+                                 offsetof(__osw_cmd_queue, wgl_sync_flags),  offsetof(__osw_cmd_queue, gl_sync_flags),
+                                 offsetof(__osw_cmd_queue, wgl_op_names),    offsetof(__osw_cmd_queue, gl_op_names),
+                                 offsetof(__osw_cmd_queue, wgl_sync_count),  offsetof(__osw_cmd_queue, gl_sync_count),
+                                 offsetof(__osw_cmd_queue, send_sync_count), offsetof(__osw_cmd_queue, full_count),
+                                 offsetof(__osw_cmd_queue, list_a),          offsetof(__osw_cmd_queue, count_a),
+                                 offsetof(__osw_cmd_queue, list_b),          offsetof(__osw_cmd_queue, count_b),
+                                 offsetof(__osw_cmd_queue, list_limit),      offsetof(__osw_cmd_queue, read_list),
+                                 offsetof(__osw_cmd_queue, read_count),      offsetof(__osw_cmd_queue, fill_list),
+                                 offsetof(__osw_cmd_queue, fill_count),      offsetof(__osw_cmd_queue, last_result)};
   for (std::size_t i = 1; i < std::size(offsets); ++i) EXPECT_LT(offsets[i - 1], offsets[i]) << "field " << i;
 }
 
