@@ -63,7 +63,7 @@ u64 create_context(int op, u64 hdc_bits) {
   const int number = context_count.fetch_add(1);
   if (number >= context_limit) std::abort();
   context_record& record = table[number];
-  record.made_by = GetCurrentThreadId();
+  record.made_by.store(GetCurrentThreadId());
   record.made_on = hdc;
   record.made_with = op;
   record.pixel_format = format;
@@ -199,7 +199,7 @@ context_facts facts_of(int number) {
   return {handle_of(number),
           reinterpret_cast<HANDLE>(driver_context_base + static_cast<u64>(number) * handle_step),
           record.live,
-          record.made_by,
+          record.made_by.load(),
           record.made_on,
           record.made_with,
           record.current_on.load(),
@@ -353,13 +353,12 @@ context_facts context(HGLRC hglrc) {
 }
 
 std::vector<HGLRC> contexts_made_after(HGLRC hglrc, int count) {
-  const DWORD thread_id = context(hglrc).made_by;
   std::vector<HGLRC> found;
-  bool after = false;
-  for (const context_facts& facts : contexts()) {
+  const int first = number_of(bits_of(hglrc), hglrc_base, context_count.load());
+  if (first < 0) return found;
+  for (int number = first + 1; number < context_count.load(); ++number) {
     if (static_cast<int>(found.size()) == count) break;
-    if (after && facts.made_by == thread_id) found.push_back(facts.hglrc);
-    after = after || facts.hglrc == hglrc;
+    if (table[number].made_by.load() == table[first].made_by.load()) found.push_back(handle_of(number));
   }
   return found;
 }

@@ -9,7 +9,7 @@ constexpr int context_limit = 4096;
 
 struct context_record {
   bool live = false;
-  DWORD made_by = 0;
+  std::atomic<DWORD> made_by{0};  // other threads look for their own contexts meanwhile
   HDC made_on = nullptr;
   int made_with = 0;
   int pixel_format = 0;

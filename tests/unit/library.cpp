@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "dispatch/bypass.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
 #include "startup/monitors.h"
@@ -186,8 +187,7 @@ rendering start_rendering_in(const app_window& window) {
   started.window = window;
   started.context = osw_wglCreateContext(window.hdc);
   EXPECT_NE(started.context, nullptr);
-  const bool bypassed = driver::contexts().back().hglrc == started.context;
-  if (!bypassed) started.children = driver::contexts_made_after(started.context, __osw_part_count);
+  if (!__osw_enable_wrapper_bypass) started.children = driver::contexts_made_after(started.context, __osw_part_count);
   EXPECT_TRUE(osw_wglMakeCurrent(window.hdc, started.context));
   return started;
 }
