@@ -36,7 +36,8 @@ def exports_of(library):
 
 def defined_exports(source):
     with open(source + "/src/entry/opengl32.def") as file:
-        return {name: int(ordinal) for name, ordinal in re.findall(r"^\s+(\w+)\s*(?:=\s*\w+\s*)?@(\d+)", file.read(), re.M)}
+        rows = re.findall(r"^\s+(\w+)\s*(?:=\s*\w+\s*)?@(\d+)", file.read(), re.M)
+    return {name: int(ordinal) for name, ordinal in rows}
 
 
 def platform_names():
