@@ -88,6 +88,10 @@ void serve(app_thread& thread) {
 
 }  // namespace
 
+void PrintTo(path way, std::ostream* out) {
+  *out << (way == path::threaded ? "threaded" : "sequential");
+}
+
 void prepare(const process_setup& setup) {
   // What the library keeps for the life of a process is zero only once.
   static bool prepared = false;

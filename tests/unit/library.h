@@ -45,6 +45,7 @@ extern const HINSTANCE module_handle;
 extern const char* const registry_path;
 
 enum class path { sequential, threaded };
+void PrintTo(path way, std::ostream* out);  // for the names of tests
 
 struct process_setup {
   bool active = true;

@@ -58,12 +58,25 @@ constexpr int target_of<Op, wgl_zero> = -1;
 template <class Op, class Target>
 constexpr int target_of<Op, wgl_to_entry<Target>> = Target::op;
 
+// The same for the table of an active process.
+template <class Op, class Word>
+constexpr int active_target_of = target_of<Op, Word>;
+template <class Op>
+constexpr int active_target_of<Op, wgl_own> = -2;
+template <class Op, class Target>
+constexpr int active_target_of<Op, wgl_row_of<Target>> = active_target_of<Target, typename Target::main>;
+
 template <class Op>
 wgl_sample make() {
   using made = sample_of<Op, typename Op::type>;
-  return {
-      Op::name,           Op::op, target_of<Op, typename Op::pass>, made::call, made::noted(typename made::indices()),
-      made::result_mask()};
+  return {Op::name,
+          Op::op,
+          target_of<Op, typename Op::pass>,
+          active_target_of<Op, typename Op::main>,
+          std::is_same_v<typename Op::main, wgl_warn>,
+          made::call,
+          made::noted(typename made::indices()),
+          made::result_mask()};
 }
 
 }  // namespace
