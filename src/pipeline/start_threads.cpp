@@ -60,8 +60,8 @@ void abandon_workers(__osw_cmd_queue* queue) {
 bool end_workers(__osw_thread_state* state) {
   const __osw_thread_ctrl& started = state->started;
   if (started.swap_thread) {
-    // Ended by the system, or by itself, which it does as soon as it starts when there are no parts: nobody is left then
-    // who could touch the queue.
+    // Ended by the system, or by itself, which it does as soon as it starts when there are no parts: nobody is left
+    // then who could touch the queue.
     if (!is_running(started.swap_thread)) return false;
     __osw_send_exit_cmd(state);
     return true;

@@ -128,7 +128,7 @@ void detach_process() {
 
 // The system's entry, with the loader lock held. Result: always TRUE, so that a program starts whatever fails here.
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-  __osw_hinstance = module;
+  relaxed_store(__osw_hinstance, module);
   switch (reason) {
     case DLL_PROCESS_ATTACH:
       attach_process();

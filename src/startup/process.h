@@ -3,6 +3,7 @@
 
 #include "ops/types.h"
 
+// Stored at every call of DllMain, relaxed: other threads may be making windows meanwhile.
 extern HINSTANCE __osw_hinstance;
 extern u32 __osw_process_id;
 extern char __osw_app_exe_name[MAX_PATH];  // without its directory

@@ -27,7 +27,7 @@ bool register_class(const char* name) {
   WNDCLASSA window_class{};
   window_class.style = class_style;
   window_class.lpfnWndProc = default_procedure;
-  window_class.hInstance = __osw_hinstance;
+  window_class.hInstance = relaxed_load(__osw_hinstance);
   window_class.lpszClassName = name;
   return RegisterClassA(&window_class) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
 }
@@ -50,7 +50,7 @@ void stop_clipping_children(HWND hwnd) {
 HWND create_child(HWND parent, const RECT& rect, i32 part) {
   const auto id = reinterpret_cast<HMENU>(static_cast<std::intptr_t>(part + first_child_id));
   return CreateWindowExA(0, child_class, "", child_style, rect.left, rect.top, rect.right - rect.left,
-                         rect.bottom - rect.top, parent, id, __osw_hinstance, nullptr);
+                         rect.bottom - rect.top, parent, id, relaxed_load(__osw_hinstance), nullptr);
 }
 
 // With the split method a child stands on its own monitor when its device context is taken, and takes its share of the
@@ -99,7 +99,7 @@ HDC __osw_create_hidden_dc(__osw_thread_state* state, HDC hdc, i32 part, i32 for
   __osw_register_glrc_window_class();
   const RECT& monitor = __osw_monitor_table[part].rect;
   const HWND hidden = CreateWindowExA(0, glrc_class, glrc_class, hidden_style, monitor.left, monitor.top, width, height,
-                                      nullptr, nullptr, __osw_hinstance, nullptr);
+                                      nullptr, nullptr, relaxed_load(__osw_hinstance), nullptr);
   if (!hidden) {
     show_failure(nullptr, "Creating glrc window failed!");
     return nullptr;

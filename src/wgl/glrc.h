@@ -15,7 +15,7 @@ struct __osw_glrc {
   HGLRC child_hglrc[max_parts];
   HANDLE child_gl_context[max_parts];
   HGLRC
-      share_with;  // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
+  share_with;  // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
   u32 viewport_set;  // 1 once the context's first viewport has been issued
   __osw_client_state client_state;
   __osw_pixel_store pack_store;
