@@ -12,11 +12,12 @@ static bool read_pair(const std::string& text, char between, int* first, int* se
 bool read_options(int count, char** words, options* result, int* status) {
   *result = {};
   result->hold = -1;
-  std::string size = "1200x700", position;
+  std::string size = "1200x700", position, by = lists_renderer.name;
   CLI::App app("Shows a model, Wavefront OBJ or STL, on a turntable.", "viewer");
   // A path may begin with a slash.
   app.allow_windows_style_options(false);
   app.add_option("model", result->model, "the file to show")->required();
+  app.add_option("--renderer", by, "how to draw: lists (the default), arrays, buffers or shaders");
   app.add_option("--frame", result->frame, "which picture of the turntable to show, from 0")
       ->check(CLI::NonNegativeNumber);
   app.add_option("--frames", result->benchmark_frames, "draw so many pictures first and print the rate")
@@ -34,6 +35,8 @@ bool read_options(int count, char** words, options* result, int* status) {
         result->width > 16384 || result->height > 16384) {
       throw CLI::ValidationError("--size", "takes WxH, each from 64 to 16384");
     }
+    result->by = find_renderer(by);
+    if (!result->by) throw CLI::ValidationError("--renderer", "takes lists, arrays, buffers or shaders");
     result->placed = !position.empty();
     if (result->placed && !read_pair(position, ',', &result->x, &result->y)) {
       throw CLI::ValidationError("--position", "takes X,Y");

@@ -3,8 +3,11 @@
 
 #include <string>
 
+#include "renderer.h"
+
 struct options {
   std::string model;
+  const renderer* by;
   int frame;             // the picture of the turntable to show, from 0
   bool exit;             // end by itself once the picture has been shown
   std::string ready;     // a file to write when the picture is on the screen; empty: none

@@ -28,83 +28,26 @@ static vec3 ground_middle(const scene& drawn) {
   return {snapped((shown.low.x + shown.high.x) / 2), snapped((shown.low.y + shown.high.y) / 2), shown.low.z};
 }
 
-static void compile_ground(const scene& drawn) {
-  vec3 middle = ground_middle(drawn);
-  float half = drawn.grid_step * grid_lines;
-  glNewList(drawn.ground, GL_COMPILE);
-  glBegin(GL_LINES);
-  for (int i = -grid_lines; i <= grid_lines; ++i) {
-    float along = drawn.grid_step * static_cast<float>(i);
-    if (i % 5 == 0) {
-      glColor3f(0.36f, 0.40f, 0.46f);
-    } else {
-      glColor3f(0.23f, 0.26f, 0.31f);
-    }
-    glVertex3f(middle.x + along, middle.y - half, middle.z);
-    glVertex3f(middle.x + along, middle.y + half, middle.z);
-    glVertex3f(middle.x - half, middle.y + along, middle.z);
-    glVertex3f(middle.x + half, middle.y + along, middle.z);
-  }
-  glEnd();
-  glEndList();
-}
-
-static void set_material(const material& of) {
-  glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, of.ambient);
-  glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, of.diffuse);
-  glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, of.specular);
-  glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, of.shininess);
-}
-
-static void compile_model(const scene& drawn) {
-  const model& shown = *drawn.shown;
-  glNewList(drawn.faces, GL_COMPILE);
-  int current = -1;
-  for (const triangle& face : shown.triangles) {
-    if (face.material != current) {
-      if (current >= 0) glEnd();
-      current = face.material;
-      set_material(shown.materials[static_cast<size_t>(current)]);
-      glBegin(GL_TRIANGLES);
-    }
-    for (int i = 0; i < 3; ++i) {
-      glNormal3fv(&face.normals[i].x);
-      glVertex3fv(&face.corners[i].x);
-    }
-  }
-  glEnd();
-  glEndList();
-
-  glNewList(drawn.edges, GL_COMPILE);
-  glBegin(GL_LINES);
-  for (const segment& edge : shown.edges) {
-    glVertex3fv(&edge.from.x);
-    glVertex3fv(&edge.to.x);
-  }
-  glEnd();
-  glEndList();
-}
-
-scene make_scene(const model& shown) {
-  scene drawn = {};
+bool make_scene(const model& shown, const renderer& by, scene* result, std::string* why) {
+  scene& drawn = *result;
+  drawn = {};
   drawn.shown = &shown;
+  drawn.by = &by;
   drawn.small = make_font(1);
   drawn.large = make_font(2);
-  drawn.ground = glGenLists(3);
-  drawn.faces = drawn.ground + 1;
-  drawn.edges = drawn.ground + 2;
   vec3 size = shown.high - shown.low;
   drawn.grid_step = round_step(std::sqrt(dot(size, size)) / 14);
   drawn.show_ground = drawn.show_edges = drawn.show_labels = true;
-  compile_ground(drawn);
-  compile_model(drawn);
+  drawn.kept.shown = &shown;
+  drawn.kept.shapes = make_geometry(shown, ground_middle(drawn), drawn.grid_step, grid_lines);
+  if (!by.prepare(&drawn.kept, why)) return false;
 
   glClearColor(0.11f, 0.13f, 0.16f, 1);
   glEnable(GL_DEPTH_TEST);
   glDepthFunc(GL_LEQUAL);
   glEnable(GL_NORMALIZE);
   glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
-  return drawn;
+  return true;
 }
 
 // A light that stands with the model, one from the other side to soften it, and a weak one at the camera.
@@ -134,13 +77,10 @@ static void draw_model(const scene& drawn) {
   // The faces step back a little, so that the edges on them stay whole.
   glEnable(GL_POLYGON_OFFSET_FILL);
   glPolygonOffset(1, 1);
-  glCallList(drawn.faces);
+  drawn.by->draw_faces(drawn.kept);
   glDisable(GL_POLYGON_OFFSET_FILL);
   glDisable(GL_LIGHTING);
-  if (drawn.show_edges) {
-    glColor3f(0.05f, 0.06f, 0.08f);
-    glCallList(drawn.edges);
-  }
+  if (drawn.show_edges) drawn.by->draw_edges(drawn.kept);
 }
 
 // The box around the model, with its three lengths.
@@ -188,7 +128,7 @@ void draw_scene(const scene& drawn, const camera& view, int width, int height, c
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   apply_camera(view, width, height);
   place_lights(view);
-  if (drawn.show_ground) glCallList(drawn.ground);
+  if (drawn.show_ground) drawn.by->draw_ground(drawn.kept);
   draw_model(drawn);
   if (drawn.show_labels) {
     draw_dimensions(drawn);

@@ -1,0 +1,26 @@
+#include "gl_entries.h"
+
+namespace gl {
+#define DEFINE_ENTRY(type, name) type name;
+BUFFER_ENTRIES(DEFINE_ENTRY)
+SHADER_ENTRIES(DEFINE_ENTRY)
+#undef DEFINE_ENTRY
+}  // namespace gl
+
+template <class Entry>
+static bool find_entry(const char* name, Entry* found, std::string* why) {
+  *found = reinterpret_cast<Entry>(reinterpret_cast<void*>(wglGetProcAddress(name)));
+  if (*found) return true;
+  *why = std::string("OpenGL has no ") + name + " here";
+  return false;
+}
+
+#define FIND_ENTRY(type, name) &&find_entry(#name, &gl::name, why)
+
+bool find_buffer_entries(std::string* why) {
+  return true BUFFER_ENTRIES(FIND_ENTRY);
+}
+
+bool find_shader_entries(std::string* why) {
+  return true SHADER_ENTRIES(FIND_ENTRY);
+}
