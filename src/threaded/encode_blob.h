@@ -28,11 +28,10 @@ inline void place_block(u64 (&slots)[count], u32* mask, u32 count_slot, const vo
   *mask = 0;
 }
 
-// An array of `item_size` bytes an item, whose number of items stands in slot `count_slot`, as the last parameter.
+// Pushes an array of `item_size` bytes an item, whose number of items stands in slot `count_slot`, as the last
+// parameter.
 template <class Op, u32 count_slot, class... Parameters>
-void encode_array(u64 item_size, Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, arguments...);
+void push_array(__osw_thread_state* state, u64 item_size, Parameters... arguments) {
   constexpr u32 count = sizeof...(Parameters);
   u64 slots[] = {to_slot(arguments)...};
   const void* data = from_slot<const void*>(slots[count - 1]);
@@ -42,11 +41,20 @@ void encode_array(u64 item_size, Parameters... arguments) {
   __osw_push_gl_cmd(state, Op::op, count, slots, mask);
 }
 
+template <class Op, u32 count_slot, class... Parameters>
+void encode_array(u64 item_size, Parameters... arguments) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<Op>(state, arguments...);
+  push_array<Op, count_slot>(state, item_size, arguments...);
+}
+
 // A number of names that no memory can hold goes out with a null array, so that no worker walks it.
 template <class Op>
 void encode_names(GLsizei count, const GLuint* names) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<Op>(state, count, names);
   const bool too_many = count > 0 && !__osw_checked_bytes(count, sizeof *names);
-  encode_array<Op, 0>(sizeof *names, count, too_many ? nullptr : names);
+  push_array<Op, 0>(state, sizeof *names, count, too_many ? nullptr : names);
 }
 
 template <class Op, int components, class T>
