@@ -21,6 +21,9 @@ struct placement {
   bool visible;
 };
 
+// What is still to be done to bring an owner's windows to the front.
+enum class raising { none, others, stand_ins };
+
 struct stand_in {
   stand_in* next;
   HWND child;
@@ -30,7 +33,8 @@ struct stand_in {
   WNDPROC child_procedure;  // the one that ours replaced
   placement now;
   unsigned looked_at;
-  bool raised;  // shown since the last look, and so above all others
+  raising raise;
+  bool foremost;  // nothing lay over the owner at the last look
 };
 
 // The list is changed on the window thread alone, under the lock; another thread holds the lock for a look-up, and
@@ -87,31 +91,117 @@ void clip(HWND hwnd, const placement& wanted) {
   SetWindowRgn(hwnd, EqualRect(&wanted.part, &whole) ? nullptr : CreateRectRgnIndirect(&wanted.part), TRUE);
 }
 
+// Wine moves a window to the front on the X server, and nowhere else; and when it brings a top window to the front with
+// all that it owns, it moves one of them there. So the windows above an owner are moved to the front one by one, from
+// the lowest up: first the stand-ins, those for children of children last, and then the application's own, dialogs and
+// the like.
+constexpr int most_raised = 64;
+
+struct raised_windows {
+  HWND hwnd[most_raised];
+  int depth[most_raised];  // of the child among its ancestors
+  int count;
+};
+
+int depth_of(HWND child) {
+  int depth = 0;
+  while ((child = GetAncestor(child, GA_PARENT)) != nullptr) ++depth;
+  return depth;
+}
+
+// Behind those of its depth, before the deeper ones.
+void insert(raised_windows* list, HWND hwnd, int depth) {
+  if (list->count == most_raised) return;
+  int at = list->count++;
+  for (; at > 0 && list->depth[at - 1] > depth; --at) {
+    list->hwnd[at] = list->hwnd[at - 1];
+    list->depth[at] = list->depth[at - 1];
+  }
+  list->hwnd[at] = hwnd;
+  list->depth[at] = depth;
+}
+
 bool is_owned_by(HWND hwnd, HWND owner) {
   while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
   return hwnd != nullptr;
 }
 
-// Whether a window belongs above the stand-in of `child`: another for a child of that child, or a dialog of the owner.
-bool belongs_above(HWND hwnd, HWND child, HWND owner) {
-  if (!IsWindowVisible(hwnd)) return false;
-  const stand_in* other = find_by_window(hwnd);
-  return other != nullptr ? IsChild(child, other->child) : is_owned_by(hwnd, owner);
+// Whether no other window lies over the owner, above which nothing of it may come.
+bool is_foremost(HWND owner) {
+  RECT place, other, common;
+  GetWindowRect(owner, &place);
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+    if (!IsWindowVisible(at) || is_owned_by(at, owner)) continue;
+    GetWindowRect(at, &other);
+    if (IntersectRect(&common, &place, &other)) return false;
+  }
+  return true;
 }
 
-// A window that is shown comes to the front, and Wine can move none but to the front. So what belongs above a stand-in
-// is moved there after it, from the lowest up; without a wait, for it is the application's. Not at once: Wine first has
-// to hear from the X server that the stand-in is in front.
-void raise_above(const stand_in& s) {
-  constexpr int most = 64;
-  HWND above[most];
-  int count = 0;
-  for (HWND at = s.owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr && count < most;) {
-    if (at != s.hwnd && belongs_above(at, s.child, s.owner)) above[count++] = at;
+constexpr UINT order_alone = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER;
+
+void move_to_front(const raised_windows& list, UINT flags) {
+  for (int i = 0; i < list.count; ++i) SetWindowPos(list.hwnd[i], HWND_TOP, 0, 0, 0, 0, order_alone | flags);
+}
+
+void raise_stand_ins(HWND owner) {
+  raised_windows list = {};
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+    const stand_in* s = find_by_window(at);
+    if (s != nullptr && s->owner == owner && s->now.visible) insert(&list, at, depth_of(s->child));
   }
-  for (int i = 0; i < count; ++i) {
-    SetWindowPos(above[i], HWND_TOP, 0, 0, 0, 0,
-                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_ASYNCWINDOWPOS);
+  // Wine leaves a window alone that is in front by its own order, whatever the X server's is.
+  if (list.count == 1) SetWindowPos(list.hwnd[0], owner, 0, 0, 0, 0, order_alone);
+  move_to_front(list, 0);
+}
+
+// Without a wait: these are windows of other threads.
+void raise_others(HWND owner) {
+  raised_windows list = {};
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+    if (IsWindowVisible(at) && find_by_window(at) == nullptr && is_owned_by(at, owner)) insert(&list, at, 0);
+  }
+  move_to_front(list, SWP_ASYNCWINDOWPOS);
+}
+
+void set_raising(HWND owner, raising step) {
+  for (stand_in* s = first; s != nullptr; s = s->next) {
+    if (s->owner == owner) s->raise = step;
+  }
+}
+
+// One step for one owner, if there is any to do now: not before the owner itself is in front. The steps are apart
+// because Wine has to hear from the X server of the first before the second, or it takes the windows to lie in the
+// other order.
+void raise_some() {
+  for (stand_in* s = first; s != nullptr; s = s->next) {
+    HWND owner = s->owner;
+    if (s->raise == raising::none || !s->foremost) continue;
+    if (s->raise == raising::stand_ins) {
+      set_raising(owner, raising::others);
+      raise_stand_ins(owner);
+    } else {
+      set_raising(owner, raising::none);
+      raise_others(owner);
+    }
+    return;
+  }
+}
+
+void look_for_new_foreground() {
+  static HWND last;
+  HWND foreground = GetForegroundWindow();
+  if (foreground == last) return;
+  last = foreground;
+  if (foreground != nullptr) set_raising(GetAncestor(foreground, GA_ROOTOWNER), raising::stand_ins);
+}
+
+// An owner that has come to the front has left its stand-ins behind.
+void look_for_new_foremost() {
+  for (stand_in* s = first; s != nullptr; s = s->next) {
+    const bool before = s->foremost;
+    s->foremost = is_foremost(s->owner);
+    if (s->foremost && !before) s->raise = raising::stand_ins;
   }
 }
 
@@ -122,11 +212,14 @@ void place(stand_in* s, const placement& wanted) {
   s->now = wanted;
   HWND hwnd = s->hwnd;
   const LONG width = wanted.place.right - wanted.place.left, height = wanted.place.bottom - wanted.place.top;
-  if (wanted.visible && !before.visible) s->raised = true;
-  UINT flags = SWP_NOZORDER | SWP_NOOWNERZORDER | SWP_NOACTIVATE;
-  if (wanted.visible != before.visible) flags |= wanted.visible ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
-  if (!wanted.visible) flags |= SWP_NOMOVE;
-  SetWindowPos(hwnd, nullptr, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
+  UINT flags = SWP_NOOWNERZORDER | SWP_NOACTIVATE;
+  if (wanted.visible && !before.visible) {
+    s->raise = raising::stand_ins;
+    flags |= SWP_SHOWWINDOW;
+  }
+  if (!wanted.visible || before.visible || !is_foremost(s->owner)) flags |= SWP_NOZORDER;
+  if (!wanted.visible) flags |= before.visible ? SWP_NOMOVE | SWP_HIDEWINDOW : SWP_NOMOVE;
+  SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
                flags);
   if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
 }
@@ -167,18 +260,16 @@ void follow(stand_in* s) {
 void follow_all() {
   static unsigned round;
   ++round;
+  look_for_new_foreground();
+  look_for_new_foremost();
+  raise_some();
   for (stand_in* s = first; s != nullptr;) {
     if (s->looked_at == round) {
       s = s->next;
       continue;
     }
     s->looked_at = round;
-    if (s->raised) {
-      s->raised = false;
-      raise_above(*s);
-    } else {
-      follow(s);
-    }
+    follow(s);
     s = first;
   }
 }
@@ -256,6 +347,8 @@ bool make_window(stand_in* s, const request& r) {
   s->hwnd = CreateWindowExA(extended_style, class_name, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1, s->owner, nullptr,
                             nullptr, nullptr);
   if (s->hwnd == nullptr) return false;
+  // Without a window manager keys go to the window under the mouse: they are the application's to have.
+  AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(s->owner, nullptr), TRUE);
   // A layered window is not shown before it has its attributes; that it is layered lets the mouse through.
   SetLayeredWindowAttributes(s->hwnd, 0, 255, LWA_ALPHA);
   s->hdc = GetDC(s->hwnd);

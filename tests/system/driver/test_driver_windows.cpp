@@ -407,6 +407,38 @@ void uncovered() {
   DestroyWindow(top);
 }
 
+// The top window is shown after its children got their pixel formats, as many programs do; and it comes to the front
+// again after another window has covered it.
+void shown_late_and_covered() {
+  HWND top = make_top(100, 100, 200, 200, false);
+  ShowWindow(top, SW_HIDE);
+  constexpr COLORREF colors[4] = {red, green, blue, RGB(255, 255, 255)};
+  gl_window parts[4];
+  for (int i = 0; i < 4; ++i) parts[i] = make_window(top, i % 2 * 100, i / 2 * 100, 100, 100, true);
+  pump(100);
+  ShowWindow(top, SW_SHOW);
+  CHECK(comes_true([] {
+    const stand_ins all = all_stand_ins();
+    int visible = 0;
+    for (int i = 0; i < all.count; ++i) visible += IsWindowVisible(all.hwnd[i]) != 0;
+    return visible == 4;
+  }));
+  for (int i = 0; i < 4; ++i) paint(parts[i], colors[i]);
+  const auto check_all = [&colors] {
+    for (int i = 0; i < 4; ++i) CHECK_SHOWN(150 + i % 2 * 100, 150 + i / 2 * 100, colors[i]);
+  };
+  check_all();
+  // What is shown is brought to the front after a look or two, and must not meet the other window on its way there.
+  pump(200);
+  HWND cover = make_top(120, 120, 160, 160, false);
+  for (int i = 0; i < 4; ++i) CHECK_SHOWN(150 + i % 2 * 100, 150 + i / 2 * 100, ground);
+  SetWindowPos(top, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+  check_all();
+  DestroyWindow(cover);
+  for (const gl_window& part : parts) destroy_window(part);
+  DestroyWindow(top);
+}
+
 // The mouse is the application's, not the stand-in's.
 void mouse() {
   HWND top = make_top(100, 100, 300, 200, false);
@@ -584,6 +616,7 @@ const test_case cases[] = {
     {"clipped", clipped},
     {"nested", nested},
     {"uncovered", uncovered},
+    {"shown-late-and-covered", shown_late_and_covered},
     {"mouse", mouse},
     {"reparented", reparented},
     {"drawn-by-workers", drawn_by_workers},
