@@ -61,6 +61,36 @@ need_packages() {
   as_root "${install[@]}" >>"$log" 2>&1 || die "apt-get install failed, see $log"
 }
 
+# fetch_source PACKAGE FOLDER: the source of one of Debian's packages, as its authors gave it out, in FOLDER. By lists of
+# its own, because those of a machine seldom name sources; nothing of the machine is changed.
+fetch_source() {
+  local package=$1 folder=$2 work=$2.apt archive
+  [ ! -e "$folder/fetched" ] || return 0
+  say "fetching the source of $package"
+  rm -rf "$folder" "$work"
+  mkdir -p "$folder" "$work/lists/partial" "$work/cache"
+  list_sources >"$work/sources.list"
+  [ -s "$work/sources.list" ] || as_root apt-get -o Acquire::Retries=3 update -q >"$work/log" 2>&1
+  list_sources >"$work/sources.list"
+  local apt=(apt-get -q -o Acquire::Retries=3 -o Dir::Etc::SourceList="$work/sources.list"
+             -o Dir::Etc::SourceParts=/dev/null -o Dir::State::Lists="$work/lists" -o Dir::Cache="$work/cache")
+  if ! (cd "$work" && "${apt[@]}" update && "${apt[@]}" source --download-only "$package") >>"$work/log" 2>&1; then
+    die "the source of $package cannot be had, see ${work#"$root"/}/log"
+  fi
+  for archive in "$work/$package"_*.orig.tar.*; do
+    tar -x -f "$archive" -C "$folder" --strip-components=1 || die "the source of $package cannot be unpacked"
+  done
+  rm -rf "$work"
+  : >"$folder/fetched"
+}
+
+# list_sources: lines for the sources of those packages of Debian that the machine takes.
+list_sources() {
+  local keys=/usr/share/keyrings/debian-archive-keyring.gpg
+  apt-get indextargets --format "deb-src [signed-by=$keys] \$(REPO_URI) \$(RELEASE) \$(COMPONENT)" \
+    'Created-By: Packages' 'Origin: Debian' | sort -u
+}
+
 # build PRESET [TARGET...]: configures and builds a preset, with all that it prints in build/PRESET.log. The result is
 # the build's.
 build() {

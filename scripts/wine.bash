@@ -81,8 +81,12 @@ install_host_library() {
   wines=$(packaged_file libwine /x86_64-windows/opengl32.dll) || die "Wine's own opengl32.dll was not found"
   local libraries=${wines%/x86_64-windows/*} into=$WINEDLLPATH
   mkdir -p "$into/x86_64-windows" "$into/x86_64-unix"
-  cp -u "$wines" "$into/x86_64-windows/opengl32host.dll"
-  cp -u "$libraries/x86_64-unix/opengl32.so" "$into/x86_64-unix/opengl32host.so"
+  # Two scripts may come here at once.
+  (
+    flock -w 60 6
+    cp -u "$wines" "$into/x86_64-windows/opengl32host.dll"
+    cp -u "$libraries/x86_64-unix/opengl32.so" "$into/x86_64-unix/opengl32host.so"
+  ) 6>"$into.lock"
   cp -u "$wines" "$WINEPREFIX/drive_c/windows/system32/opengl32host.dll"
 }
 

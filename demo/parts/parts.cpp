@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "program_of.h"
+
 struct search {
   const char* program;
   int found;
@@ -25,25 +27,8 @@ static BOOL CALLBACK print_part(HWND window, LPARAM parameter) {
   return TRUE;
 }
 
-// The file name of the program that a window belongs to, without its folder.
-static bool program_of(HWND window, char* name, size_t size) {
-  DWORD process_id;
-  GetWindowThreadProcessId(window, &process_id);
-  HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process_id);
-  if (!process) return false;
-  char path[MAX_PATH];
-  DWORD length = sizeof path;
-  bool known = QueryFullProcessImageNameA(process, 0, path, &length);
-  CloseHandle(process);
-  if (!known) return false;
-  const char* last = std::strrchr(path, '\\');
-  std::snprintf(name, size, "%s", last ? last + 1 : path);
-  return true;
-}
-
 static BOOL CALLBACK look_into(HWND window, LPARAM parameter) {
-  char name[MAX_PATH];
-  if (program_of(window, name, sizeof name) && !_stricmp(name, reinterpret_cast<search*>(parameter)->program)) {
+  if (is_window_of(window, reinterpret_cast<search*>(parameter)->program)) {
     EnumChildWindows(window, print_part, parameter);
   }
   return TRUE;
