@@ -53,8 +53,9 @@ struct __osw_thread_state {
   u64 map_size;              // the buffer mapped on the sequential path
   void* map_staging;
   void* map_part_pointers[max_parts];
-  UINT_PTR idle_timer;        // nonzero while the timer that hands over an idle list is armed
-  __osw_thread_ctrl started;  // the threads made so far: a start that failed half-way is taken up by the next
+  UINT_PTR idle_timer;            // nonzero while the timer that hands over an idle list is armed
+  __osw_thread_ctrl* ctrl_block;  // the second TLS slot's value, freed with the state
+  __osw_thread_ctrl started;      // the threads made so far: a start that failed half-way is taken up by the next
 };
 
 // The two TLS slots: `__osw_thread_state`, and `__osw_thread_ctrl` of a thread that has workers. Made at process

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <cstdlib>
 
 #include "pipeline/push.h"
@@ -6,17 +7,24 @@
 
 namespace {
 
+// Workers and swap threads that may still run code of the library.
+std::atomic<i32> threads_inside;
+
 // Starts a thread that may touch the queue until it gives it back. Result: the handle, or null.
 HANDLE start_thread(LPTHREAD_START_ROUTINE main, const __osw_thread_ctrl& ctrl, i32 part, DWORD* id) {
   auto* arg = static_cast<__osw_worker_arg*>(calloc(1, sizeof(__osw_worker_arg)));
   if (!arg) return nullptr;
   *arg = {ctrl.app_thread, part, ctrl.state};
+  // Here and not by the thread itself, which the end of the process may stop before its first step.
+  __osw_register_worker_arg(arg);
   __osw_cmd_queue* queue = ctrl.state->cmd_queue;
   __osw_retain_queue(queue);
+  threads_inside.fetch_add(1);
   HANDLE thread = CreateThread(nullptr, 0, main, arg, 0, id);
   if (!thread) {
+    threads_inside.fetch_sub(1);
     __osw_release_queue(queue);
-    free(arg);
+    __osw_unregister_worker_arg(arg);
   }
   return thread;
 }
@@ -57,19 +65,14 @@ void abandon_workers(__osw_cmd_queue* queue) {
   LeaveCriticalSection(&queue->start_lock);
 }
 
-bool end_workers(__osw_thread_state* state) {
+void end_workers(__osw_thread_state* state) {
   const __osw_thread_ctrl& started = state->started;
   if (started.swap_thread) {
-    // Ended by the system, or by itself, which it does as soon as it starts when there are no parts: nobody is left
-    // then who could touch the queue.
-    if (!is_running(started.swap_thread)) return false;
-    __osw_send_exit_cmd(state);
-    return true;
+    // It has ended when the system has ended all threads, and by itself as soon as it starts when there are no parts.
+    if (is_running(started.swap_thread)) __osw_send_exit_cmd(state);
+  } else if (started.worker_thread[0] && is_running(started.worker_thread[0])) {
+    abandon_workers(state->cmd_queue);
   }
-  if (!started.worker_thread[0]) return true;
-  if (!is_running(started.worker_thread[0])) return false;
-  abandon_workers(state->cmd_queue);
-  return true;
 }
 
 }  // namespace
@@ -83,13 +86,29 @@ u32 __osw_start_threads(HANDLE app_thread) {
   auto* ctrl = static_cast<__osw_thread_ctrl*>(calloc(1, sizeof(__osw_thread_ctrl)));
   if (!ctrl) return 1;
   *ctrl = state->started;
+  state->ctrl_block = ctrl;
   TlsSetValue(__osw_ctrl_slot, ctrl);
   return 1;
 }
 
-bool __osw_end_threads(__osw_thread_state* state) {
-  if (!state->cmd_queue) return true;
-  const bool leave_by_themselves = end_workers(state);
+void __osw_end_threads(__osw_thread_state* state) {
+  if (!state->cmd_queue) return;
+  end_workers(state);
   close_handles(state->started);
-  return leave_by_themselves;
+}
+
+void __osw_note_thread_left() {
+  threads_inside.fetch_sub(1);
+}
+
+bool __osw_wait_for_threads_to_leave(u32 milliseconds) {
+  // Nobody wakes this condition: to do so would be one more step within the library.
+  CONDITION_VARIABLE look_again;
+  InitializeConditionVariable(&look_again);
+  EnterCriticalSection(&__osw_worker_arg_lock);
+  for (u32 waited = 0; threads_inside.load() != 0 && waited < milliseconds;) {
+    if (!SleepConditionVariableCS(&look_again, &__osw_worker_arg_lock, 1)) ++waited;
+  }
+  LeaveCriticalSection(&__osw_worker_arg_lock);
+  return threads_inside.load() == 0;
 }

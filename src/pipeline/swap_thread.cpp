@@ -52,13 +52,13 @@ DWORD WINAPI __osw_swap_main(void* start) {
   __osw_cmd_queue* queue = arg->state->cmd_queue;
   const u32 worker_bits = queue->worker_bits;
   const u32 all_bits = queue->all_bits;
-  __osw_register_worker_arg(arg);
   while (!wait_for_everyone(queue, worker_bits, all_bits)) {
     flip(queue);
     open_start(queue);
   }
   release_exit_flush(queue, worker_bits);
-  __osw_release_queue(queue);
   __osw_unregister_worker_arg(arg);
+  __osw_release_queue(queue);
+  __osw_note_thread_left();
   return 0;
 }

@@ -29,12 +29,23 @@ inline bool __osw_has_pipeline(const __osw_thread_state* state) {
   return state->cmd_queue && state->started.swap_thread;
 }
 
-// Ends the threads of a state that is about to be destroyed, on its own thread. Threads that the system has ended
-// already are not waited for. Result: whether the threads take their leave of the queue by themselves.
-bool __osw_end_threads(__osw_thread_state* state);
+// Ends the threads of a state that is about to be destroyed, on its own thread or when that one will not use it again.
+// Threads that the system has ended already are not waited for. The others give the queue back by themselves.
+void __osw_end_threads(__osw_thread_state* state);
 
 DWORD WINAPI __osw_worker_main(void* arg);
 DWORD WINAPI __osw_swap_main(void* arg);
+
+// The last step of a worker or swap thread within the library.
+void __osw_note_thread_left();
+
+// Waits until no worker or swap thread runs code of the library any more, at most `milliseconds`. For a library that is
+// unloaded while its process goes on. Result: whether all have left.
+bool __osw_wait_for_threads_to_leave(u32 milliseconds);
+
+// Gives back what threads that the system has ended held of their queues, and frees their arguments. At the end of the
+// process, with no other thread left.
+void __osw_release_for_ended_threads();
 
 // Enters `arg` in the list; a full list leaves it out, and its memory is then never freed.
 void __osw_register_worker_arg(__osw_worker_arg* arg);

@@ -63,7 +63,6 @@ bool wait_for_flip(__osw_cmd_queue* queue, u32 bit) {
 
 DWORD WINAPI __osw_worker_main(void* start) {
   auto* arg = static_cast<__osw_worker_arg*>(start);
-  __osw_register_worker_arg(arg);
   __osw_thread_state* state = arg->state;
   __osw_cmd_queue* queue = state->cmd_queue;
   const i32 part = arg->part;
@@ -74,7 +73,8 @@ DWORD WINAPI __osw_worker_main(void* start) {
     if (issuing_thread_waits(queue, last)) report_replayed(queue, bit);
     report_done(queue, bit, last.type == __osw_cmd_exit);
   } while (last.type != __osw_cmd_exit && wait_for_flip(queue, bit));
-  __osw_release_queue(queue);
   __osw_unregister_worker_arg(arg);
+  __osw_release_queue(queue);
+  __osw_note_thread_left();
   return 0;
 }

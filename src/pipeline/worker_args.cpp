@@ -30,3 +30,13 @@ void __osw_register_worker_arg(__osw_worker_arg* arg) {
 void __osw_unregister_worker_arg(__osw_worker_arg* arg) {
   if (replace_arg(arg, nullptr)) free(arg);
 }
+
+void __osw_release_for_ended_threads() {
+  for (__osw_worker_arg*& slot : __osw_worker_arg_list) {
+    __osw_worker_arg* arg = slot;
+    if (!arg) continue;
+    slot = nullptr;
+    __osw_release_queue(arg->state->cmd_queue);
+    free(arg);
+  }
+}

@@ -72,7 +72,10 @@ bool __osw_app_in_list(const char* path, const char* name) {
   if (!file) return false;
   app_list list = __osw_read_app_list(file);
   bool found = false;
-  for (u32 i = 0; i < list.count && !found; ++i) found = _stricmp(list.words[i], name) == 0;
+  for (u32 i = 0; i < list.count && !found; ++i) {
+    const char* word = list.words[i];
+    found = word[0] && _stricmp(word, name) == 0;
+  }
   free_list(&list);
   return found;
 }

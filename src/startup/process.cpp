@@ -6,6 +6,7 @@
 #include "dispatch/bypass.h"
 #include "dispatch/no_context.h"
 #include "dispatch/pass_through.h"
+#include "dispatch/report.h"
 #include "dispatch/system.h"
 #include "pipeline/threads.h"
 #include "sequential/sequential_table.h"
@@ -30,6 +31,9 @@ namespace {
 
 // Kept for the place that it holds in the order of start and end; nothing enters it.
 CRITICAL_SECTION spare_lock;
+
+// What the threads may take to leave a library that is unloaded.
+constexpr u32 unload_patience = 2000;  // ms
 
 // How a developer stops a process at load: nothing but a debugger gets out.
 void stop_for_debugger() {
@@ -93,27 +97,25 @@ void attach_process() {
   if (!__osw_gl_sync_filled) __osw_fill_gl_sync();
 }
 
-void free_worker_args() {
-  for (__osw_worker_arg*& slot : __osw_worker_arg_list) {
-    free(slot);
-    slot = nullptr;
-  }
-}
-
-// States of threads that have not detached. By now no such thread runs any more.
+// States of threads that have not detached. At the end of the process no such thread runs any more; a library that is
+// unloaded ends the workers that they have left.
 void destroy_thread_states() {
   for (__osw_thread_state*& slot : __osw_thread_state_list) {
-    if (slot) __osw_destroy_thread_state(slot, state_users::gone);
+    if (__osw_thread_state* state = slot) __osw_end_thread_state(state);
     slot = nullptr;
   }
 }
 
-void detach_process() {
+void detach_process(bool process_ends) {
   __osw_detach_thread();
+  destroy_thread_states();
+  if (process_ends) {
+    __osw_release_for_ended_threads();
+  } else if (!__osw_wait_for_threads_to_leave(unload_patience)) {
+    __osw_report(severity_error, "the library is unloaded while its threads are at work\n");
+  }
   DeleteCriticalSection(&__osw_pbuffer_lock);
   DeleteCriticalSection(&__osw_glrc_lock);
-  free_worker_args();
-  destroy_thread_states();
   TlsFree(__osw_state_slot);
   TlsFree(__osw_ctrl_slot);
   DeleteCriticalSection(&spare_lock);
@@ -127,7 +129,7 @@ void detach_process() {
 }  // namespace
 
 // The system's entry, with the loader lock held. Result: always TRUE, so that a program starts whatever fails here.
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID process_ends) {
   relaxed_store(__osw_hinstance, module);
   switch (reason) {
     case DLL_PROCESS_ATTACH:
@@ -137,7 +139,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
       __osw_detach_thread();
       break;
     case DLL_PROCESS_DETACH:
-      detach_process();
+      detach_process(process_ends != nullptr);
       break;
     default:
       break;  // a thread's state is made at its first use

@@ -7,21 +7,26 @@
 #include "pipeline/threads.h"
 #include "wgl/window_mapping.h"
 
-u32 __osw_destroy_thread_state(__osw_thread_state* state, state_users users) {
+u32 __osw_destroy_thread_state(__osw_thread_state* state) {
   if (!state) return 1;
   __osw_unlist_thread_state(state);
   __osw_print_sync_info(state);
   __osw_drop_window_mapping(state->window_mapping);
   free(state->map_staging);
+  free(state->ctrl_block);
   __osw_cmd_queue* queue = state->cmd_queue;
   if (!queue) {
     free(state);
     return 1;
   }
   queue->owner = state;
-  if (users == state_users::gone) queue->users = 1;
   __osw_release_queue(queue);
   return 1;
+}
+
+void __osw_end_thread_state(__osw_thread_state* state) {
+  __osw_end_threads(state);
+  __osw_destroy_thread_state(state);
 }
 
 void __osw_detach_thread() {
@@ -29,10 +34,6 @@ void __osw_detach_thread() {
   if (!state) state = __osw_get_thread_state();
   if (!state) return;
   __osw_disarm_idle_timer(state);
-  const bool leaving = __osw_end_threads(state);
-  __osw_destroy_thread_state(state, leaving ? state_users::leaving : state_users::gone);
-  if (void* ctrl = TlsGetValue(__osw_ctrl_slot)) {
-    free(ctrl);
-    TlsSetValue(__osw_ctrl_slot, nullptr);
-  }
+  __osw_end_thread_state(state);
+  TlsSetValue(__osw_ctrl_slot, nullptr);
 }

@@ -3,15 +3,13 @@
 
 #include "dispatch/thread_state.h"
 
-// What becomes of a state whose threads have been told to end.
-enum class state_users {
-  leaving,  // its threads give the queue back by themselves: the last one frees it
-  gone,     // the system has ended them
-};
+// Destroys a thread's state: prints its statistics and gives its queue back, with which the queue and the state are
+// freed once nobody uses the queue any more. Null is passed over. Result: always 1. On the state's own thread, or at
+// process detach.
+u32 __osw_destroy_thread_state(__osw_thread_state* state);
 
-// Destroys a thread's state: prints its statistics and frees its queue and itself. Null is passed over. Result:
-// always 1. On the state's own thread, or at process detach.
-u32 __osw_destroy_thread_state(__osw_thread_state* state, state_users users);
+// Ends the workers and the swap thread of a state and destroys it. On the state's own thread, or at process detach.
+void __osw_end_thread_state(__osw_thread_state* state);
 
 // Cleans up after the calling thread: ends its workers and its swap thread and destroys its state.
 void __osw_detach_thread();

@@ -67,14 +67,14 @@ void lower_base(__osw_client_state* client_state, __osw_array_group* group, cons
 }
 
 // Lays the groups out in the block. Result: its size in bytes; more than `largest_block` when there can be none.
-u64 lay_out_groups(__osw_client_state* client_state, u32 first, u32 end) {
+u64 lay_out_groups(__osw_client_state* client_state, u32 first, u64 end) {
   u64 total = 0;
   for (u32 i = 0; i < client_state->group_count; ++i) {
     __osw_array_group* group = &client_state->groups[i];
-    const u64 alloc = (u64{group->stride} * end + 7) & ~u64{7};
+    const u64 alloc = (group->stride * end + 7) & ~u64{7};
     group->blob_offset = static_cast<u32>(total);
     group->copy_start = group->stride * first;
-    group->copy_size = group->stride * (end - first);
+    group->copy_size = static_cast<u32>(group->stride * (end - first));
     group->alloc_size = static_cast<u32>(alloc);
     total += alloc;
     if (total > largest_block) break;
@@ -130,6 +130,15 @@ void push_pointer(__osw_thread_state* state, const __osw_client_array& array, co
   }
 }
 
+// Runs `push_pointers` with no array buffer bound on the workers, which would take the addresses for offsets into it.
+template <class PushPointers>
+void push_addresses(__osw_thread_state* state, PushPointers push_pointers) {
+  const u32 buffer = state->glrc->client_state.array_buffer;
+  if (buffer) push<glBindBuffer_op>(state, GL_ARRAY_BUFFER, 0);
+  push_pointers();
+  if (buffer) push<glBindBuffer_op>(state, GL_ARRAY_BUFFER, buffer);
+}
+
 void aim_at_blob(__osw_thread_state* state, const array_list& list, const u8* blob, u32* mask) {
   const __osw_client_state* client_state = &state->glrc->client_state;
   for (u32 i = 0; i < list.count; ++i) {
@@ -162,7 +171,7 @@ u32 __osw_gl_type_size(GLenum type) {
   }
 }
 
-u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u32 end, captured_arrays* captured) {
+u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64 end, captured_arrays* captured) {
   *captured = {};
   __osw_client_state* client_state = &state->glrc->client_state;
   const u32 enabled = client_state->enabled_mask;
@@ -183,7 +192,7 @@ u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u32
     return 0;
   }
   if (blob) copy_groups(client_state, blob);
-  aim_at_blob(state, list, blob, &captured->mask);
+  if (list.count) push_addresses(state, [&] { aim_at_blob(state, list, blob, &captured->mask); });
   captured->blobs[0] = blob;
   captured->blob_count = blob ? 1 : 0;
   return 0;
@@ -205,8 +214,11 @@ void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 c
 }
 
 void __osw_restore_arrays(__osw_thread_state* state, u32 mask) {
-  for (; mask; mask &= mask - 1) {
-    const __osw_client_array& array = state->glrc->client_state.arrays[__builtin_ctz(mask)];
-    push_pointer(state, array, array.pointer);
-  }
+  if (!mask) return;
+  push_addresses(state, [=] {
+    for (u32 rest = mask; rest; rest &= rest - 1) {
+      const __osw_client_array& array = state->glrc->client_state.arrays[__builtin_ctz(rest)];
+      push_pointer(state, array, array.pointer);
+    }
+  });
 }

@@ -20,7 +20,7 @@ u32 __osw_gl_type_size(GLenum type);
 // and pushes pointer commands that aim the workers at it. `indexed` tells an element draw. Result: 1 when the draw
 // cannot be captured, because its indices lie in a buffer or its range is beyond what a block can hold: the draw then
 // reads the application's arrays itself and has to be waited for; else 0. A range that is empty captures nothing.
-u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u32 end, captured_arrays* captured);
+u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64 end, captured_arrays* captured);
 
 // Puts arrays that are interleaved in one block into one group. `list` holds `count` array indices in ascending order.
 void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 count);

@@ -71,9 +71,8 @@ void copy(__osw_thread_state* state, const copy_format& format, const rectangle&
           const char* function, Upload upload) {
   const __osw_glrc* glrc = state->glrc;
   const __osw_pixel_store read_pack{.alignment = glrc->pack_store.alignment};
-  const __osw_pixel_store own_unpack{.alignment = glrc->unpack_store.alignment};
-  const u64 bytes = __osw_copy_buffer_size(format, from.width, from.height, read_pack,
-                                           clears_unpack ? own_unpack : glrc->unpack_store);
+  // The application's own context uploads under the unpack state as it is, whatever the workers' is during the upload.
+  const u64 bytes = __osw_copy_buffer_size(format, from.width, from.height, read_pack, glrc->unpack_store);
   void* buffer = __osw_create_copy_buffer(bytes, function);
   if (!buffer) return;
   saved_state saved{.pack = glrc->pack_store, .unpack = glrc->unpack_store};

@@ -9,7 +9,7 @@ namespace {
 
 struct index_range {
   u32 first;
-  u32 end;           // one past the last; not above `first` when the range is empty
+  u64 end;           // one past the last; not above `first` when the range is empty
   u32 element_size;  // bytes; 0 for a type that is none
 };
 
@@ -23,7 +23,7 @@ index_range scan(const void* indices, GLsizei count) {
     highest = values[i] > highest ? values[i] : highest;
   }
   if (count < 1) return {lowest, 0, sizeof(T)};
-  return {lowest, static_cast<u32>(highest) + 1, sizeof(T)};
+  return {lowest, u64{highest} + 1, sizeof(T)};
 }
 
 index_range scan_indices(GLenum type, const void* indices, GLsizei count) {

@@ -1,5 +1,7 @@
 #include "threaded/image_size.h"
 
+#include <algorithm>
+
 namespace {
 
 bool is_packed(GLenum type) {
@@ -15,6 +17,11 @@ bool is_packed(GLenum type) {
   }
 }
 
+u64 bytes_of_pixels(u64 pixels, GLenum format, GLenum type) {
+  if (type == GL_BITMAP) return (pixels + 7) / 8;
+  return pixels * __osw_pixel_components(format, type) * __osw_pixel_type_size(type);
+}
+
 // A row and a slice of the source, in bytes.
 struct image_pitch {
   u64 row;
@@ -24,8 +31,7 @@ struct image_pitch {
 image_pitch pitch_of(const __osw_pixel_store& unpack, i32 width, i32 height, GLenum format, GLenum type) {
   const u64 w = static_cast<u64>(unpack.row_length > 0 ? unpack.row_length : width);
   const u64 h = static_cast<u64>(unpack.image_height > 0 ? unpack.image_height : height);
-  u64 row = u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type) * w;
-  if (type == GL_BITMAP) row = (w + 7) / 8;
+  u64 row = bytes_of_pixels(w, format, type);
   const u64 alignment = unpack.alignment > 0 ? static_cast<u64>(unpack.alignment) : 1;
   if (const u64 rest = row % alignment) row += alignment - rest;
   return {row, h};
@@ -105,12 +111,13 @@ i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32
 u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
                        GLenum type) {
   const __osw_pixel_store& unpack = state->glrc->unpack_store;
-  const i32 image = __osw_image_size(state, size[0], size[1], size[2], format, type);
-  if (!image) return 0;
+  const u64 image = static_cast<u64>(__osw_image_size(state, size[0], size[1], size[2], format, type));
+  if (!image || !size[0] || !size[1]) return image;
   const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
-  const u64 pixel = u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type);
-  u64 skipped = type == GL_BITMAP ? (static_cast<u64>(unpack.skip_pixels) + 7) / 8 : unpack.skip_pixels * pixel;
-  skipped += unpack.skip_rows * pitch.row;
-  if (dimensions == 3) skipped += unpack.skip_images * pitch.row * pitch.rows;
-  return skipped > largest ? 0 : static_cast<u64>(image) + skipped;
+  const u64 slice = pitch.row * pitch.rows;
+  u64 end = static_cast<u64>(size[2] - 1) * slice +
+            (static_cast<u64>(size[1] - 1) + static_cast<u64>(unpack.skip_rows)) * pitch.row;
+  end += bytes_of_pixels(static_cast<u64>(unpack.skip_pixels) + static_cast<u64>(size[0]), format, type);
+  if (dimensions == 3) end += static_cast<u64>(unpack.skip_images) * slice;
+  return end > largest ? 0 : std::max(image, end);
 }

@@ -14,8 +14,9 @@ u32 __osw_pixel_type_size(GLenum type);
 // negative or the product does not fit 32 bits.
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type);
 
-// Bytes from the application's pointer to the image's end, the skipped ones before it included: what the workers, under
-// the same unpack state, reach. `dimensions` is that of the call: a skip of images means nothing below 3.
+// Bytes from the application's pointer on that are copied: the size above, or as far as the workers reach under the
+// same unpack state, the skipped bytes before the image included, whichever is more. `dimensions` is that of the call:
+// a skip of images means nothing below 3. 0 when the size above is, or when they reach beyond 31 bits.
 u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
                        GLenum type);
 

@@ -93,6 +93,15 @@ const char* add_children(__osw_window_mapping* mapping, HDC hdc) {
   return __osw_subclass_window(mapping->app_hwnd) ? nullptr : "Subclass window failed!";
 }
 
+// The system destroys the windows of a thread that ends, also those within other threads' windows. Without this check
+// a window that was first bound on such a thread would stay without parts.
+bool has_living_children(const __osw_window_mapping* mapping) {
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    if (GetParent(mapping->parts[part].child_hwnd) != mapping->app_hwnd) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 HDC __osw_create_hidden_dc(__osw_thread_state* state, HDC hdc, i32 part, i32 format, i32 width, i32 height) {
@@ -122,7 +131,8 @@ void __osw_destroy_hidden_dc(HDC hidden_hdc) {
 }
 
 u32 __osw_create_window_mapping(HWND hwnd, HDC hdc) {
-  if (__osw_window_mapping_of(hwnd)) return 1;
+  const __osw_window_mapping* present = __osw_window_mapping_of(hwnd);
+  if (present && has_living_children(present)) return 1;
   if (__osw_app_special_window == 0) stop_clipping_children(hwnd);
   __osw_window_mapping mapping{};
   mapping.app_hdc = hdc;
@@ -134,6 +144,7 @@ u32 __osw_create_window_mapping(HWND hwnd, HDC hdc) {
     show_failure(hwnd, failure);
     return 0;
   }
+  if (present) __osw_detach_window_mapping(hwnd);
   // Without a record nothing is ever drawn to the children, which must not cover what the window shows then.
   if (!__osw_attach_window_mapping(mapping)) __osw_show_children(&mapping, false);
   return 1;

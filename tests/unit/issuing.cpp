@@ -117,6 +117,14 @@ renderer start_renderer() {
   return started;
 }
 
+library::rendering open_rendering() {
+  library::rendering opened;
+  opened.window = library::open_window();
+  opened.context = osw_wglCreateContext(opened.window.hdc);
+  opened.children = driver::contexts_made_after(opened.context, __osw_part_count);
+  return opened;
+}
+
 void stop_rendering(const library::rendering& rendered) {
   osw_wglMakeCurrent(nullptr, nullptr);
   osw_wglDeleteContext(rendered.context);

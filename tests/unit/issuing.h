@@ -21,6 +21,9 @@ __osw_cmd_queue* queue();
 // Hands everything over and waits for its replay: the list being filled is empty then, and no worker is in the driver.
 void empty_list();
 
+// A window and a context of the calling thread, not yet current.
+library::rendering open_rendering();
+
 // Appends `count` asynchronous commands: glHint with rising modes, from `first` on.
 void push_hints(u32 count, u32 first = 0);
 std::vector<driver::call> hints(u32 count, u32 first = 0);

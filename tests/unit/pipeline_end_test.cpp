@@ -161,6 +161,29 @@ TEST_F(end_test, a_bypassed_thread_has_no_pipeline_to_end) {
   EXPECT_EQ(platform::call_count("CreateThread"), 0);
 }
 
+TEST_F(end_test, threads_come_and_go_at_once) {
+  library::start({.parts = 4, .query_on_app_thread = false});
+  std::vector<HANDLE> threads;
+  allocation::watch();
+  for (u32 number = 0; number < 4; ++number) {
+    threads.push_back(platform::start_thread([number] {
+      for (u32 round = 0; round < 15; ++round) {
+        library::run_on_new_thread([number, round] {
+          const library::rendering drawn = open_rendering();
+          EXPECT_TRUE(osw_wglMakeCurrent(drawn.window.hdc, drawn.context));
+          push_hints(round % 7 * 700 + number);
+          stop_rendering(drawn);
+        });
+      }
+    }));
+  }
+  for (const HANDLE thread : threads) EXPECT_TRUE(platform::join(thread));
+  ASSERT_TRUE(platform::wait_for_live_threads(0));
+  allocation::stop_watching();
+  EXPECT_EQ(allocation::live_blocks(), 0);
+  EXPECT_EQ(platform::leaks(true), std::vector<std::string>());
+}
+
 TEST_F(end_test, a_queue_outlives_everyone_who_may_touch_it) {
   library::start();
   const library::app_thread_pointer thread = library::start_thread();

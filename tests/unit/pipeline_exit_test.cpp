@@ -71,8 +71,10 @@ struct blocks {
 
 // Adds the calling thread's.
 void add(blocks& found) {
-  for (const void* block : {static_cast<const void*>(state()), static_cast<const void*>(queue()),
-                            static_cast<const void*>(queue()->list_a), static_cast<const void*>(queue()->list_b)}) {
+  for (const void* block :
+       {static_cast<const void*>(state()), static_cast<const void*>(queue()), static_cast<const void*>(queue()->list_a),
+        static_cast<const void*>(queue()->list_b), static_cast<const void*>(TlsGetValue(__osw_ctrl_slot))}) {
+    if (!block) continue;  // of threads half started
     found.all.push_back(reinterpret_cast<std::uintptr_t>(block));
     EXPECT_TRUE(allocation::is_live(found.all.back()));
   }
@@ -93,17 +95,21 @@ gate_pointer hold_everybody() {
   return held;
 }
 
-void exit_and_check(const blocks& found) {
-  EXPECT_TRUE(platform::exit_process());
-  EXPECT_EQ(platform::live_threads(), 0);
-  for (const __osw_thread_state* listed : __osw_thread_state_list) EXPECT_EQ(listed, nullptr);
-  for (const __osw_worker_arg* listed : __osw_worker_arg_list) EXPECT_EQ(listed, nullptr);
+void expect_freed(const blocks& found) {
   const std::vector<std::uintptr_t> freed = allocation::freed();
   for (const std::uintptr_t block : found.all) {
     EXPECT_FALSE(allocation::is_live(block));
     EXPECT_EQ(std::ranges::count(freed, block), 1);
   }
   allocation::stop_watching();
+}
+
+void exit_and_check(const blocks& found) {
+  EXPECT_TRUE(platform::exit_process());
+  EXPECT_EQ(platform::live_threads(), 0);
+  for (const __osw_thread_state* listed : __osw_thread_state_list) EXPECT_EQ(listed, nullptr);
+  for (const __osw_worker_arg* listed : __osw_worker_arg_list) EXPECT_EQ(listed, nullptr);
+  expect_freed(found);
 }
 
 // A thread of the application in the state of the test.
@@ -157,6 +163,53 @@ TEST_F(process_exit_test, with_a_dead_swap_thread_no_exit_command_is_sent) {
   EXPECT_EQ(TlsGetValue(__osw_ctrl_slot), nullptr);
 }
 
+TEST_F(process_exit_test, a_library_that_is_unloaded_ends_its_workers) {
+  library::start({.parts = 4});
+  const library::rendering drawn = library::start_rendering();
+  empty_list();
+  driver::clear_calls();
+  push_hints(10);
+  EXPECT_TRUE(platform::detach_process());
+  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
+}
+
+// The thread of the application lives on, and will not come back to the library.
+TEST_F(process_exit_test, a_library_that_is_unloaded_ends_the_workers_of_other_threads) {
+  library::start({.parts = 4});
+  blocks found;
+  library::rendering drawn;
+  const library::app_thread_pointer thread = library::start_thread();
+  allocation::watch();
+  library::run(thread, [&] {
+    drawn = library::start_rendering();
+    empty_list();
+    driver::clear_calls();
+    DestroyWindow(drawn.window.hwnd);
+    add(found);
+    push_hints(10);
+  });
+  EXPECT_TRUE(platform::detach_process());
+  EXPECT_TRUE(platform::wait_for_live_threads(1)) << "the application's own";
+  for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
+  expect_freed(found);
+  library::end_thread(thread);
+}
+
+// A driver that never comes back must not keep the program from going on.
+TEST_F(process_exit_test, an_unloaded_library_waits_for_its_threads_only_so_long) {
+  library::start({.parts = 1});
+  const library::app_thread_pointer thread = library::start_thread();
+  library::run(thread, [] {
+    const library::rendering drawn = library::start_rendering();
+    empty_list();
+    DestroyWindow(drawn.window.hwnd);
+  });
+  EXPECT_FALSE(__osw_wait_for_threads_to_leave(20)) << "they wait for the next list";
+  library::end_thread(thread);
+  EXPECT_TRUE(__osw_wait_for_threads_to_leave(5000));
+}
+
 TEST_F(process_exit_test, half_started_threads_are_cleaned_up) {
   expects_message_boxes = true;
   library::start({.parts = 4});
@@ -168,7 +221,6 @@ TEST_F(process_exit_test, half_started_threads_are_cleaned_up) {
       const library::rendering drawn = library::start_rendering();
       DestroyWindow(drawn.window.hwnd);
       add(found);
-      // A thread that has not begun is stopped with its argument in hand, which the platform takes with it.
       const u32 begun = (1u << (call - 1)) - 1;
       ASSERT_TRUE(wait_for_masks(queue(), [begun](const masks& now) { return now.done == begun; }));
     });

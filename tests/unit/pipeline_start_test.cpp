@@ -4,6 +4,7 @@
 #include "pipeline/cmd_queue.h"
 #include "platform/faults.h"
 #include "startup/monitors.h"
+#include "startup/thread_life.h"
 
 namespace {
 
@@ -12,15 +13,6 @@ using namespace issuing;
 struct start_test : pipeline_test {};
 struct start_part_test : pipeline_test, testing::WithParamInterface<int> {};
 struct no_part_test : pipeline_test, testing::WithParamInterface<int> {};
-
-// A window and a context of the calling thread, not yet current.
-library::rendering open_rendering() {
-  library::rendering opened;
-  opened.window = library::open_window();
-  opened.context = osw_wglCreateContext(opened.window.hdc);
-  opened.children = driver::contexts_made_after(opened.context, __osw_part_count);
-  return opened;
-}
 
 BOOL bind(const library::rendering& opened) {
   return osw_wglMakeCurrent(opened.window.hdc, opened.context);
@@ -236,8 +228,27 @@ TEST_F(start_test, arguments_take_the_first_free_place_and_are_freed_by_name) {
   EXPECT_TRUE(is_live(stranger)) << "an argument that is not listed was freed";
   __osw_register_worker_arg(stranger);
   EXPECT_EQ(__osw_worker_arg_list[1], stranger);
+  for (__osw_worker_arg* arg : {args[0], stranger, args[2]}) __osw_unregister_worker_arg(arg);
+  allocation::stop_watching();
+  EXPECT_EQ(allocation::live_blocks(), 0);
+}
+
+// A thread that was ended in the middle of its work holds a use of its queue, and of the state behind that.
+TEST_F(start_test, the_end_of_the_process_gives_back_what_ended_threads_held) {
+  library::start();
+  allocation::watch();
+  __osw_thread_state* ended = __osw_get_thread_state();
+  ASSERT_TRUE(__osw_create_cmd_queue(ended));
+  for (int i = 0; i < 2; ++i) {
+    __osw_retain_queue(ended->cmd_queue);
+    __osw_worker_arg* arg = new_arg();
+    arg->state = ended;
+    __osw_register_worker_arg(arg);
+  }
+  __osw_destroy_thread_state(ended);
+  EXPECT_TRUE(is_live(ended)) << "freed under threads that may use it";
   EXPECT_TRUE(platform::exit_process());
-  EXPECT_EQ(allocation::live_blocks(), 0) << "what is listed goes with the process";
+  EXPECT_EQ(allocation::live_blocks(), 0);
   allocation::stop_watching();
 }
 

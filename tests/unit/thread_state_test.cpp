@@ -81,7 +81,7 @@ TEST_F(thread_state_test, making_one_does_not_store_it) {
   expect_fresh(state, false);
   EXPECT_EQ(own_state(), nullptr);
   EXPECT_EQ(__osw_thread_state_list[0], state);
-  EXPECT_EQ(__osw_destroy_thread_state(state, state_users::leaving), 1u);
+  EXPECT_EQ(__osw_destroy_thread_state(state), 1u);
   EXPECT_EQ(__osw_thread_state_list[0], nullptr);
 }
 
@@ -90,17 +90,16 @@ TEST_F(thread_state_test, the_lowest_free_place_of_the_list_is_taken) {
   __osw_thread_state* states[3];
   for (__osw_thread_state*& state : states) state = __osw_get_thread_state();
   for (int i = 0; i < 3; ++i) EXPECT_EQ(__osw_thread_state_list[i], states[i]);
-  __osw_destroy_thread_state(states[1], state_users::leaving);
+  __osw_destroy_thread_state(states[1]);
   EXPECT_EQ(__osw_thread_state_list[1], nullptr);
   states[1] = __osw_get_thread_state();
   EXPECT_EQ(__osw_thread_state_list[1], states[1]);
-  for (__osw_thread_state* state : states) __osw_destroy_thread_state(state, state_users::leaving);
+  for (__osw_thread_state* state : states) __osw_destroy_thread_state(state);
 }
 
 TEST_F(thread_state_test, destroying_none_succeeds) {
   library::start();
-  EXPECT_EQ(__osw_destroy_thread_state(nullptr, state_users::leaving), 1u);
-  EXPECT_EQ(__osw_destroy_thread_state(nullptr, state_users::gone), 1u);
+  EXPECT_EQ(__osw_destroy_thread_state(nullptr), 1u);
 }
 
 TEST_F(thread_state_test, the_sixty_fifth_thread_works_and_is_cleaned_up) {

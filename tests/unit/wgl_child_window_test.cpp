@@ -390,4 +390,41 @@ TEST_F(wgl_child_window_test, a_device_context_without_a_window) {
   platform::destroy_windowless_dc(hdc);
 }
 
+// The children belong to the thread that bound the window first, and end with it.
+void expect_children_made_again(library::path way) {
+  library::start({.parts = 2, .way = way});
+  const application bound = prepare_application();
+  const library::app_thread_pointer first = library::start_thread();
+  library::run(first, [&bound] {
+    EXPECT_TRUE(bind(bound));
+    EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  });
+  library::end_thread(first);
+  ASSERT_NE(__osw_window_mapping_of(bound.window.hwnd), nullptr);
+  EXPECT_FALSE(IsWindow(__osw_window_mapping_of(bound.window.hwnd)->parts[0].child_hwnd));
+  const LONG_PTR procedure = GetWindowLongPtrA(bound.window.hwnd, GWLP_WNDPROC);
+
+  EXPECT_TRUE(bind(bound));
+  const __osw_window_mapping* mapping = __osw_window_mapping_of(bound.window.hwnd);
+  EXPECT_EQ(scene::own_state()->window_mapping, mapping);
+  for (const __osw_child_part* part = mapping->parts; part < mapping->parts + 2; ++part) {
+    EXPECT_EQ(GetParent(part->child_hwnd), bound.window.hwnd);
+    EXPECT_EQ(WindowFromDC(part->child_hdc), part->child_hwnd);
+  }
+  EXPECT_EQ(GetWindowLongPtrA(bound.window.hwnd, GWLP_WNDPROC), procedure);
+
+  const HWND living = mapping->parts[0].child_hwnd;
+  EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  EXPECT_TRUE(bind(bound));
+  EXPECT_EQ(__osw_window_mapping_of(bound.window.hwnd)->parts[0].child_hwnd, living);
+}
+
+TEST_F(wgl_child_window_test, children_that_ended_with_their_thread_are_made_again) {
+  expect_children_made_again(library::path::threaded);
+}
+
+TEST_F(wgl_child_window_test, the_same_on_the_sequential_path) {
+  expect_children_made_again(library::path::sequential);
+}
+
 }  // namespace
