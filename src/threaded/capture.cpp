@@ -87,6 +87,7 @@ u64 lay_out_groups(__osw_client_state* client_state, u32 first, u64 end) {
 void copy_groups(const __osw_client_state* client_state, u8* blob) {
   for (u32 i = 0; i < client_state->group_count; ++i) {
     const __osw_array_group& group = client_state->groups[i];
+    if (!group.copy_size) continue;  // the arrays may point nowhere
     memcpy(blob + group.blob_offset + group.copy_start, group.base + group.copy_start, group.copy_size);
   }
 }
