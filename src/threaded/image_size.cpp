@@ -112,7 +112,7 @@ u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], in
                        GLenum type) {
   const __osw_pixel_store& unpack = state->glrc->unpack_store;
   const u64 image = static_cast<u64>(__osw_image_size(state, size[0], size[1], size[2], format, type));
-  if (!image || !size[0] || !size[1]) return image;
+  if (!image || !size[0] || !size[1]) return 0;
   const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
   const u64 slice = pitch.row * pitch.rows;
   u64 end = static_cast<u64>(size[2] - 1) * slice +

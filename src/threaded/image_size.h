@@ -16,7 +16,7 @@ i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32
 
 // Bytes from the application's pointer on that are copied: the size above, or as far as the workers reach under the
 // same unpack state, the skipped bytes before the image included, whichever is more. `dimensions` is that of the call:
-// a skip of images means nothing below 3. 0 when the size above is, or when they reach beyond 31 bits.
+// a skip of images means nothing below 3. 0 for an image without pixels, and when they reach beyond 31 bits.
 u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
                        GLenum type);
 
