@@ -40,15 +40,17 @@ constexpr int number_of<driver_op> = -1;
 template <class T>
 constexpr parameter parameter_of() {
   u32 element_size = 0;
+  bool is_const = false;
   if constexpr (std::is_pointer_v<T>) {
     using element = std::remove_pointer_t<T>;
+    is_const = std::is_const_v<element>;
     if constexpr (std::is_void_v<element>) {
       element_size = 1;
     } else {
       element_size = sizeof(element);
     }
   }
-  return {sizeof(T), std::is_pointer_v<T>, std::is_floating_point_v<T>, element_size};
+  return {sizeof(T), std::is_pointer_v<T>, std::is_floating_point_v<T>, element_size, is_const};
 }
 
 template <class T>

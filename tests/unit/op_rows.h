@@ -14,6 +14,7 @@ struct parameter {
   bool is_pointer;
   bool is_floating;
   u32 element_size;  // bytes of one of what a pointer names; 1 for void
+  bool is_const;     // of a pointer: nothing is written through it
 };
 
 struct row {

@@ -1,0 +1,132 @@
+// A context as a driver sees it: the state that decides what memory a call reads, and of every call what it was and
+// what its pointers led to. The same code stands for the driver's contexts, which calls reach through the library, and
+// for those of the expectation, which the application's calls reach directly.
+//
+// Where the library's record of a context's state is told to differ from GL's own, this driver follows the record:
+// - glEnableClientState, glDisableClientState, glEnableVertexAttribArray, glDisableVertexAttribArray: an unknown array
+//   stands for the vertex array;
+// - glTexCoordPointer: unit 8 has the fog coordinates' entry;
+// - glBindFramebuffer and glBindBuffer: either binds whatever of the five tracked targets it names;
+// - glPushClientAttrib, glPopClientAttrib, glInterleavedArrays, and the EXT names of the pointer calls change nothing.
+#pragma once
+
+#include "op_rows.h"
+#include "pixel_bytes.h"
+
+namespace fuzz {
+
+struct client_array {
+  bool is_set = false;
+  bool buffered = false;
+  GLenum name = 0;  // of the array; for an attribute its number
+  i32 size = 0;
+  GLenum type = 0;
+  u8 normalized = 0;
+  i32 stride = 0;
+  u64 pointer = 0;
+};
+
+constexpr u32 array_count = 32;
+constexpr u32 first_attribute = 16;
+constexpr u32 fog_array = 11;
+
+struct gl_context {
+  int part = -1;               // -1 for the application's own
+  bool expects = false;        // of the expectation: it writes nothing into the application's memory
+  u8* pixel_shadow = nullptr;  // where a read of pixels goes instead, when `expects`
+  pixel_store pack;
+  pixel_store unpack;
+  GLuint array_buffer = 0;
+  GLuint element_buffer = 0;
+  GLuint pack_buffer = 0;
+  GLuint unpack_buffer = 0;
+  GLuint framebuffer = 0;
+  u32 client_texture = 0;
+  u32 enabled = 0;  // bit i: array i
+  client_array arrays[array_count];
+  GLuint mapped = 0;  // bit i: the buffer of map_targets[i] is mapped
+};
+
+// What a context has seen of a call. Memory and values as digests; pointers apart, because most of them may change.
+struct event {
+  int op = 0;
+  u64 values = 0;
+  u64 pointers = 0;
+  u64 memory = 0;
+  u64 head = 0;              // up to 8 bytes from the first pointer on that was read
+  bool has_pointer = false;  // one that is not null
+};
+
+// Addresses below are offsets into buffers and lead nowhere.
+constexpr u64 lowest_address = 0x10000;
+
+// The call reaches the context.
+event receive(gl_context* context, int op, const driver::argument_bits& arguments);
+
+// What every context answers to a call with these values.
+u64 answer_of(const event& seen);
+
+// What a driver writes to where a query's result goes.
+u8 written_by(const event& seen);
+
+// Whether the driver writes something else than `written_by` says.
+bool writes_figures(int op);
+
+// The number of an array; -1 for one that is unknown.
+int array_number(const gl_context& context, GLenum name);
+
+// Bytes of a component; 0 for a type that is none.
+u32 component_bytes(GLenum type);
+
+// From one vertex to the next.
+u32 bytes_apart(const client_array& array);
+
+// Whether a draw reads from the array: not from a buffer, and with figures that GL takes.
+bool is_readable(const client_array& array);
+
+// The index that lies in a bound element buffer at an offset: below 16.
+u32 index_in_buffer(u64 offset);
+
+// The format of a texture's first level.
+GLenum internal_format_of(GLenum target);
+
+// How many values a pname of the sized parameter calls takes.
+u32 values_of(parameter_set set, GLenum pname);
+parameter_set set_of(const ops::row& row);
+
+// ---- what calls read ----
+
+enum class reads {
+  nothing,
+  some_bytes,  // of each pointer, the same number for every call
+  vectors,     // a number of elements that the function's name says
+  parameters,  // as many as the pname says
+  items,       // as many as an argument says
+  image,
+  sized,  // bytes that an argument says
+  lists,
+  stipple,
+  text,
+  source,
+  array_draw,
+  element_draw,
+  array_element
+};
+
+struct call_shape {
+  reads what = reads::nothing;
+  u32 count_at = 0;  // argument: a count, the first index, or the first size of an image
+  u32 item_bytes = 0;
+  u32 data_at = 0;       // argument
+  int dimensions = 0;    // of an image
+  bool unpacks = false;  // with an unpack buffer bound the pointer is an offset
+};
+const call_shape& shape_of(int op);
+
+constexpr u32 some_bytes = 16;
+constexpr u32 stipple_bytes = 1024;  // what the library copies; the pattern itself is shorter
+
+// The image that an image call names.
+image image_of(const call_shape& shape, const ops::row& row, const driver::argument_bits& arguments);
+
+}  // namespace fuzz
