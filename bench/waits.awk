@@ -28,6 +28,6 @@ END {
   if (last_frame <= first_frame) exit
   for (reason in last) {
     waits = (last[reason] - first[reason]) / (last_frame - first_frame)
-    if (waits > 0) printf "%-20s %-26s %.3f\n", way ", " parts, reason, waits
+    if (waits > 0) printf "%-9s %-20s %-26s %.3f\n", renderer, way ", " parts, reason, waits
   }
 }

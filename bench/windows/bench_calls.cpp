@@ -8,18 +8,15 @@
 // "_least", repetitions, nanoseconds that pass, nanoseconds that the thread is busy, unit.
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "batches.h"
 #include "calls.h"
-#include "stopwatch.h"
+#include "switches.h"
 
 namespace {
-
-constexpr double repetition_time = 1e8;  // nanoseconds
-constexpr int repetitions = 5;
 
 HMODULE library;
 
@@ -33,31 +30,6 @@ __osw_proc library_entry(int, const char* name) {
 
 const route through = {library_entry};
 setting_memory memory;
-
-struct figures {
-  double passed, busy;
-};
-
-// Of what passes, the repetition counts that was disturbed the least. The thread's own clock is too coarse for one, so
-// that its figure is the mean of all.
-template <class Batch>
-figures measure_batches(int batch, Batch run) {
-  double passed[repetitions];
-  double busy = 0;
-  double calls = 0;
-  for (double& each : passed) {
-    stopwatch watch = {};
-    u64 done = 0;
-    while (watch.passed < repetition_time) {
-      run(&watch);
-      done += static_cast<u64>(batch);
-    }
-    each = watch.passed / static_cast<double>(done);
-    busy += watch.busy;
-    calls += static_cast<double>(done);
-  }
-  return {*std::min_element(passed, passed + repetitions), busy / calls};
-}
 
 figures measure_nothing() {
   constexpr int batch = 1000000;
@@ -170,6 +142,14 @@ int main(int count, char** words) {
 
   print("nothing", measure_nothing());
   for (int i = 0; i < measured_call_count; ++i) print(measured_calls[i].label, measure(measured_calls[i]));
+  if (!std::strcmp(words[1], "direct")) {
+    switch_figures found;
+    if (!measure_switches(through, wglGetCurrentDC(), wglGetCurrentContext(), &found)) {
+      return fail("contexts cannot be switched as they should");
+    }
+    print("switch", found.noted);
+    print("switch, Enable", found.called);
+  }
   wglMakeCurrent(nullptr, nullptr);
   return 0;
 }
