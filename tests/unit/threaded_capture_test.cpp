@@ -141,6 +141,22 @@ TEST_F(threaded_capture_test, arrays_a_stride_apart_are_two_groups) {
   EXPECT_EQ(sent_pointer(1, 3), sent_pointer(0, 3) + 48);
 }
 
+TEST_F(threaded_capture_test, addresses_are_set_with_no_array_buffer_bound) {
+  std::vector<u8> memory = numbered(32);
+  osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  osw_glBindBuffer(GL_ARRAY_BUFFER, 3);
+  begin_draw();
+  osw_glDrawArrays(GL_LINES, 0, 4);
+  const u64 block = sent_pointer(1, 3);
+  const driver::call unbind = driver::expect<glBindBuffer_op>(GL_ARRAY_BUFFER, 0);
+  const driver::call bind = driver::expect<glBindBuffer_op>(GL_ARRAY_BUFFER, 3);
+  received::expect_parts({unbind, driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, reinterpret_cast<void*>(block)),
+                          bind, driver::expect<glDrawArrays_op>(GL_LINES, 0, 4), unbind,
+                          driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, memory.data()), bind});
+  received::expect_app({driver::expect<glDrawArrays_op>(GL_LINES, 0, 4)});
+}
+
 // Only the bytes of the vertices drawn are there to be read.
 TEST_F(threaded_capture_test, a_draw_reads_its_vertices_and_no_byte_more) {
   std::vector<u8> memory = numbered(40);
@@ -302,6 +318,19 @@ TEST_F(threaded_capture_test, elements_from_a_buffer_with_a_client_array_make_th
   for (int part = 0; part < received::parts(); ++part) EXPECT_EQ(received::of_part(part).size(), 1u);
   received::expect_parts(
       {driver::expect<glDrawElements_op>(GL_POINTS, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12))});
+}
+
+// As an application does that restarts its primitives by it.
+TEST_F(threaded_capture_test, the_largest_index_makes_the_application_wait) {
+  std::vector<u8> memory = numbered(64);
+  osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  begin_draw();
+  const GLuint indices[] = {0, 1, 0xFFFFFFFF, 2};
+  const u32 waits = own_queue()->send_sync_count;
+  osw_glDrawElements(GL_LINE_STRIP, 4, GL_UNSIGNED_INT, indices);
+  EXPECT_EQ(own_queue()->send_sync_count, waits + 1);
+  for (int part = 0; part < received::parts(); ++part) EXPECT_EQ(received::of_part(part).size(), 1u);
 }
 
 TEST_F(threaded_capture_test, elements_and_arrays_from_buffers_wait_for_nobody) {
