@@ -95,7 +95,11 @@ bool has_unpack_buffer(const stream& run, const call_shape& shape) {
 void choose_items(stream* run, const ops::row& row, const call_shape& shape, driver::argument_bits* arguments) {
   const i32 count = any_count(&run->random, shape.item_bytes, (32 - row.count) * 8);
   (*arguments)[shape.count_at] = of_number(count);
-  (*arguments)[shape.data_at] = data_of(run, bytes_of(count, shape.item_bytes));
+  const u64 bytes = bytes_of(count, shape.item_bytes);
+  // Null draw buffers become a zeroed slot, of which a driver reads no more than the few that it has.
+  const bool too_many_for_null = row.op == glDrawBuffers_op::op && count > 60;
+  (*arguments)[shape.data_at] =
+      too_many_for_null ? driver::bits_of(take_block(&run->memory, bytes)) : data_of(run, bytes);
 }
 
 // The offset of the integer maps is read as an address by the library, bound buffer or not.

@@ -1,5 +1,7 @@
 // Streams of calls by fixed seeds: whatever the application calls, and whatever it does to its memory behind each call,
 // each part receives the same calls in the same order with the same bytes.
+#include <ostream>
+
 #include "stream.h"
 
 namespace {
@@ -20,6 +22,11 @@ struct seeded {
   int parts;
   bool query_on_app_thread;
 };
+
+// For the names of tests.
+void PrintTo(const seeded& stream, std::ostream* out) {
+  *out << stream.name;
+}
 
 struct fuzz_test : library::process_test, testing::WithParamInterface<seeded> {};
 
