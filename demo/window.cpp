@@ -240,6 +240,14 @@ static double count_switches() {
   return static_cast<double>(count());
 }
 
+// Seconds for which the processors were busy with this process, on all of its threads.
+static double busy_seconds() {
+  FILETIME made, ended, kernel, user;
+  GetProcessTimes(GetCurrentProcess(), &made, &ended, &kernel, &user);
+  auto seconds = [](const FILETIME& time) { return 429.4967296 * time.dwHighDateTime + 1e-7 * time.dwLowDateTime; };
+  return seconds(kernel) + seconds(user);
+}
+
 // Reads the picture back, which cannot end before all of it is there.
 static void wait_for_picture(const options& chosen) {
   std::vector<unsigned char> pixels(static_cast<size_t>(chosen.width) * static_cast<size_t>(chosen.height) * 4);
@@ -253,7 +261,7 @@ static bool run_benchmark(viewer* self, int count) {
   // The first picture pays for what is set up with it.
   draw(self);
   wait_for_picture(*self->chosen);
-  const double switches = count_switches();
+  const double switches = count_switches(), busy = busy_seconds();
   QueryPerformanceCounter(&start);
   for (int i = 0; i < count; ++i) {
     if (!pump_messages()) return false;
@@ -264,6 +272,7 @@ static bool run_benchmark(viewer* self, int count) {
   QueryPerformanceCounter(&stop);
   double seconds = static_cast<double>(stop.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
   std::printf("%d frames in %.3f seconds, %.1f frames per second", count, seconds, count / seconds);
+  std::printf(", busy for %.2f ms per frame", 1000 * (busy_seconds() - busy) / count);
   if (switches >= 0) std::printf(", %.1f context switches per frame", (count_switches() - switches) / count);
   std::printf("\n");
   std::fflush(stdout);
