@@ -54,6 +54,7 @@ BOOL make_current_on(context* c, HDC draw, HDC read) {
   if (draw == nullptr || !host_make_current(draw, read, c->hglrc)) return FALSE;
   c->host_draw = draw;
   c->host_read = read;
+  settle_size(c);
   return TRUE;
 }
 
@@ -260,6 +261,10 @@ void forget_context(context* c) {
   }
   if (thread->real == c || thread->current == c) release_real(thread);
   if (thread->current == c) thread->current = nullptr;
+}
+
+void settle_size(const context* c) {
+  if (!c->spared && take_resized(c->draw.hwnd)) host_wgl_entry<wglSwapBuffers_op>()(c->host_draw);
 }
 
 void unsettle_drawables(thread_state* thread) {

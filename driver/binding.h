@@ -66,6 +66,11 @@ BOOL switch_to(context* c);
 // Lets the calling thread have no context, on the host too, and frees `c` from what the thread notes of it.
 void forget_context(context* c);
 
+// Lets the host see that the window of `c`, which is current on it, was resized. A host that draws by software asks for
+// the size once after each swap, and would draw all that comes before the next one at an old size; what the swap shows
+// is the last frame. Does nothing without a stand-in.
+void settle_size(const context* c);
+
 // Says that the calling thread's current context no longer has the drawables that the host has.
 void unsettle_drawables(thread_state* thread);
 

@@ -24,6 +24,9 @@ struct placement {
 // What is still to be done to bring an owner's windows to the front.
 enum class raising { none, others, stand_ins };
 
+// Whether the host knows the size of what it draws in.
+enum class sizing { never_drawn, known, changed };
+
 struct stand_in {
   stand_in* next;
   HWND child;
@@ -31,10 +34,14 @@ struct stand_in {
   HWND hwnd;
   HDC hdc;
   WNDPROC child_procedure;  // the one that ours replaced
-  placement now;
+  placement now;            // changed under the lock, as the next
+  RECT owner_place;         // at the last look, on the screen
   unsigned looked_at;
-  raising raise;
   bool foremost;  // nothing lay over the owner at the last look
+  // Read by threads that draw.
+  std::atomic<raising> raise;
+  std::atomic<bool> settled;  // the X server has it where `now` says
+  std::atomic<sizing> size;
 };
 
 // The list is changed on the window thread alone, under the lock; another thread holds the lock for a look-up, and
@@ -84,6 +91,10 @@ placement find_placement(HWND child, HWND owner) {
   p.part = seen;
   OffsetRect(&p.part, -p.place.left, -p.place.top);
   return p;
+}
+
+bool is_same(const placement& a, const placement& b) {
+  return a.visible == b.visible && EqualRect(&a.place, &b.place) && EqualRect(&a.part, &b.part);
 }
 
 void clip(HWND hwnd, const placement& wanted) {
@@ -205,11 +216,25 @@ void look_for_new_foremost() {
   }
 }
 
+bool has_size_of(const RECT& a, const RECT& b) {
+  return a.right - a.left == b.right - b.left && a.bottom - a.top == b.bottom - b.top;
+}
+
+// The X server hears of a window from this thread and of what is drawn in it by another connection. Where the mouse is
+// stands in an answer of the server's, which comes after all that it was asked before.
+void await_server() {
+  POINT unused;
+  GetCursorPos(&unused);
+}
+
 // A hidden stand-in stays where it is, but has the child's size, which is what the host draws in. The list may have
 // changed on return: while the thread waits for another's window it takes messages.
 void place(stand_in* s, const placement& wanted) {
   const placement before = s->now;
+  s->settled = false;
+  AcquireSRWLockExclusive(&lock);
   s->now = wanted;
+  ReleaseSRWLockExclusive(&lock);
   HWND hwnd = s->hwnd;
   const LONG width = wanted.place.right - wanted.place.left, height = wanted.place.bottom - wanted.place.top;
   UINT flags = SWP_NOOWNERZORDER | SWP_NOACTIVATE;
@@ -221,7 +246,11 @@ void place(stand_in* s, const placement& wanted) {
   if (!wanted.visible) flags |= before.visible ? SWP_NOMOVE | SWP_HIDEWINDOW : SWP_NOMOVE;
   SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
                flags);
+  sizing known = sizing::known;
+  if (!has_size_of(before.place, wanted.place)) s->size.compare_exchange_strong(known, sizing::changed);
   if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
+  await_server();
+  s->settled = true;
 }
 
 void destroy(stand_in* s) {
@@ -250,10 +279,13 @@ void follow(stand_in* s) {
     s->owner = owner;
     SetWindowLongPtrA(s->hwnd, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(owner));
   }
+  RECT owner_place = {};
+  GetWindowRect(owner, &owner_place);
+  AcquireSRWLockExclusive(&lock);
+  s->owner_place = owner_place;
+  ReleaseSRWLockExclusive(&lock);
   const placement wanted = find_placement(s->child, owner);
-  const bool same = wanted.visible == s->now.visible && EqualRect(&wanted.place, &s->now.place) &&
-                    EqualRect(&wanted.part, &s->now.part);
-  if (!same) place(s, wanted);
+  if (!is_same(wanted, s->now)) place(s, wanted);
 }
 
 // Each round starts at the front: the list may have changed meanwhile. What was looked at in this round is passed over.
@@ -276,6 +308,15 @@ void follow_all() {
 
 void follow_on_window_thread(void* child) {
   if (stand_in* s = find(static_cast<HWND>(child))) follow(s);
+}
+
+void bring_on_window_thread(void* child) {
+  follow_all();
+  const stand_in* s = find(static_cast<HWND>(child));
+  if (s == nullptr || s->raise != raising::stand_ins || !s->foremost) return;
+  set_raising(s->owner, raising::others);
+  raise_stand_ins(s->owner);
+  await_server();
 }
 
 void destroy_on_window_thread(void* child) {
@@ -364,6 +405,7 @@ void make_on_window_thread(void* argument) {
   auto* s = static_cast<stand_in*>(calloc(1, sizeof(stand_in)));
   if (s == nullptr) return;
   s->child = r.child;
+  s->settled = true;
   if (!make_window(s, r)) {
     report("no stand-in for child window %p, error %lu", static_cast<void*>(r.child), GetLastError());
     free(s);
@@ -393,6 +435,32 @@ HDC stand_in_hdc(HWND child) {
   HDC hdc = s == nullptr ? nullptr : s->hdc;
   ReleaseSRWLockShared(&lock);
   return hdc;
+}
+
+bool take_resized(HWND child) {
+  if (child == nullptr || first == nullptr) return false;
+  AcquireSRWLockShared(&lock);
+  stand_in* s = find(child);
+  const bool resized = s != nullptr && s->size.exchange(sizing::known) == sizing::changed;
+  ReleaseSRWLockShared(&lock);
+  return resized;
+}
+
+// The stand-ins of an owner that has moved lie over each other's new places, so all must have gone there.
+void catch_up(HWND child) {
+  if (child == nullptr || first == nullptr) return;
+  AcquireSRWLockShared(&lock);
+  const stand_in* s = find(child);
+  const placement now = s == nullptr ? placement{} : s->now;
+  const RECT last_place = s == nullptr ? RECT{} : s->owner_place;
+  const bool at_rest = s != nullptr && s->settled && s->raise != raising::stand_ins;
+  ReleaseSRWLockShared(&lock);
+  if (s == nullptr) return;
+  HWND owner = GetAncestor(child, GA_ROOT);
+  RECT owner_place = {};
+  GetWindowRect(owner, &owner_place);
+  if (at_rest && EqualRect(&last_place, &owner_place) && is_same(now, find_placement(child, owner))) return;
+  on_window_thread(bring_on_window_thread, child);
 }
 
 HDC host_hdc(HDC hdc) {

@@ -16,5 +16,12 @@ void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* de
 // The device context of a window's stand-in, or null. Any thread; it is usable by any thread.
 HDC stand_in_hdc(HWND child);
 
+// Whether the window's stand-in, which has been asked about before, has another size since. Any thread.
+bool take_resized(HWND child);
+
+// Before something is shown: puts the window's stand-in where the window has gone with an ancestor. What is drawn where
+// nothing of it is seen yet would be lost. Any thread that may send messages.
+void catch_up(HWND child);
+
 // The host's device context for one that an application gave: its window's stand-in's, or itself.
 HDC host_hdc(HDC hdc);

@@ -32,6 +32,7 @@ bool is_drawn_to(const thread_state* thread, HDC hdc) {
 // there must be the host's current one, which alone the host flushes.
 HDC prepare_swap(HDC hdc) {
   const thread_state* thread = this_thread();
+  catch_up(WindowFromDC(hdc));
   if (!is_drawn_to(thread, hdc)) return host_hdc(hdc);
   if (bind_current() == nullptr) return host_hdc(hdc);
   if (!thread->current->spared) return thread->current->host_draw;

@@ -199,6 +199,7 @@ template <>
 void forward<glViewportOffsetZ4_op, void>(GLint x, GLint y) {
   context* c = calling_context();
   if (c == nullptr) return;
+  settle_size(c);
   find_window_drawn(c);
   c->offset = {x, y};
   settle(c);

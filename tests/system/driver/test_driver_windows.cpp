@@ -341,6 +341,14 @@ bool is_above(HWND upper, HWND lower) {
   return false;
 }
 
+// The stand-ins lie between the frame and its dialog, the one for the parts' parent lowest.
+bool is_in_order(HWND top, HWND under, HWND dialog) {
+  const stand_ins order = all_stand_ins();
+  bool good = order.count == 3 && position_in(order, under) == 2;
+  for (int i = 0; i < order.count; ++i) good &= is_above(order.hwnd[i], top) && is_above(dialog, order.hwnd[i]);
+  return good;
+}
+
 // The application's own window is a child of a frame, and the parts are children of that.
 void nested() {
   HWND top = make_top(100, 200, 300, 200, true);
@@ -352,7 +360,7 @@ void nested() {
   const COLORREF on_dialog = on_screen(155, 255);
   CHECK(on_dialog != red && on_dialog != blue);
   gl_window left = make_window(view.hwnd, 0, 0, 100, 100, true), right = make_window(view.hwnd, 100, 0, 100, 100, true);
-  pump(200);
+  comes_true([=] { return is_in_order(top, under, dialog); });
   const stand_ins order = all_stand_ins();
   CHECK_EQUAL(order.count, 3);
   CHECK_EQUAL(position_in(order, under), 2);
@@ -372,7 +380,7 @@ void nested() {
   HWND other = make_top(120, 220, 50, 50, false);
   SetWindowPos(other, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
   SetWindowPos(top, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
-  pump(200);
+  comes_true([=] { return is_above(top, other) && is_in_order(top, under, dialog); });
   CHECK(is_above(top, other));
   for (int i = 0; i < order.count; ++i) CHECK(is_above(order.hwnd[i], top));
   CHECK_EQUAL(position_in(all_stand_ins(), under), 2);
@@ -519,6 +527,10 @@ void drawn_by_workers() {
   SetWindowPos(painters[0].window.hwnd, nullptr, 0, 0, 100, 100, SWP_NOZORDER);
   SetWindowPos(painters[1].window.hwnd, nullptr, 100, 0, 100, 100, SWP_NOZORDER);
   pump(200);
+  for (painter& p : painters) {
+    const LONG drawn = p.frames;
+    CHECK(comes_true([&] { return p.frames > drawn + 2; }));
+  }
   // Wine can lock up when the screen is read while other threads draw.
   for (painter& p : painters) {
     CHECK(p.frames > 10);
