@@ -9,6 +9,7 @@ run_wine_programs() {
   rm -rf "$folder"
   mkdir -p "$folder"
   begin_wine "$3"
+  unmanage test_pictures.exe reference.exe
   shift 3
   local name seconds wanted mode command
   # The list comes by a descriptor that no program reads.
@@ -27,9 +28,25 @@ run_wine_programs() {
     elif [[ "$mode" == spanned-* ]] && [ "$path" -ne 0 ]; then
       path=0
       set_threaded 0
+    elif [[ "$mode" == both-* ]]; then
+      path=-1
     fi
     run_wine_program "$name" "$((seconds))" "$mode" "$command" "$folder/$name"
   done 6<"$list"
+}
+
+# unmanage PROGRAM...: their windows expect no window manager, as none is there. Others' wait for its answer when they are
+# destroyed, for two seconds each.
+unmanage() {
+  local program
+  {
+    printf 'REGEDIT4\n\n'
+    for program in "$@"; do
+      printf '[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\%s\\X11 Driver]\n"Managed"="N"\n\n' "$program"
+    done
+  } >"$WINEPREFIX/unmanaged.reg"
+  timeout -k 5 60 wine regedit /S "Z:$WINEPREFIX/unmanaged.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+    die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
 }
 
 # run_wine_program NAME SECONDS MODE COMMAND FOLDER: one program. Its folder is removed if it passes.
@@ -47,7 +64,7 @@ run_wine_program() {
   local command=("$folder/$program" "${arguments[@]}")
   case $mode in
     bypassed) ;;
-    spanned-2 | spanned-4 | threaded-2 | threaded-4)
+    spanned-2 | spanned-4 | threaded-2 | threaded-4 | both-2 | both-4)
       command=("$folder/oswctl.exe" run --parts "${mode#*-}" -- "${command[@]}")
       ;;
     plain)

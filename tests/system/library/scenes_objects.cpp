@@ -1,0 +1,475 @@
+// What an application keeps in GL's objects or in its own memory: textures, arrays, buffers, programs, framebuffers.
+#include <cmath>
+#include <cstring>
+
+#include "scene.h"
+
+namespace {
+
+constexpr place over_all = {480, 231, 641, 423};  // over 800,450
+
+void clear_to(float red, float green, float blue) {
+  glClearColor(red, green, blue, 1);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}
+
+void use_pixels(int width = over_all.width, int height = over_all.height) {
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glOrtho(0, width, 0, height, -1, 1);
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+}
+
+gl_window make_pixel_window() {
+  const gl_window window = make_window(over_all);
+  use_pixels();
+  return window;
+}
+
+std::vector<GLubyte> checks(int size, int field) {
+  std::vector<GLubyte> texels(static_cast<size_t>(size) * size * 3);
+  for (int y = 0; y < size; ++y) {
+    for (int x = 0; x < size; ++x) {
+      GLubyte* texel = &texels[(static_cast<size_t>(y) * size + x) * 3];
+      const bool odd = (x / field + y / field) % 2 != 0;
+      texel[0] = static_cast<GLubyte>(odd ? 240 : x * 255 / size);
+      texel[1] = static_cast<GLubyte>(odd ? y * 255 / size : 60);
+      texel[2] = static_cast<GLubyte>(odd ? 40 : 160);
+    }
+  }
+  return texels;
+}
+
+void textured_square(int left, int bottom, int size, float repeat) {
+  glBegin(GL_TRIANGLE_STRIP);
+  for (int corner = 0; corner < 4; ++corner) {
+    const int x = corner % 2, y = corner / 2;
+    glTexCoord2f(repeat * static_cast<float>(x), repeat * static_cast<float>(y));
+    glVertex2i(left + size * x, bottom + size * y);
+  }
+  glEnd();
+}
+
+void set_filter(GLenum target, GLint filter) {
+  glTexParameteri(target, GL_TEXTURE_MIN_FILTER, filter);
+  glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+}
+
+void textures() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint names[2];
+  glGenTextures(2, names);
+  glEnable(GL_TEXTURE_2D);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  for (int i = 0; i < 2; ++i) {
+    glBindTexture(GL_TEXTURE_2D, names[i]);
+    set_filter(GL_TEXTURE_2D, GL_NEAREST);
+    std::vector<GLubyte> texels = checks(64 << i, 8);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 64 << i, 64 << i, 0, GL_RGB, GL_UNSIGNED_BYTE, texels.data());
+    std::fill(texels.begin(), texels.end(), static_cast<GLubyte>(0));
+  }
+  clear_to(0.1f, 0.1f, 0.15f);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  for (int i = 0; i < 5; ++i) {
+    glBindTexture(GL_TEXTURE_2D, names[i % 2]);
+    glColor3d(1 - 0.15 * i, 0.5 + 0.1 * i, 1);
+    textured_square(10 + 100 * i, 5 + 60 * i, 192, 1.5f);
+  }
+  show(window, "squares");
+  clear_to(0.3f, 0.3f, 0.1f);
+  glColor3f(1, 1, 1);
+  for (int level = 0; 128 >> level; ++level) {
+    const std::vector<GLubyte> texels = checks(128 >> level, 4);
+    glTexImage2D(GL_TEXTURE_2D, level, GL_RGB, 128 >> level, 128 >> level, 0, GL_RGB, GL_UNSIGNED_BYTE, texels.data());
+  }
+  set_filter(GL_TEXTURE_2D, GL_NEAREST_MIPMAP_NEAREST);
+  const std::vector<GLubyte> section = checks(32, 2);
+  glTexSubImage2D(GL_TEXTURE_2D, 0, 40, 50, 32, 32, GL_RGB, GL_UNSIGNED_BYTE, section.data());
+  // Sizes at which no pixel's middle lies between two texels.
+  textured_square(30, 10, 384, 1);
+  for (int size = 256; size > 8; size /= 2) textured_square(630 - size, 420 - size, size, 1);
+  show(window, "levels");
+  note("textures %d %d", glIsTexture(names[0]), glIsTexture(names[1] + 1));
+  glDeleteTextures(2, names);
+  std::vector<GLubyte> solid = checks(16, 1);
+  solid.resize(16 * 16 * 16 * 3, 90);
+  gl.glTexImage3D(GL_TEXTURE_3D, 0, GL_RGB, 16, 16, 16, 0, GL_RGB, GL_UNSIGNED_BYTE, solid.data());
+  set_filter(GL_TEXTURE_3D, GL_NEAREST);
+  glDisable(GL_TEXTURE_2D);
+  glEnable(GL_TEXTURE_3D);
+  clear_to(0, 0, 0);
+  textured_square(128, 6, 384, 3);
+  show(window, "solid");
+  destroy_window(window);
+}
+
+struct vertex {
+  GLfloat x, y;
+  GLubyte colour[4];
+};
+
+// A fan's vertices, `count` around a middle.
+std::vector<vertex> wheel(int count, double x, double y, double radius) {
+  std::vector<vertex> vertices(count + 2);
+  for (int i = 0; i < count + 2; ++i) {
+    const double angle = 6.283185307179586 * i / count, r = i == 0 ? 0 : radius;
+    vertices[i] = {static_cast<GLfloat>(x + r * std::cos(angle)), static_cast<GLfloat>(y + r * std::sin(angle)), {}};
+    const GLubyte colour[4] = {static_cast<GLubyte>(37 * i), static_cast<GLubyte>(255 - 21 * i), 120, 255};
+    memcpy(vertices[i].colour, colour, 4);
+  }
+  return vertices;
+}
+
+void point_at(const vertex* vertices) {
+  glVertexPointer(2, GL_FLOAT, sizeof(vertex), &vertices->x);
+  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(vertex), vertices->colour);
+}
+
+// What has been drawn with is overwritten at once.
+void draw_arrays(std::vector<vertex>* vertices) {
+  point_at(vertices->data());
+  glDrawArrays(GL_TRIANGLE_FAN, 0, static_cast<GLsizei>(vertices->size()));
+  memset(vertices->data(), 0, vertices->size() * sizeof(vertex));
+}
+
+void draw_elements(std::vector<vertex>* vertices) {
+  std::vector<GLushort> indices;
+  for (size_t i = 1; i + 1 < vertices->size(); i += 2) {
+    indices.insert(indices.end(), {0, static_cast<GLushort>(i), static_cast<GLushort>(i + 1)});
+  }
+  point_at(vertices->data());
+  glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(indices.size()), GL_UNSIGNED_SHORT, indices.data());
+  memset(vertices->data(), 0, vertices->size() * sizeof(vertex));
+  memset(indices.data(), 0, indices.size() * sizeof(GLushort));
+}
+
+// Without the array of colours: the threaded path sends an element's colour after its vertex.
+void draw_element_by_element(std::vector<vertex>* vertices) {
+  point_at(vertices->data());
+  glDisableClientState(GL_COLOR_ARRAY);
+  glColor3f(1, 0.9f, 0.4f);
+  glBegin(GL_LINE_LOOP);
+  for (size_t i = 1; i < vertices->size(); ++i) glArrayElement(static_cast<GLint>(i));
+  glEnd();
+  glEnableClientState(GL_COLOR_ARRAY);
+  memset(vertices->data(), 0, vertices->size() * sizeof(vertex));
+}
+
+void client_arrays() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  clear_to(0.2f, 0.2f, 0.2f);
+  glShadeModel(GL_FLAT);
+  glEnableClientState(GL_VERTEX_ARRAY);
+  glEnableClientState(GL_COLOR_ARRAY);
+  for (int i = 0; i < 5; ++i) {
+    std::vector<vertex> wheels[3] = {wheel(9 + i, 100 + 110 * i, 80, 70), wheel(12, 90 + 115 * i, 215, 65),
+                                     wheel(40, 100 + 110 * i, 350, 60)};
+    draw_arrays(&wheels[0]);
+    draw_elements(&wheels[1]);
+    draw_element_by_element(&wheels[2]);
+  }
+  show(window, "drawn");
+  clear_to(0.4f, 0.4f, 0.5f);
+  std::vector<vertex> vertices = wheel(16, 320, 210, 200);
+  point_at(vertices.data());
+  const GLuint indices[] = {0, 3, 5, 0, 9, 14, 0, 15, 17};
+  gl.glDrawRangeElements(GL_TRIANGLES, 0, 17, 9, GL_UNSIGNED_INT, indices);
+  const GLint firsts[] = {1, 6, 11};
+  const GLsizei counts[] = {4, 3, 5};
+  gl.glMultiDrawArrays(GL_LINE_STRIP, firsts, counts, 3);
+  glDisableClientState(GL_COLOR_ARRAY);
+  glColor3f(1, 0.5f, 0);
+  glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+  glDisableClientState(GL_VERTEX_ARRAY);
+  glPopClientAttrib();
+  const GLfloat strip[] = {0, 0, 0, 40, 30, 0, 600, 10, 0, 630, 60, 0};
+  glInterleavedArrays(GL_V3F, 0, strip);
+  glDrawArrays(GL_QUADS, 0, 4);
+  show(window, "others");
+  destroy_window(window);
+}
+
+void point_at_buffer() {
+  glEnableClientState(GL_VERTEX_ARRAY);
+  glEnableClientState(GL_COLOR_ARRAY);
+  glVertexPointer(2, GL_FLOAT, sizeof(vertex), nullptr);
+  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(vertex), reinterpret_cast<void*>(offsetof(vertex, colour)));
+}
+
+void fill_buffer(const gl_extensions& gl, std::vector<vertex> vertices) {
+  const auto size = static_cast<GLsizeiptr>(vertices.size() * sizeof(vertex));
+  gl.glBufferData(GL_ARRAY_BUFFER, size, vertices.data(), GL_DYNAMIC_DRAW);
+  memset(vertices.data(), 0, size);
+}
+
+void buffers() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint names[2];
+  gl.glGenBuffers(2, names);
+  gl.glBindBuffer(GL_ARRAY_BUFFER, names[0]);
+  gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, names[1]);
+  fill_buffer(gl, wheel(14, 200, 200, 190));
+  const GLubyte indices[] = {0, 1, 2, 0, 4, 5, 0, 7, 8, 0, 10, 11, 0, 13, 14};
+  gl.glBufferData(GL_ELEMENT_ARRAY_BUFFER, sizeof indices, indices, GL_STATIC_DRAW);
+  point_at_buffer();
+  clear_to(0.1f, 0.2f, 0.1f);
+  glDrawArrays(GL_TRIANGLE_FAN, 0, 9);
+  show(window, "first");
+  const std::vector<vertex> moved = wheel(14, 420, 220, 180);
+  const size_t size = moved.size() * sizeof(vertex);
+  gl.glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(size), moved.data());
+  glDrawElements(GL_TRIANGLES, 15, GL_UNSIGNED_BYTE, nullptr);
+  show(window, "moved");
+  std::vector<GLubyte> back(size);
+  gl.glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(size), back.data());
+  note_bytes("read", back.data(), back.size());
+  GLint bytes = 0;
+  gl.glGetBufferParameteriv(GL_ARRAY_BUFFER, GL_BUFFER_SIZE, &bytes);
+  note("size %d", bytes);
+  gl.glDeleteBuffers(2, names);
+  destroy_window(window);
+}
+
+void mapped_buffers() {
+  begin_scene(__func__);
+  if (is_threaded()) return;  // no part would see what is written
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint name;
+  gl.glGenBuffers(1, &name);
+  gl.glBindBuffer(GL_ARRAY_BUFFER, name);
+  fill_buffer(gl, wheel(14, 200, 200, 190));
+  point_at_buffer();
+  clear_to(0.2f, 0.1f, 0.1f);
+  glDrawArrays(GL_TRIANGLE_FAN, 0, 9);
+  show(window, "filled");
+  const std::vector<vertex> other = wheel(14, 340, 200, 150);
+  const size_t size = other.size() * sizeof(vertex);
+  void* mapped = gl.glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+  CHECK(mapped != nullptr);
+  if (mapped) {
+    memcpy(mapped, other.data(), size);
+    note("unmapped %d", gl.glUnmapBuffer(GL_ARRAY_BUFFER));
+  }
+  glDrawArrays(GL_POLYGON, 3, 6);
+  show(window, "mapped");
+  std::vector<GLubyte> back(size);
+  gl.glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(size), back.data());
+  note_bytes("read", back.data(), back.size());
+  gl.glDeleteBuffers(1, &name);
+  destroy_window(window);
+}
+
+constexpr const char* vertex_source =
+    "#version 120\n"
+    "uniform mat4 turned; attribute vec3 tint; varying vec3 shade;\n"
+    "void main() { gl_Position = gl_ModelViewProjectionMatrix * (turned * gl_Vertex); shade = tint; }\n";
+constexpr const char* fragment_source =
+    "#version 120\n"
+    "uniform vec3 lights[2]; uniform float cut; uniform int kind; varying vec3 shade;\n"
+    "void main() { vec3 c = kind == 0 ? lights[0] : lights[1]; gl_FragColor = vec4(step(cut, shade) * c, 1.0); }\n";
+
+GLuint compile(const gl_extensions& gl, GLenum kind, const char* source) {
+  const GLuint shader = gl.glCreateShader(kind);
+  std::string copy = source;
+  const char* text = copy.c_str();
+  gl.glShaderSource(shader, 1, &text, nullptr);
+  copy.assign(copy.size(), ' ');
+  gl.glCompileShader(shader);
+  GLint good = 0;
+  gl.glGetShaderiv(shader, GL_COMPILE_STATUS, &good);
+  CHECK_EQUAL(good, 1);
+  return shader;
+}
+
+GLuint make_program(const gl_extensions& gl) {
+  const GLuint program = gl.glCreateProgram();
+  const GLuint shaders[2] = {compile(gl, GL_VERTEX_SHADER, vertex_source),
+                             compile(gl, GL_FRAGMENT_SHADER, fragment_source)};
+  for (GLuint shader : shaders) {
+    gl.glAttachShader(program, shader);
+    gl.glDeleteShader(shader);
+  }
+  gl.glBindAttribLocation(program, 5, "tint");
+  gl.glLinkProgram(program);
+  GLint good = 0;
+  gl.glGetProgramiv(program, GL_LINK_STATUS, &good);
+  CHECK_EQUAL(good, 1);
+  return program;
+}
+
+void draw_tinted(const gl_extensions& gl) {
+  glBegin(GL_QUADS);
+  gl.glVertexAttrib3f(5, 1, 0, 1);
+  glVertex2i(20, 30);
+  glVertex2i(560, 60);
+  gl.glVertexAttrib3f(5, 0.5f, 1, 1);
+  glVertex2i(610, 400);
+  glVertex2i(50, 370);
+  glEnd();
+}
+
+void programs() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  const GLuint program = make_program(gl);
+  gl.glUseProgram(program);
+  const GLfloat lights[6] = {1, 0.8f, 0.2f, 0.2f, 0.6f, 1};
+  GLfloat turned[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  gl.glUniform3fv(gl.glGetUniformLocation(program, "lights"), 2, lights);
+  gl.glUniformMatrix4fv(gl.glGetUniformLocation(program, "turned"), 1, GL_FALSE, turned);
+  gl.glUniform1f(gl.glGetUniformLocation(program, "cut"), 0.25f);
+  clear_to(0.3f, 0, 0);
+  draw_tinted(gl);
+  show(window, "first");
+  turned[0] = 0.5f;
+  turned[12] = 150;
+  gl.glUniformMatrix4fv(gl.glGetUniformLocation(program, "turned"), 1, GL_FALSE, turned);
+  gl.glUniform1i(gl.glGetUniformLocation(program, "kind"), 1);
+  gl.glUniform1f(gl.glGetUniformLocation(program, "cut"), 0.625f);
+  draw_tinted(gl);
+  show(window, "second");
+  GLfloat value = 0;
+  gl.glGetUniformfv(program, gl.glGetUniformLocation(program, "cut"), &value);
+  note("cut %.3f, no such uniform %d", static_cast<double>(value), gl.glGetUniformLocation(program, "none"));
+  gl.glUseProgram(0);
+  gl.glDeleteProgram(program);
+  destroy_window(window);
+}
+
+constexpr int target_size = 256;
+
+// Something of 256 by 256 into the framebuffer object.
+void draw_into(float red) {
+  glViewport(0, 0, target_size, target_size);
+  use_pixels(target_size, target_size);
+  clear_to(red, 0.2f, 0.4f);
+  for (int i = 0; i < 8; ++i) {
+    glColor3d(0.1 * i, 1 - 0.1 * i, red);
+    glRecti(10 + 20 * i, 5 + 30 * i, 80 + 20 * i, 25 + 30 * i);
+  }
+  glViewport(0, 0, over_all.width, over_all.height);
+  use_pixels();
+}
+
+void framebuffers() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint texture, framebuffer, depth;
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  set_filter(GL_TEXTURE_2D, GL_NEAREST);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  gl.glGenRenderbuffers(1, &depth);
+  gl.glBindRenderbuffer(GL_RENDERBUFFER, depth);
+  gl.glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, target_size, target_size);
+  gl.glGenFramebuffers(1, &framebuffer);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+  gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depth);
+  note("complete 0x%x", gl.glCheckFramebufferStatus(GL_FRAMEBUFFER));
+  draw_into(0.7f);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  clear_to(0.8f, 0.8f, 0.7f);
+  glColor3f(1, 1, 1);
+  glEnable(GL_TEXTURE_2D);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+  textured_square(10, 10, 256, 1);
+  textured_square(290, 130, 256, 1);
+  glDisable(GL_TEXTURE_2D);
+  show(window, "textured");
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  draw_into(0.1f);
+  gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+  gl.glBlitFramebuffer(0, 0, 256, 256, 150, 80, 406, 336, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+  gl.glBlitFramebuffer(0, 0, 256, 256, 10, 10, 138, 138, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  show(window, "blitted");
+  gl.glDeleteFramebuffers(1, &framebuffer);
+  gl.glDeleteRenderbuffers(1, &depth);
+  glDeleteTextures(1, &texture);
+  destroy_window(window);
+}
+
+void note_integers(const char* name, GLenum what, int count) {
+  GLint values[16] = {};
+  glGetIntegerv(what, values);
+  for (int i = 0; i < count; ++i) note("%s[%d] = %d", name, i, values[i]);
+}
+
+// What an application asks for must be what it would hear without us.
+void answers() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  note_integers("viewport", GL_VIEWPORT, 4);
+  note_integers("scissor", GL_SCISSOR_BOX, 4);
+  note_integers("draw buffer", GL_DRAW_BUFFER, 1);
+  note_integers("read buffer", GL_READ_BUFFER, 1);
+  note_integers("depth bits", GL_DEPTH_BITS, 1);
+  note("vendor %s, renderer %s, version %s", glGetString(GL_VENDOR), glGetString(GL_RENDERER), glGetString(GL_VERSION));
+  glScissor(5, 6, 7, 8);
+  glViewport(-3, 4, 500, 300);
+  note_integers("viewport", GL_VIEWPORT, 4);
+  note_integers("scissor", GL_SCISSOR_BOX, 4);
+  glMatrixMode(GL_MODELVIEW);
+  glTranslatef(1, 2, 3);
+  GLdouble matrix[16];
+  glGetDoublev(GL_MODELVIEW_MATRIX, matrix);
+  note("translation %.1f %.1f %.1f, mode %d", matrix[12], matrix[13], matrix[14], glIsEnabled(GL_LIGHTING));
+  glEnable(GL_LIGHTING);
+  GLfloat light[4] = {0.5f, 0.25f, 0.125f, 1};
+  glLightfv(GL_LIGHT2, GL_DIFFUSE, light);
+  memset(light, 0, sizeof light);
+  glGetLightfv(GL_LIGHT2, GL_DIFFUSE, light);
+  note("light %d %.3f %.3f", glIsEnabled(GL_LIGHTING), static_cast<double>(light[0]), static_cast<double>(light[2]));
+  glBegin(GL_NONE + 77);
+  note("error 0x%x", glGetError());
+  glEnable(GL_VIEWPORT);
+  note("errors 0x%x 0x%x", glGetError(), glGetError());
+  note_error("all");
+  destroy_window(window);
+}
+
+void picking() {
+  begin_scene(__func__);
+  const gl_window window = make_pixel_window();
+  GLuint hits[64] = {};
+  glSelectBuffer(64, hits);
+  glRenderMode(GL_SELECT);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glOrtho(315, 325, 199, 209, -1, 1);
+  glInitNames();
+  glPushName(0);
+  for (GLuint i = 0; i < 6; ++i) {
+    glLoadName(100 + i);
+    glRecti(100 * static_cast<int>(i), 0, 100 * static_cast<int>(i) + 130, 400);
+  }
+  const GLint count = glRenderMode(GL_RENDER);
+  note("hits %d", count);
+  for (int i = 0; i < 24; ++i) note("%u", hits[i]);
+  note_error("picking");
+  destroy_window(window);
+}
+
+}  // namespace
+
+const scene_group object_scenes = {"objects",
+                                   {{"textures", textures},
+                                    {"client_arrays", client_arrays},
+                                    {"buffers", buffers},
+                                    {"programs", programs},
+                                    {"framebuffers", framebuffers},
+                                    {"answers", answers},
+                                    {"picking", picking}}};
+const scene_group mapping_scenes = {"mapping", {{"mapped_buffers", mapped_buffers}}};
