@@ -1,8 +1,8 @@
 // A build that prints its statistics, as a developer reads it: what the debugger gets while threads draw at random,
 // taken apart again and compared with counts that the test has kept itself.
+#include <algorithm>
 #include <map>
 #include <random>
-#include <regex>
 
 #include "issuing.h"
 #include "op_rows.h"
@@ -29,40 +29,81 @@ std::ostream& operator<<(std::ostream& out, const figures& shown) {
   return out;
 }
 
+// The forms of the lines. "#" stands for a number, "@" for the 16 digits of a pointer, "*" for a word.
 const std::string info = "OGLSPANWrapper Info: ";
-const std::regex header_form(info + R"(sync info \(thread id = (\d+), hdc = 0x([0-9A-F]{16}), )"
-                                    R"(hglrc = 0x([0-9A-F]{16}), total (\d+) frames\):\n)");
-const std::regex wait_form(info + R"(((?:__osw_w?gl\w+_op|__osw_send_sync_cmd)) sync num: (\d+)\n)");
-const std::regex full_form(info + R"(cmd buffer full num: (\d+) \(cmd buf size = 5000\)\n)");
-const std::regex total_form(info + R"(total frames (\d+), api sync num: (\d+), cmd full sync num: (\d+)\n)");
+const std::string header_form = info + "sync info (thread id = #, hdc = 0x@, hglrc = 0x@, total # frames):\n";
+const std::string wait_form = info + "* sync num: #\n";
+const std::string full_form = info + "cmd buffer full num: # (cmd buf size = 5000)\n";
+const std::string total_form = info + "total frames #, api sync num: #, cmd full sync num: #\n";
+
+std::size_t length_of(char kind, const std::string& line, std::size_t at) {
+  const char* allowed = kind == '#' ? "0123456789" : "0123456789ABCDEF";
+  if (kind == '*') allowed = "_ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+  const std::size_t end = std::min(line.find_first_not_of(allowed, at), line.size());
+  return kind == '@' && end - at != 16 ? 0 : end - at;
+}
+
+// Whether the line is of the form, to its end, with what stands in the places in `found`.
+bool is_of(const std::string& form, const std::string& line, std::vector<std::string>* found) {
+  found->clear();
+  std::size_t at = 0;
+  for (const char expected : form) {
+    if (expected == '#' || expected == '@' || expected == '*') {
+      const std::size_t length = length_of(expected, line, at);
+      if (length == 0) return false;
+      found->push_back(line.substr(at, length));
+      at += length;
+    } else if (at < line.size() && line[at] == expected) {
+      ++at;
+    } else {
+      return false;
+    }
+  }
+  return at == line.size();
+}
+
+bool is_label(const std::string& word) {
+  const bool of_op = word.starts_with("__osw_gl") || word.starts_with("__osw_wgl");
+  return word == "__osw_send_sync_cmd" || (of_op && word.ends_with("_op"));
+}
 
 // Takes the lines of one print apart, from `at` on, and moves `at` behind them. Each line has to be of its form, in its
 // place, and the last one has to sum up the others.
 figures read_print(const std::vector<std::string>& lines, std::size_t* at) {
   figures found;
-  std::smatch match;
-  const auto next = [&](const std::regex& form) {
-    return *at < lines.size() && std::regex_match(lines[*at], match, form) && (++*at, true);
+  std::vector<std::string> words;
+  const auto next = [&](const std::string& form) {
+    return *at < lines.size() && is_of(form, lines[*at], &words) && (++*at, true);
   };
-  EXPECT_TRUE(next(header_form)) << lines.at(*at);
-  found.thread_id = static_cast<DWORD>(std::stoul(match[1]));
-  found.hdc = match[2];
-  found.hglrc = match[3];
-  found.frames = std::stoi(match[4]);
+  if (!next(header_form)) {
+    ADD_FAILURE() << lines.at(*at);
+    return found;
+  }
+  found.thread_id = static_cast<DWORD>(std::stoul(words[0]));
+  found.hdc = words[1];
+  found.hglrc = words[2];
+  found.frames = std::stoi(words[3]);
   int sum = 0;
   while (next(wait_form)) {
-    EXPECT_FALSE(found.waits.contains(match[1])) << match[1] << " comes twice";
-    EXPECT_FALSE(found.waits.contains("__osw_send_sync_cmd")) << match[1] << " comes after the last one";
-    found.waits[match[1]] = std::stoi(match[2]);
-    sum += std::stoi(match[2]);
+    EXPECT_TRUE(is_label(words[0])) << words[0];
+    EXPECT_FALSE(found.waits.contains(words[0])) << words[0] << " comes twice";
+    EXPECT_FALSE(found.waits.contains("__osw_send_sync_cmd")) << words[0] << " comes after the last one";
+    found.waits[words[0]] = std::stoi(words[1]);
+    sum += std::stoi(words[1]);
   }
   EXPECT_TRUE(found.waits.contains("__osw_send_sync_cmd"));
-  EXPECT_TRUE(next(full_form)) << lines.at(*at);
-  found.full = std::stoi(match[1]);
-  EXPECT_TRUE(next(total_form)) << lines.at(*at);
-  EXPECT_EQ(std::stoi(match[1]), found.frames);
-  EXPECT_EQ(std::stoi(match[2]), sum);
-  EXPECT_EQ(std::stoi(match[3]), found.full);
+  if (!next(full_form)) {
+    ADD_FAILURE() << lines.at(*at);
+    return found;
+  }
+  found.full = std::stoi(words[0]);
+  if (!next(total_form)) {
+    ADD_FAILURE() << lines.at(*at);
+    return found;
+  }
+  EXPECT_EQ(std::stoi(words[0]), found.frames);
+  EXPECT_EQ(std::stoi(words[1]), sum);
+  EXPECT_EQ(std::stoi(words[2]), found.full);
   return found;
 }
 
