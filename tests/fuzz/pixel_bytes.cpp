@@ -73,10 +73,9 @@ image_layout lay_out(const image& of, const pixel_store& store) {
   const u64 skipped_bits = bitmap ? whole(store.skip_pixels) % 8 : 0;
   layout.row_bytes = bytes_of(skipped_bits + whole(of.width));
   layout.row = rounded_up(bytes_of(row_pixels), whole(store.alignment));
-  layout.slice = layout.row * rows;
-  const u64 told = layout.slice * whole(of.depth);
-  const bool told_fits = !__builtin_mul_overflow_p(layout.row, rows, u64{0}) &&
-                         !__builtin_mul_overflow_p(layout.slice, whole(of.depth), u64{0}) && told <= most_bytes;
+  u64 told = 0;
+  const bool told_fits = !__builtin_mul_overflow(layout.row, rows, &layout.slice) &&
+                         !__builtin_mul_overflow(layout.slice, whole(of.depth), &told) && told <= most_bytes;
   if (!told_fits || told == 0 || of.width == 0 || of.height == 0) return layout;
   layout.first = bytes_of(whole(store.skip_pixels) - skipped_bits) + whole(store.skip_rows) * layout.row;
   if (of.dimensions == 3) layout.first += whole(store.skip_images) * layout.slice;
