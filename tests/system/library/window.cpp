@@ -2,6 +2,8 @@
 
 #include "check.h"
 
+thread_local bool repaints;
+
 namespace {
 
 constexpr const char* gl_class = "library_test_window";
@@ -14,6 +16,7 @@ LRESULT CALLBACK gl_procedure(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpa
       return 1;
     case WM_PAINT:
       ValidateRect(hwnd, nullptr);
+      if (repaints && WindowFromDC(wglGetCurrentDC()) == hwnd) SwapBuffers(wglGetCurrentDC());
       return 0;
     default:
       return DefWindowProcA(hwnd, message, wparam, lparam);

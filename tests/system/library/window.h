@@ -30,6 +30,10 @@ gl_window make_window(const place& at, HWND parent = nullptr, window_kind kind =
 // A plain window with a pattern, without GL.
 HWND make_frame(const place& at);
 
+// Whether a window whose context is current shows its frame again when it is told to paint, as programs do that are
+// uncovered. Wine's X server keeps nothing of what is drawn under another window.
+extern thread_local bool repaints;
+
 // Releases and deletes the context, if it has one, then the window.
 void destroy_window(const gl_window& window);
 
