@@ -199,12 +199,12 @@ void raise_some() {
   }
 }
 
+std::atomic<HWND> last_foreground;
+
 void look_for_new_foreground() {
-  static HWND last;
   HWND foreground = GetForegroundWindow();
-  if (foreground == last) return;
-  last = foreground;
-  if (foreground != nullptr) set_raising(GetAncestor(foreground, GA_ROOTOWNER), raising::stand_ins);
+  if (last_foreground.exchange(foreground) == foreground || foreground == nullptr) return;
+  set_raising(GetAncestor(foreground, GA_ROOTOWNER), raising::stand_ins);
 }
 
 // An owner that has come to the front has left its stand-ins behind.
@@ -313,9 +313,10 @@ void follow_on_window_thread(void* child) {
 void bring_on_window_thread(void* child) {
   follow_all();
   const stand_in* s = find(static_cast<HWND>(child));
-  if (s == nullptr || s->raise != raising::stand_ins || !s->foremost) return;
-  set_raising(s->owner, raising::others);
-  raise_stand_ins(s->owner);
+  if (s != nullptr && s->raise == raising::stand_ins && s->foremost) {
+    set_raising(s->owner, raising::others);
+    raise_stand_ins(s->owner);
+  }
   await_server();
 }
 
@@ -446,7 +447,8 @@ bool take_resized(HWND child) {
   return resized;
 }
 
-// The stand-ins of an owner that has moved lie over each other's new places, so all must have gone there.
+// The stand-ins of an owner that has moved lie over each other's new places, so all must have gone there. An owner that
+// was activated lies over its stand-ins.
 void catch_up(HWND child) {
   if (child == nullptr || first == nullptr) return;
   AcquireSRWLockShared(&lock);
@@ -459,7 +461,9 @@ void catch_up(HWND child) {
   HWND owner = GetAncestor(child, GA_ROOT);
   RECT owner_place = {};
   GetWindowRect(owner, &owner_place);
-  if (at_rest && EqualRect(&last_place, &owner_place) && is_same(now, find_placement(child, owner))) return;
+  if (at_rest && GetForegroundWindow() == last_foreground && EqualRect(&last_place, &owner_place) &&
+      is_same(now, find_placement(child, owner)))
+    return;
   on_window_thread(bring_on_window_thread, child);
 }
 
