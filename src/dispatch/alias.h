@@ -4,6 +4,8 @@
 
 #include <type_traits>
 
+#include "dispatch/thread_state.h"
+
 template <class To, class From>
 inline To alias_argument(From value) {
   static_assert(sizeof(To) == sizeof(From));
@@ -19,4 +21,21 @@ template <class BaseResult, class... BaseParameters, class... Arguments>
 inline BaseResult call_as_base(BaseResult (*body)(BaseParameters...), Arguments... arguments) {
   static_assert(sizeof...(BaseParameters) == sizeof...(Arguments));
   return body(alias_argument<BaseParameters>(arguments)...);
+}
+
+// An alias `Op` borrows the body of its base op: `override`, the word of the calling thread's state that the body looks
+// into, names the entry that the application called for as long as the body runs. The thread has a context.
+template <class Op, class Result, class... Arguments>
+inline Result call_overridden(__osw_proc __osw_thread_state::*override, typename Op::base::type* body,
+                              Arguments... arguments) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  state->*override = relaxed_load(state->sys_gl[Op::op]);
+  if constexpr (std::is_void_v<Result>) {
+    call_as_base(body, arguments...);
+    state->*override = nullptr;
+  } else {
+    auto result = call_as_base(body, arguments...);
+    state->*override = nullptr;
+    return alias_argument<Result>(result);
+  }
 }

@@ -13,20 +13,9 @@ Result pass(Parameters... arguments) {
   return function(arguments...);
 }
 
-// The base op's body serves, told by the override to call the entry that the application named.
 template <class Op, class Result, class... Parameters>
 Result pass_alias(Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  state->pass_override = relaxed_load(state->sys_gl[Op::op]);
-  typename Op::base::type* body = pass<typename Op::base>;
-  if constexpr (std::is_void_v<Result>) {
-    call_as_base(body, arguments...);
-    state->pass_override = nullptr;
-  } else {
-    auto result = call_as_base(body, arguments...);
-    state->pass_override = nullptr;
-    return alias_argument<Result>(result);
-  }
+  return call_overridden<Op, Result>(&__osw_thread_state::pass_override, pass<typename Op::base>, arguments...);
 }
 
 template <class Op>

@@ -7,20 +7,9 @@
 
 namespace {
 
-// Borrows the base op's body and makes it call the entry that the application named.
 template <class Op, class Result, class... Parameters>
 Result broadcast_alias(Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  state->seq_override = relaxed_load(state->sys_gl[Op::op]);
-  typename Op::base::type* body = broadcast<typename Op::base>;
-  if constexpr (std::is_void_v<Result>) {
-    call_as_base(body, arguments...);
-    state->seq_override = nullptr;
-  } else {
-    auto result = call_as_base(body, arguments...);
-    state->seq_override = nullptr;
-    return alias_argument<Result>(result);
-  }
+  return call_overridden<Op, Result>(&__osw_thread_state::seq_override, broadcast<typename Op::base>, arguments...);
 }
 
 // The driver's private ops are sent by the window's own code on this path.

@@ -2,6 +2,7 @@
 // so that each part reads the whole, and the pbuffer's own pixel format chooses the format of a copy.
 #include <algorithm>
 
+#include "copy_formats.h"
 #include "library.h"
 #include "pipeline/push.h"
 
@@ -34,11 +35,6 @@ struct pbuffer_copies_test : library::process_test, testing::WithParamInterface<
   }
   HPBUFFERARB pbuffer = nullptr;
   std::vector<HGLRC> children;
-};
-
-struct transfer {
-  GLenum format;
-  GLenum type;
 };
 
 constexpr transfer color = {GL_RGBA, GL_UNSIGNED_BYTE};

@@ -6,12 +6,14 @@
 
 #include "allocation.h"
 #include "issuing.h"
+#include "result_widths.h"
 #include "startup/monitors.h"
 #include "wgl/window_mapping.h"
 
 namespace {
 
 using namespace issuing;
+using namespace result_widths;
 
 // A system of its own, whose entries note that they were called and leave a whole register behind.
 int calls_of_op[gl_op_count];
@@ -36,63 +38,11 @@ const __osw_proc* system_entries() {
   return table;
 }
 
-const std::set<std::string> byte_results = {"glIsEnabled",
-                                            "glIsList",
-                                            "glAreTexturesResident",
-                                            "glIsTexture",
-                                            "glIsQuery",
-                                            "glIsBuffer",
-                                            "glUnmapBuffer",
-                                            "glIsProgram",
-                                            "glIsShader",
-                                            "glIsEnabledi",
-                                            "glIsProgramARB",
-                                            "glIsBufferARB",
-                                            "glUnmapBufferARB",
-                                            "glIsQueryARB",
-                                            "glIsRenderbuffer",
-                                            "glIsFramebuffer",
-                                            "glIsVertexArray",
-                                            "glAreTexturesResidentEXT",
-                                            "glIsTextureEXT",
-                                            "glIsVariantEnabledEXT",
-                                            "glIsRenderbufferEXT",
-                                            "glIsFramebufferEXT",
-                                            "glIsEnabledIndexedEXT",
-                                            "glIsQueryEXT"};
-const std::set<std::string> signed_results = {"glRenderMode",
-                                              "glGetAttribLocation",
-                                              "glGetUniformLocation",
-                                              "glGetFragDataLocation",
-                                              "glGetUniformLocationARB",
-                                              "glGetAttribLocationARB",
-                                              "glGetFragDataLocationEXT",
-                                              "glGetUniformBufferSizeEXT"};
-const std::set<std::string> unsigned_results = {"glGetError",
-                                                "glGenLists",
-                                                "glCreateProgram",
-                                                "glCreateShader",
-                                                "glGetHandleARB",
-                                                "glCreateShaderObjectARB",
-                                                "glCreateProgramObjectARB",
-                                                "glCheckFramebufferStatus",
-                                                "glGetUniformBlockIndex",
-                                                "glGenVertexShadersEXT",
-                                                "glGenSymbolsEXT",
-                                                "glBindLightParameterEXT",
-                                                "glBindMaterialParameterEXT",
-                                                "glBindTexGenParameterEXT",
-                                                "glBindTextureUnitParameterEXT",
-                                                "glBindParameterEXT",
-                                                "glCheckFramebufferStatusEXT"};
-const std::set<std::string> whole_results = {"glGetString",    "glMapBuffer",      "glGetStringi",
-                                             "glMapBufferARB", "glMapBufferRange", "glGetUniformOffsetEXT"};
-
 u64 kept_of(const char* name, u64 returned) {
-  if (byte_results.contains(name)) return returned & 0xFF;
-  if (signed_results.contains(name)) return static_cast<u64>(static_cast<std::int64_t>(static_cast<i32>(returned)));
-  if (unsigned_results.contains(name)) return returned & 0xFFFFFFFF;
-  if (whole_results.contains(name)) return returned;
+  if (is_among(name, bytes)) return returned & 0xFF;
+  if (is_among(name, signed_words)) return static_cast<u64>(static_cast<std::int64_t>(static_cast<i32>(returned)));
+  if (is_among(name, unsigned_words)) return returned & 0xFFFFFFFF;
+  if (is_among(name, whole)) return returned;
   return 0;
 }
 
@@ -126,10 +76,14 @@ void expect_called_alone(int op) {
 TEST_F(replay_test, the_widths_are_those_of_55_ops) {
   std::set<std::string> known(std::begin(__osw_gl_names), std::end(__osw_gl_names));
   std::size_t count = 0;
-  for (const auto* group : {&byte_results, &signed_results, &unsigned_results, &whole_results}) {
-    count += group->size();
-    for (const std::string& name : *group) EXPECT_TRUE(known.contains(name)) << name;
-  }
+  const auto add = [&](const auto& group) {
+    count += std::size(group);
+    for (const std::string_view name : group) EXPECT_TRUE(known.contains(std::string(name))) << name;
+  };
+  add(bytes);
+  add(signed_words);
+  add(unsigned_words);
+  add(whole);
   EXPECT_EQ(count, 55u);
 }
 

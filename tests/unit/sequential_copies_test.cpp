@@ -5,6 +5,7 @@
 #include <map>
 
 #include "allocation.h"
+#include "copy_formats.h"
 #include "dispatch/thread_state.h"
 #include "sequential_steps.h"
 #include "wgl/window_mapping.h"
@@ -63,30 +64,8 @@ struct sequential_copies_test : library::process_test {
   library::rendering rendered;
 };
 
-struct transfer {
-  GLenum format;
-  GLenum type;
-};
-
-struct format_case {
-  GLenum kind;
-  BYTE color;
-  BYTE depth;
-  transfer expected;
-};
-
-constexpr format_case formats[] = {{GL_COLOR, 16, 24, {GL_RGB, GL_UNSIGNED_SHORT_5_6_5}},
-                                   {GL_COLOR, 24, 24, {GL_RGB, GL_UNSIGNED_BYTE}},
-                                   {GL_COLOR, 32, 24, {GL_RGBA, GL_UNSIGNED_BYTE}},
-                                   {GL_COLOR, 8, 24, {0, 0}},
-                                   {GL_DEPTH, 32, 16, {GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT}},
-                                   {GL_DEPTH, 32, 24, {GL_DEPTH_COMPONENT, GL_UNSIGNED_INT}},
-                                   {GL_DEPTH, 32, 32, {GL_DEPTH_COMPONENT, GL_UNSIGNED_INT}},
-                                   {GL_DEPTH, 32, 8, {0, 0}},
-                                   {GL_STENCIL, 32, 24, {0, 0}}};
-
 TEST_F(sequential_copies_test, the_drawables_depths_choose_the_format) {
-  for (const format_case& one : formats) {
+  for (const copy_format& one : copy_formats) {
     SCOPED_TRACE(testing::Message() << one.kind << ' ' << int{one.color} << ' ' << int{one.depth});
     set_depths(one.color, one.depth);
     driver::clear_calls();

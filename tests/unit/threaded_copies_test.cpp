@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "allocation.h"
+#include "copy_formats.h"
 #include "pipeline/push.h"
 #include "received.h"
 #include "startup/options.h"
@@ -44,11 +45,6 @@ driver::call only_call(int part, int op) {
   return found.empty() ? driver::call() : found[0];
 }
 
-struct transfer {
-  GLenum format;
-  GLenum type;
-};
-
 void expect_transfer(const driver::call& call, u32 format_argument, const transfer& expected) {
   EXPECT_EQ(call.arguments[format_argument], expected.format);
   EXPECT_EQ(call.arguments[format_argument + 1], expected.type);
@@ -66,26 +62,8 @@ void expect_copy(int own_op, int upload_op, u32 upload_format, const transfer& e
   EXPECT_EQ(only_call(0, upload_op).arguments, only_call(1, upload_op).arguments);
 }
 
-struct format_case {
-  GLenum kind;
-  BYTE color;
-  BYTE depth;
-  transfer expected;
-};
-
-constexpr format_case formats[] = {{GL_COLOR, 16, 24, {GL_RGB, GL_UNSIGNED_SHORT_5_6_5}},
-                                   {GL_COLOR, 24, 24, {GL_RGB, GL_UNSIGNED_BYTE}},
-                                   {GL_COLOR, 32, 24, {GL_RGBA, GL_UNSIGNED_BYTE}},
-                                   {GL_COLOR, 8, 24, {0, 0}},
-                                   {GL_DEPTH, 32, 16, {GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT}},
-                                   {GL_DEPTH, 32, 24, {GL_DEPTH_COMPONENT, GL_UNSIGNED_INT}},
-                                   {GL_DEPTH, 32, 32, {GL_DEPTH_COMPONENT, GL_UNSIGNED_INT}},
-                                   {GL_DEPTH, 32, 0, {0, 0}},
-                                   {GL_STENCIL, 32, 24, {0, 0}},
-                                   {0x1234, 32, 24, {0, 0}}};
-
 TEST_F(threaded_copies_test, the_drawables_depths_choose_the_format) {
-  for (const format_case& one : formats) {
+  for (const copy_format& one : copy_formats) {
     SCOPED_TRACE(testing::Message() << one.kind << ' ' << int{one.color} << ' ' << int{one.depth});
     set_depths(one.color, one.depth);
     begin();
