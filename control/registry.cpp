@@ -82,7 +82,7 @@ uint32_t value_in_force(const option& option, bool& is_set) {
   stored_value stored;
   uint32_t number = option.fallback;
   is_set = read_stored(option.name, stored) == ERROR_SUCCESS && number_of(stored, number);
-  return option.is_flag ? number != 0 : number;
+  return option.kind == option_kind::flag ? number != 0 : number;
 }
 
 std::wstring registry_problem(LSTATUS error) {

@@ -2,15 +2,9 @@
 
 #include <cstring>
 
-u32 OSW_DW_DeadLoopWhenLoadDll;
-u32 OSW_DW_FakeAsOneMonitor;
-u32 OSW_DW_SplitOneMonitor;
-u32 OSW_DW_SplitParts;
-u32 OSW_DW_SplitTwoPartsHorizontal;
-u32 OSW_DW_UseSplitParentMethod;
-u32 OSW_DW_ForceUnusedChildWindowSize1X1;
-u32 OSW_DW_GLDispatchUseMtPath;
-u32 OSW_DW_UseAppThreadToQueryState;
+#define OSW_OPTION(name, ...) u32 name;
+#include "startup/options.inc"
+#undef OSW_OPTION
 
 namespace {
 
@@ -26,17 +20,11 @@ struct option {
   option_kind kind;
 };
 
+#define OSW_OPTION(name, kind, default_value, ...) {#name, &name, default_value, option_kind::kind},
 const option options[] = {
-    {"OSW_DW_DeadLoopWhenLoadDll", &OSW_DW_DeadLoopWhenLoadDll, 0, option_kind::flag},
-    {"OSW_DW_FakeAsOneMonitor", &OSW_DW_FakeAsOneMonitor, 0, option_kind::flag},
-    {"OSW_DW_SplitOneMonitor", &OSW_DW_SplitOneMonitor, 0, option_kind::flag},
-    {"OSW_DW_SplitParts", &OSW_DW_SplitParts, 4, option_kind::number},
-    {"OSW_DW_SplitTwoPartsHorizontal", &OSW_DW_SplitTwoPartsHorizontal, 1, option_kind::flag},
-    {"OSW_DW_UseSplitParentMethod", &OSW_DW_UseSplitParentMethod, 0, option_kind::flag},
-    {"OSW_DW_ForceUnusedChildWindowSize1X1", &OSW_DW_ForceUnusedChildWindowSize1X1, 0, option_kind::flag},
-    {"OSW_DW_GLDispatchUseMtPath", &OSW_DW_GLDispatchUseMtPath, 0, option_kind::flag},
-    {"OSW_DW_UseAppThreadToQueryState", &OSW_DW_UseAppThreadToQueryState, 1, option_kind::flag},
+#include "startup/options.inc"
 };
+#undef OSW_OPTION
 
 // The tag at the head of a name tells its type: OSW_DW a 32-bit number, OSW_SZ a string.
 DWORD size_by_tag(const char* name) {

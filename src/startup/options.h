@@ -3,15 +3,9 @@
 
 #include "ops/types.h"
 
-extern u32 OSW_DW_DeadLoopWhenLoadDll;
-extern u32 OSW_DW_FakeAsOneMonitor;
-extern u32 OSW_DW_SplitOneMonitor;
-extern u32 OSW_DW_SplitParts;
-extern u32 OSW_DW_SplitTwoPartsHorizontal;
-extern u32 OSW_DW_UseSplitParentMethod;
-extern u32 OSW_DW_ForceUnusedChildWindowSize1X1;
-extern u32 OSW_DW_GLDispatchUseMtPath;
-extern u32 OSW_DW_UseAppThreadToQueryState;
+#define OSW_OPTION(name, ...) extern u32 name;
+#include "startup/options.inc"
+#undef OSW_OPTION
 
 // Sets every option to its default, then to what the registry says. A value that cannot be read leaves the default, and
 // nothing is said.
