@@ -211,6 +211,8 @@ void forward<glDrawableSizeZ4_op, void>(GLint width, GLint height) {
   context* c = thread == nullptr ? nullptr : thread->current;
   const bool spared = width == -1 && height == -1;
   if (c == nullptr || (!spared && (width < 0 || height < 0))) return;
+  // A context starts with the size of its first drawable, which of a pbuffer only the host knows.
+  if (spared && !c->initialized && !c->has_initial_size) bind_current();
   if (c->spared != spared) {
     c->spared = spared;
     unsettle_drawables(thread);

@@ -432,7 +432,15 @@ void pbuffers() {
   CHECK_EQUAL(box[2], 64);
   CHECK_EQUAL(marked(), 40);
   CHECK(driver.wglFastSwitchContextZ4(driver.wglGetGLContextZ4(context), 0));
+  // A context that is never seen starts with the pbuffer's size all the same.
+  HGLRC unseen = driver.wglCreateContext(hdc);
+  CHECK(driver.wglMakeCurrent(hdc, unseen));
+  driver.glDrawableSizeZ4(-1, -1);
+  driver.glGetIntegerv(GL_VIEWPORT, box);
+  CHECK_EQUAL(box[2], 64);
+  CHECK_EQUAL(box[3], 32);
   CHECK(driver.wglMakeCurrent(nullptr, nullptr));
+  CHECK(driver.wglDeleteContext(unseen));
   CHECK(driver.wglDeleteContext(context));
   CHECK(driver.wglReleasePbufferDCARB(pbuffer, hdc));
   CHECK(driver.wglDestroyPbufferARB(pbuffer));
