@@ -42,3 +42,8 @@ void paint(HWND hwnd, int number) {
   }
   glEnd();
 }
+
+void paint_and_show(const gl_window& window, int number, const char* step) {
+  paint(window.hwnd, number);
+  show(window, step);
+}

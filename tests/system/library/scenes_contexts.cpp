@@ -1,36 +1,9 @@
-// Several windows, contexts and threads, and contexts that change hands.
-#include <atomic>
-
+// Several windows and contexts, and contexts that change hands.
 #include "painting.h"
-#include "parts.h"
-#include "scene.h"
 
 namespace {
 
 constexpr place over_all = {560, 270, 501, 377};  // over 800,450
-
-void paint_and_show(const gl_window& window, int number, const char* step) {
-  paint(window.hwnd, number);
-  show(window, step);
-}
-
-void make_current(const gl_window& window) {
-  CHECK(wglMakeCurrent(window.hdc, window.context));
-}
-
-void run_thread(DWORD (*body)(void*), void* argument, HANDLE* thread) {
-  *thread = CreateThread(nullptr, 0, body, argument, 0, nullptr);
-  CHECK(*thread != nullptr);
-}
-
-// Takes messages until the thread has ended.
-void join_thread(HANDLE thread) {
-  constexpr DWORD limit = 60000;  // ms
-  const DWORD start = GetTickCount();
-  while (WaitForSingleObject(thread, 0) != WAIT_OBJECT_0 && GetTickCount() - start < limit) pump(10);
-  CHECK_EQUAL(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);
-  CloseHandle(thread);
-}
 
 void two_windows() {
   begin_scene(__func__);
@@ -114,39 +87,46 @@ void deleted_while_current() {
   destroy_window(window);
 }
 
-// The last finds no room in the library's table: the application's own window must show it.
+// So many have a record in the library; of the others the application's own window must show the picture.
+constexpr int records = 64;
+
 void many_contexts() {
   begin_scene(__func__);
-  constexpr int count = 65;
+  constexpr int count = 70;
   gl_window window = make_window(over_all);
   const HGLRC first = window.context;
   std::vector<HGLRC> contexts = {first};
   while (contexts.size() < count) contexts.push_back(wglCreateContext(window.hdc));
   for (const HGLRC context : contexts) CHECK(context != nullptr);
   paint_and_show(window, 1, "the first");
-  window.context = contexts[count - 1];
+  int number = 2;
+  for (const int index : {records, count - 1}) {
+    window.context = contexts[index];
+    make_current(window);
+    paint(window.hwnd, number++);
+    show_without_parts(window, index == records ? "the first without parts" : "the last");
+    paint(window.hwnd, number++);
+    show_without_parts(window, index == records ? "the same again" : "the last again");
+  }
+  window.context = contexts[records - 1];
   make_current(window);
-  paint(window.hwnd, 2);
-  show_without_parts(window, "the last");
-  paint(window.hwnd, 3);
-  show_without_parts(window, "the last again");
-  window.context = contexts[count - 2];
-  make_current(window);
-  paint_and_show(window, 4, "the one before");
+  paint_and_show(window, number++, "the last with parts");
   CHECK(wglMakeCurrent(nullptr, nullptr));
   for (int i = 1; i < count; ++i) CHECK(wglDeleteContext(contexts[i]));
   // Their places can be taken again.
   window.context = wglCreateContext(window.hdc);
   make_current(window);
-  paint_and_show(window, 5, "a new one");
+  paint_and_show(window, number++, "a new one");
   CHECK(wglMakeCurrent(nullptr, nullptr));
   CHECK(wglDeleteContext(window.context));
   window.context = first;
   destroy_window(window);
 }
 
-void compile_star(GLuint list) {
-  glNewList(list, GL_COMPILE);
+constexpr GLuint list = 9, other_list = 8, texture = 5;
+
+void compile_star(GLuint number) {
+  glNewList(number, GL_COMPILE);
   glBegin(GL_TRIANGLES);
   for (int i = 0; i < 5; ++i) {
     glVertex2f(-0.9f + 0.3f * static_cast<float>(i), -0.8f);
@@ -157,156 +137,131 @@ void compile_star(GLuint list) {
   glEndList();
 }
 
-void draw_shared(const gl_window& window, float red, const char* step) {
+// 16 x 16 texels, `shade` and stripes.
+void make_texture(GLubyte shade) {
+  GLubyte texels[16][16][3];
+  for (int y = 0; y < 16; ++y) {
+    for (int x = 0; x < 16; ++x) {
+      texels[y][x][0] = shade;
+      texels[y][x][1] = static_cast<GLubyte>(15 * x);
+      texels[y][x][2] = static_cast<GLubyte>(y % 4 < 2 ? 250 : 40);
+    }
+  }
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB8, 16, 16, 0, GL_RGB, GL_UNSIGNED_BYTE, texels);
+}
+
+// The texture over the lower left of the window, and the list's outlines over all of it.
+void draw_objects(float red) {
   glClearColor(red, 0.3f, 0.2f, 1);
   glClear(GL_COLOR_BUFFER_BIT);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+  glEnable(GL_TEXTURE_2D);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+  glBegin(GL_QUADS);
+  for (int i = 0; i < 4; ++i) {
+    const bool right = i == 1 || i == 2, upper = i > 1;
+    glTexCoord2i(right, upper);
+    glVertex2f(right ? 0.41f : -0.93f, upper ? 0.37f : -0.87f);
+  }
+  glEnd();
+  glDisable(GL_TEXTURE_2D);
   glColor3f(0.9f, red, 0.8f);
   glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
   glLineWidth(3);
-  glCallList(9);
+  glCallList(list);
+}
+
+void show_objects(const gl_window& window, float red, const char* step) {
+  draw_objects(red);
   show(window, step);
 }
 
-void shared_lists() {
+void note_objects(const char* where) {
+  note("%s: lists %d %d, texture %d", where, glIsList(list), glIsList(other_list), glIsTexture(texture));
+}
+
+// The one that shares has long been drawn with and has objects, and is deleted before the other.
+void shared_after_use() {
   begin_scene(__func__);
   const gl_window first = make_window({620, 40, 400, 330});
   gl_window second = make_bare_window({540, 400, 480, 350});
   second.context = wglCreateContext(second.hdc);
+  compile_star(list);
+  make_texture(120);
+  show_objects(first, 0.1f, "made here");
   CHECK(wglShareLists(first.context, second.context));
-  compile_star(9);
-  draw_shared(first, 0.1f, "made here");
   make_current(second);
-  note("list %d", glIsList(9));
-  draw_shared(second, 0.6f, "used there");
-  glDeleteLists(9, 1);
-  compile_star(8);
+  note_objects("there");
+  show_objects(second, 0.6f, "used there");
+  glDeleteLists(list, 1);
+  compile_star(other_list);
+  make_texture(220);
   make_current(first);
-  note("lists %d %d", glIsList(9), glIsList(8));
+  note_objects("here");
+  compile_star(list);
+  show_objects(first, 0.2f, "changed there");
+  destroy_window(first);
+  make_current(second);
+  note_objects("alone");
+  show_objects(second, 0.4f, "alone");
+  destroy_window(second);
+}
+
+// Neither was current before, and no thread has drawn anything.
+void shared_before_use() {
+  begin_scene(__func__);
+  gl_window first = make_bare_window({620, 40, 400, 330});
+  gl_window second = make_bare_window({540, 400, 480, 350});
+  first.context = wglCreateContext(first.hdc);
+  second.context = wglCreateContext(second.hdc);
+  CHECK(wglShareLists(first.context, second.context));
+  make_current(second);
+  compile_star(list);
+  make_texture(80);
+  show_objects(second, 0.5f, "made there");
+  make_current(first);
+  note_objects("here");
+  show_objects(first, 0.3f, "used here");
   destroy_window(second);
   destroy_window(first);
 }
 
-struct painter {
-  place at;
-  int number;
-  HANDLE thread;
-};
-
-std::atomic<int> turn;
-
-// Takes messages until it is the turn of `number`.
-void await_turn(int number) {
-  const DWORD start = GetTickCount();
-  while (turn.load() != number && GetTickCount() - start < 60000) pump(5);
-  CHECK_EQUAL(turn.load(), number);
-}
-
-// Frames of its own window, which moves, and then a picture, one thread after the other.
-DWORD paint_on_thread(void* argument) {
-  const auto* self = static_cast<const painter*>(argument);
-  const gl_window window = make_window(self->at);
-  for (int i = 0; i < 40; ++i) {
-    paint(window.hwnd, self->number + i);
-    CHECK(SwapBuffers(window.hdc));
-    place at = self->at;
-    at.left += 3 * i;
-    move_window(window.hwnd, at);
-    pump(0);
-  }
-  await_turn(self->number);
-  const std::string step = "thread " + std::to_string(self->number);
-  paint_and_show(window, 50 + self->number, step.c_str());
-  turn.fetch_add(1);
-  destroy_window(window);
-  return 0;
-}
-
-void two_threads() {
+// Each keeps its own state and its own objects of the same names, and the window shows what was drawn last.
+void two_contexts_for_one_window() {
   begin_scene(__func__);
-  turn = 1;
-  painter painters[2] = {{{560, 30, 410, 330}, 1, nullptr}, {{500, 390, 430, 340}, 2, nullptr}};
-  for (painter& each : painters) run_thread(paint_on_thread, &each, &each.thread);
-  for (const painter& each : painters) join_thread(each.thread);
+  const gl_window first = make_window(over_all);
+  gl_window second = first;
+  compile_star(list);
+  make_texture(200);
+  show_objects(first, 0.1f, "first");
+  second.context = wglCreateContext(second.hdc);
+  make_current(second);
+  note_objects("second");
+  paint_and_show(second, 2, "second");
+  glNewList(list, GL_COMPILE);
+  glRectf(-0.71f, -0.52f, 0.33f, 0.64f);
+  glEndList();
+  make_current(first);
+  show_objects(first, 0.5f, "first again");
+  move_window(first.hwnd, {over_all.left + 40, over_all.top - 30, over_all.width + 30, over_all.height});
+  make_current(second);
+  paint(second.hwnd, 3);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glCallList(list);
+  show(second, "second, moved");
+  CHECK(wglDeleteContext(second.context));
+  make_current(first);
+  glViewport(0, 0, over_all.width + 30, over_all.height);
+  show_objects(first, 0.8f, "first alone");
+  destroy_window(first);
 }
 
-struct render_job {
-  gl_window window;
-  HANDLE go, done;  // events, by which the two threads take turns
-};
-
-void await_event(HANDLE event) {
-  const DWORD start = GetTickCount();
-  while (WaitForSingleObject(event, 0) != WAIT_OBJECT_0) {
-    pump(5);
-    if (GetTickCount() - start < 60000) continue;
-    CHECK_EQUAL(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
-    return;
-  }
-}
-
-void render(const gl_window& window, int number, const char* step) {
-  make_current(window);
-  for (int i = 0; i < 10; ++i) {
-    paint(window.hwnd, 30 + i);
-    CHECK(SwapBuffers(window.hdc));
-  }
-  paint_and_show(window, number, step);
-  CHECK(wglMakeCurrent(nullptr, nullptr));
-}
-
-DWORD render_in_turn(void* argument) {
-  const auto* job = static_cast<const render_job*>(argument);
-  await_event(job->go);
-  render(job->window, 1, "another thread");
-  SetEvent(job->done);
-  await_event(job->go);
-  pump(100);  // the parts are this thread's windows, and move when it takes messages
-  render(job->window, 3, "that thread again, moved");
-  return 0;
-}
-
-// One thread has the window, another draws to it, and then the first in between.
-void render_thread() {
-  begin_scene(__func__);
-  gl_window window = make_bare_window(over_all);
-  window.context = wglCreateContext(window.hdc);
-  render_job job = {window, CreateEventA(nullptr, FALSE, FALSE, nullptr), CreateEventA(nullptr, FALSE, FALSE, nullptr)};
-  HANDLE thread;
-  run_thread(render_in_turn, &job, &thread);
-  SetEvent(job.go);
-  await_event(job.done);
-  render(window, 2, "the window's thread");
-  move_window(window.hwnd, {over_all.left + 100, over_all.top - 30, over_all.width, over_all.height + 20});
-  SetEvent(job.go);
-  join_thread(thread);
-  CloseHandle(job.go);
-  CloseHandle(job.done);
-  destroy_window(window);
-}
-
-DWORD leave_current(void* argument) {
-  const auto* window = static_cast<const gl_window*>(argument);
-  make_current(*window);
-  paint(window->hwnd, 9);
-  CHECK(SwapBuffers(window->hdc));
-  return 0;
-}
-
-// A thread ends with a context current, and with it all that it has made; another takes the context over.
-void ended_thread() {
-  begin_scene(__func__);
-  gl_window window = make_bare_window(over_all);
-  window.context = wglCreateContext(window.hdc);
-  HANDLE thread;
-  run_thread(leave_current, &window, &thread);
-  join_thread(thread);
-  make_current(window);
-  paint_and_show(window, 1, "taken over");
-  move_window(window.hwnd, {over_all.left - 30, over_all.top + 40, over_all.width, over_all.height});
-  paint_and_show(window, 2, "moved");
-  destroy_window(window);
-}
-
+// What is drawn to a window that is gone reaches nobody and harms nothing.
 void window_gone_before_context() {
   begin_scene(__func__);
   const gl_window first = make_window(over_all);
@@ -315,6 +270,9 @@ void window_gone_before_context() {
   second.context = first.context;
   ReleaseDC(first.hwnd, first.hdc);
   CHECK(DestroyWindow(first.hwnd));
+  paint(second.hwnd, 3);
+  SwapBuffers(first.hdc);
+  glFinish();
   make_current(second);
   paint_and_show(second, 2, "second");
   destroy_window(second);
@@ -325,12 +283,11 @@ void window_gone_before_context() {
 const scene_group context_scenes = {"contexts",
                                     {{"two_windows", two_windows},
                                      {"one_context_for_two_windows", one_context_for_two_windows},
+                                     {"two_contexts_for_one_window", two_contexts_for_one_window},
                                      {"bound_twice", bound_twice},
                                      {"released", released},
                                      {"deleted_while_current", deleted_while_current},
                                      {"many_contexts", many_contexts},
-                                     {"shared_lists", shared_lists},
-                                     {"two_threads", two_threads},
-                                     {"render_thread", render_thread},
-                                     {"ended_thread", ended_thread},
+                                     {"shared_before_use", shared_before_use},
+                                     {"shared_after_use", shared_after_use},
                                      {"window_gone_before_context", window_gone_before_context}}};

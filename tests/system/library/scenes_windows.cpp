@@ -1,63 +1,29 @@
 // Windows that are moved, resized, hidden and made again while they are drawn to.
 #include "painting.h"
-#include "scene.h"
+#include "travelling.h"
 
 namespace {
 
-void paint_and_show(const gl_window& window, int number, const char* step) {
-  paint(window.hwnd, number);
-  show(window, step);
-}
-
-// Frames without a look at them.
-void paint_frames(const gl_window& window, int count) {
-  for (int i = 0; i < count; ++i) {
-    paint(window.hwnd, 20 + i);
-    CHECK(SwapBuffers(window.hdc));
-  }
-}
-
-// Goes there in steps, with a frame at each.
-void travel(const gl_window& window, const place& from, const place& to, int steps) {
-  for (int i = 1; i <= steps; ++i) {
-    move_window(window.hwnd, {from.left + (to.left - from.left) * i / steps, from.top + (to.top - from.top) * i / steps,
-                              from.width + (to.width - from.width) * i / steps,
-                              from.height + (to.height - from.height) * i / steps});
-    paint_frames(window, 1);
-    pump(0);
-  }
-}
-
-struct stop {
-  const char* name;
-  place at;
-};
-
-void visit(const stop* stops, int count) {
-  const gl_window window = make_window(stops[0].at);
-  paint_and_show(window, 0, stops[0].name);
-  for (int i = 1; i < count; ++i) {
-    travel(window, stops[i - 1].at, stops[i].at, 12);
-    paint_and_show(window, i, stops[i].name);
-  }
-  destroy_window(window);
-}
-
 void moves() {
   begin_scene(__func__);
-  const stop stops[] = {{"upper left", {100, 50, 400, 300}},        {"over x", {601, 77, 400, 300}},
-                        {"upper right", {1100, 60, 400, 300}},      {"over y", {1150, 333, 400, 300}},
-                        {"over all", {639, 251, 400, 300}},         {"on the seams", {800, 450, 400, 300}},
-                        {"before the seams", {400, 150, 400, 300}}, {"lower left", {30, 590, 400, 300}}};
-  visit(stops, static_cast<int>(std::size(stops)));
+  visit({{"upper left", {100, 50, 400, 300}},
+         {"over x", {601, 77, 400, 300}},
+         {"upper right", {1100, 60, 400, 300}},
+         {"over y", {1150, 333, 400, 300}},
+         {"over all", {639, 251, 400, 300}},
+         {"on the seams", {800, 450, 400, 300}},
+         {"before the seams", {400, 150, 400, 300}},
+         {"lower left", {30, 590, 400, 300}}});
 }
 
 void resizes() {
   begin_scene(__func__);
-  const stop stops[] = {{"small", {700, 400, 150, 120}},    {"wide", {200, 400, 1303, 97}},
-                        {"one part", {200, 100, 301, 202}}, {"high", {770, 20, 63, 861}},
-                        {"all", {0, 0, 1600, 900}},         {"odd", {799, 449, 203, 101}}};
-  visit(stops, static_cast<int>(std::size(stops)));
+  visit({{"small", {700, 400, 150, 120}},
+         {"wide", {200, 400, 1303, 97}},
+         {"one part", {200, 100, 301, 202}},
+         {"high", {770, 20, 63, 861}},
+         {"all", {0, 0, 1600, 900}},
+         {"odd", {799, 449, 203, 101}}});
 }
 
 // Several changes of the size before anything is drawn again.
@@ -79,10 +45,12 @@ void resizes_at_rest() {
 
 void overhangs() {
   begin_scene(__func__);
-  const stop stops[] = {{"left", {-201, 100, 500, 300}},        {"over the corner", {-77, -55, 1000, 600}},
-                        {"top", {650, -120, 400, 350}},         {"right", {1303, 300, 500, 350}},
-                        {"lower right", {700, 400, 1100, 700}}, {"larger than all", {-40, -30, 1700, 1000}}};
-  visit(stops, static_cast<int>(std::size(stops)));
+  visit({{"left", {-201, 100, 500, 300}},
+         {"over the corner", {-77, -55, 1000, 600}},
+         {"top", {650, -120, 400, 350}},
+         {"right", {1303, 300, 500, 350}},
+         {"lower right", {700, 400, 1100, 700}},
+         {"larger than all", {-40, -30, 1700, 1000}}});
 }
 
 // What has been drawn last must be seen though nothing follows but messages.

@@ -76,8 +76,12 @@ gl_window make_window(const place& at, HWND parent, window_kind kind) {
   gl_window window = make_bare_window(at, parent, kind);
   window.context = wglCreateContext(window.hdc);
   CHECK(window.context != nullptr);
-  CHECK(wglMakeCurrent(window.hdc, window.context));
+  make_current(window);
   return window;
+}
+
+void make_current(const gl_window& window) {
+  CHECK(wglMakeCurrent(window.hdc, window.context));
 }
 
 HWND make_frame(const place& at) {

@@ -27,6 +27,9 @@ gl_window make_bare_window(const place& at, HWND parent = nullptr, window_kind k
 // The same with a context that is current. A call that fails counts as a failed check.
 gl_window make_window(const place& at, HWND parent = nullptr, window_kind kind = double_buffered);
 
+// Binds the window's context to it. A refusal counts as a failed check.
+void make_current(const gl_window& window);
+
 // A plain window with a pattern, without GL.
 HWND make_frame(const place& at);
 
