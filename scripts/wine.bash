@@ -167,7 +167,8 @@ run_stuck() {
   [ -n "$xvfb_pid" ] && run_message_box >/dev/null
 }
 
-# finish_run: waits for the run to end and gives its status: 124 after the time limit, 125 for a message box.
+# finish_run: waits for the run to end and gives its status: 124 after the time limit, 125 for a message box, 126 when the
+# X server refused what one of its processes asked, which ends the process without a status of its own.
 finish_run() {
   while run_alive; do
     if run_stuck; then
@@ -185,6 +186,8 @@ finish_run() {
   if [ "$status" -eq 124 ] || [ "$status" -eq 137 ]; then
     end_programs
     status=124
+  elif grep -aq '^X Error of failed request' "$run_log"; then
+    status=126
   fi
   return "$status"
 }
@@ -195,6 +198,7 @@ run_words() {
     0) echo "ended well" ;;
     124) echo "did not end within its time" ;;
     125) echo "showed a message box: $(run_message_box)" ;;
+    126) echo "had an error of the X server's: $(grep -a -m 1 '^X Error of failed request' "$run_log")" ;;
     *) echo "ended with status $1" ;;
   esac
 }
