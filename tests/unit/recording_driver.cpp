@@ -18,8 +18,10 @@ namespace {
 // ---- notes ----
 
 // One per thread that has called, kept for good. A call is its sequence, its context, its op and count, its arguments.
+// Its lock is for those who read while the thread, which may be about to end, still calls.
 struct thread_log {
   DWORD thread_id;
+  std::mutex lock;
   std::vector<u64> words;
   std::set<std::string> without_context;
   std::set<std::string> under_lock;
@@ -34,14 +36,15 @@ thread_log& own_log() {
   thread_local thread_log* log = nullptr;
   if (log == nullptr) {
     const std::lock_guard guard(logs_lock);
-    logs.push_back(std::make_unique<thread_log>(thread_log{GetCurrentThreadId(), {}, {}, {}}));
-    log = logs.back().get();
+    log = logs.emplace_back(std::make_unique<thread_log>()).get();
+    log->thread_id = GetCurrentThreadId();
   }
   return *log;
 }
 
 void note(op_space space, int op, const u64* arguments, u32 count) {
   thread_log& log = own_log();
+  const std::lock_guard guard(log.lock);
   const bool is_gl = space == op_space::gl;
   if (is_gl && bound.switched_to < 0) log.without_context.insert(name_of(space, op));
   if (platform::locks_held() > 0) log.under_lock.insert(name_of(space, op));
@@ -59,7 +62,8 @@ void note(op_space space, int op, const u64* arguments, u32 count) {
   log.words.insert(log.words.end(), arguments, arguments + count);
 }
 
-void read_log(const thread_log& log, std::vector<call>& out) {
+void read_log(thread_log& log, std::vector<call>& out) {
+  const std::lock_guard guard(log.lock);
   for (std::size_t at = 0; at < log.words.size();) {
     call one;
     one.sequence = log.words[at];
@@ -73,6 +77,16 @@ void read_log(const thread_log& log, std::vector<call>& out) {
     out.push_back(one);
     at += 3 + one.argument_count;
   }
+}
+
+std::vector<std::string> names_in(std::set<std::string> thread_log::*names) {
+  const std::lock_guard guard(logs_lock);
+  std::set<std::string> found;
+  for (const auto& log : logs) {
+    const std::lock_guard log_guard(log->lock);
+    found.insert(((*log).*names).begin(), ((*log).*names).end());
+  }
+  return {found.begin(), found.end()};
 }
 
 template <class Wanted>
@@ -312,6 +326,7 @@ std::vector<call> calls_of_thread(DWORD thread_id) {
 void clear_calls() {
   const std::lock_guard guard(logs_lock);
   for (const auto& log : logs) {
+    const std::lock_guard log_guard(log->lock);
     log->words.clear();
     log->without_context.clear();
     log->under_lock.clear();
@@ -320,17 +335,11 @@ void clear_calls() {
 }
 
 std::vector<std::string> calls_without_context() {
-  const std::lock_guard guard(logs_lock);
-  std::set<std::string> found;
-  for (const auto& log : logs) found.insert(log->without_context.begin(), log->without_context.end());
-  return {found.begin(), found.end()};
+  return names_in(&thread_log::without_context);
 }
 
 std::vector<std::string> calls_under_lock() {
-  const std::lock_guard guard(logs_lock);
-  std::set<std::string> found;
-  for (const auto& log : logs) found.insert(log->under_lock.begin(), log->under_lock.end());
-  return {found.begin(), found.end()};
+  return names_in(&thread_log::under_lock);
 }
 
 u64 digest_after(u64 digest, int op, const u64* arguments, u32 argument_count) {
