@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "host.h"
+#include "sent_messages.h"
 #include "window_thread.h"
 
 namespace {
@@ -38,7 +39,7 @@ struct stand_in {
   RECT owner_place;         // at the last look, on the screen
   unsigned looked_at;
   bool foremost;  // nothing lay over the owner at the last look
-  // Read by threads that draw.
+  // Read by threads that draw; `raise` set to `stand_ins` by those that show windows.
   std::atomic<raising> raise;
   std::atomic<bool> settled;  // the X server has it where `now` says
   std::atomic<sizing> size;
@@ -68,6 +69,13 @@ stand_in* find(HWND child) {
 stand_in* find_by_window(HWND hwnd) {
   for (stand_in* s = first; s != nullptr; s = s->next) {
     if (s->hwnd == hwnd) return s;
+  }
+  return nullptr;
+}
+
+stand_in* find_by_owner(HWND owner) {
+  for (stand_in* s = first; s != nullptr; s = s->next) {
+    if (s->owner == owner) return s;
   }
   return nullptr;
 }
@@ -181,6 +189,14 @@ void set_raising(HWND owner, raising step) {
   }
 }
 
+// To the next step, unless what was raised has meanwhile been left behind again.
+void advance_raising(HWND owner, raising done, raising next) {
+  for (stand_in* s = first; s != nullptr; s = s->next) {
+    raising expected = done;
+    if (s->owner == owner) s->raise.compare_exchange_strong(expected, next);
+  }
+}
+
 // One step for one owner, if there is any to do now: not before the owner itself is in front. The steps are apart
 // because Wine has to hear from the X server of the first before the second, or it takes the windows to lie in the
 // other order.
@@ -192,7 +208,7 @@ void raise_some() {
       set_raising(owner, raising::others);
       raise_stand_ins(owner);
     } else {
-      set_raising(owner, raising::none);
+      advance_raising(owner, raising::others, raising::none);
       raise_others(owner);
     }
     return;
@@ -269,6 +285,40 @@ void destroy(stand_in* s) {
   free(s);
 }
 
+// Wine moves a window to the front on the X server when it is shown and when it gets the focus, and sends the request
+// for the latter at some later time. So that is sent now, and the stand-ins are raised after it.
+void note_raised(HWND hwnd) {
+  if (first == nullptr) return;
+  HWND owner = GetAncestor(hwnd, GA_ROOT);
+  AcquireSRWLockShared(&lock);
+  const bool any = find_by_owner(owner) != nullptr;
+  ReleaseSRWLockShared(&lock);
+  if (!any) return;
+  GetInputState();
+  await_server();
+  AcquireSRWLockShared(&lock);
+  set_raising(owner, raising::stand_ins);
+  ReleaseSRWLockShared(&lock);
+}
+
+void look_at_message(const CWPSTRUCT& sent) {
+  if (sent.message == WM_SETFOCUS) note_raised(sent.hwnd);
+  if (sent.message != WM_WINDOWPOSCHANGED) return;
+  const UINT flags = reinterpret_cast<const WINDOWPOS*>(sent.lParam)->flags;
+  if (!(flags & SWP_NOZORDER) || (flags & SWP_SHOWWINDOW)) note_raised(sent.hwnd);
+}
+
+void watch_owner(HWND owner) {
+  const DWORD thread = GetWindowThreadProcessId(owner, nullptr);
+  if (watch_sent_messages(thread, look_at_message)) return;
+  report("the messages of thread %lu cannot be watched, error %lu", thread, GetLastError());
+}
+
+// Without a window manager keys go to the window under the mouse: they are the application's to have.
+void share_input(HWND owner) {
+  AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(owner, nullptr), TRUE);
+}
+
 void follow(stand_in* s) {
   if (!IsWindow(s->child)) {
     destroy(s);
@@ -276,8 +326,13 @@ void follow(stand_in* s) {
   }
   HWND owner = GetAncestor(s->child, GA_ROOT);
   if (owner != s->owner) {
+    AcquireSRWLockExclusive(&lock);
     s->owner = owner;
+    ReleaseSRWLockExclusive(&lock);
+    watch_owner(owner);
+    share_input(owner);
     SetWindowLongPtrA(s->hwnd, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(owner));
+    s->raise = raising::stand_ins;
   }
   RECT owner_place = {};
   GetWindowRect(owner, &owner_place);
@@ -389,8 +444,7 @@ bool make_window(stand_in* s, const request& r) {
   s->hwnd = CreateWindowExA(extended_style, class_name, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1, s->owner, nullptr,
                             nullptr, nullptr);
   if (s->hwnd == nullptr) return false;
-  // Without a window manager keys go to the window under the mouse: they are the application's to have.
-  AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(s->owner, nullptr), TRUE);
+  share_input(s->owner);
   // A layered window is not shown before it has its attributes; that it is layered lets the mouse through.
   SetLayeredWindowAttributes(s->hwnd, 0, 255, LWA_ALPHA);
   s->hdc = GetDC(s->hwnd);
@@ -425,6 +479,7 @@ void make_on_window_thread(void* argument) {
 
 void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* descriptor) {
   if (child == nullptr || !is_under_wine() || !is_child(child) || stand_in_hdc(child) != nullptr) return;
+  watch_owner(GetAncestor(child, GA_ROOT));
   request r = {child, pixel_format, descriptor};
   on_window_thread(make_on_window_thread, &r);
 }
