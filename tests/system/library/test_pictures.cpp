@@ -13,14 +13,13 @@
 
 namespace {
 
-constexpr int scene_limit = 100;  // s
-// Of a process whose checks were all good; one that Xlib ends has 0 as well.
-constexpr DWORD good_status = 60;
+constexpr int scene_limit = 100;         // s
 constexpr DWORD process_limit = 400000;  // ms
 constexpr const char* path_option = "OSW_DW_GLDispatchUseMtPath";
 
-const scene_group* const groups[] = {&drawing_scenes, &pixel_scenes,  &object_scenes,  &window_scenes,
-                                     &context_scenes, &thread_scenes, &pbuffer_scenes, &mapping_scenes};
+const scene_group* const groups[] = {&drawing_scenes, &pixel_scenes,        &object_scenes,
+                                     &window_scenes,  &window_state_scenes, &context_scenes,
+                                     &thread_scenes,  &pbuffer_scenes,      &mapping_scenes};
 
 struct option {
   std::string name;

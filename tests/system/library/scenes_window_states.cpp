@@ -1,0 +1,191 @@
+// Windows that are nowhere for a while, or somebody else's, and come back.
+#include "painting.h"
+#include "travelling.h"
+
+namespace {
+
+constexpr place over_all = {560, 270, 501, 377};  // over 800,450
+
+// Frames of a window in which nothing can be painted.
+void swap_frames(const gl_window& window, int count) {
+  for (int i = 0; i < count; ++i) {
+    glClear(GL_COLOR_BUFFER_BIT);
+    CHECK(SwapBuffers(window.hdc));
+  }
+  pump(0);
+}
+
+void emptied_window() {
+  begin_scene(__func__);
+  const gl_window window = make_window(over_all);
+  paint_and_show(window, 1, "made");
+  move_window(window.hwnd, {over_all.left, over_all.top, 0, 0});
+  swap_frames(window, 3);
+  move_window(window.hwnd, over_all);
+  paint_and_show(window, 2, "back");
+  move_window(window.hwnd, {620, 300, 0, 290});
+  swap_frames(window, 1);
+  move_window(window.hwnd, {620, 300, 390, 0});
+  swap_frames(window, 1);
+  move_window(window.hwnd, {620, 300, 390, 290});
+  paint_and_show(window, 3, "of another size");
+  destroy_window(window);
+}
+
+// The first binding finds no pixel at all.
+void window_made_empty() {
+  begin_scene(__func__);
+  const gl_window window = make_window({700, 400, 0, 0});
+  swap_frames(window, 2);
+  travel(window, {700, 400, 20, 20}, over_all, 4);
+  paint_and_show(window, 1, "grown");
+  destroy_window(window);
+}
+
+void show_as(const gl_window& window, int command) {
+  ShowWindow(window.hwnd, command);
+  pump(0);
+}
+
+void minimised_window() {
+  begin_scene(__func__);
+  const gl_window window = make_window(over_all);
+  paint_and_show(window, 1, "made");
+  show_as(window, SW_MINIMIZE);
+  CHECK(IsIconic(window.hwnd));
+  swap_frames(window, 3);
+  show_as(window, SW_RESTORE);
+  paint_and_show(window, 2, "restored");
+  show_as(window, SW_MAXIMIZE);
+  CHECK(IsZoomed(window.hwnd));
+  const place largest = client_place(window.hwnd);
+  note("maximised: %d,%d %dx%d", largest.left, largest.top, largest.width, largest.height);
+  paint_and_show(window, 3, "maximised");
+  show_as(window, SW_MINIMIZE);
+  swap_frames(window, 3);
+  show_as(window, SW_RESTORE);
+  CHECK(IsZoomed(window.hwnd));
+  paint_and_show(window, 4, "maximised again");
+  show_as(window, SW_RESTORE);
+  paint_and_show(window, 5, "as it was");
+  destroy_window(window);
+}
+
+// Outside of all parts, on each side, with frames there and on the way.
+void window_off_the_desktop() {
+  begin_scene(__func__);
+  place at = over_all;
+  const gl_window window = make_window(at);
+  paint_and_show(window, 0, "made");
+  const struct {
+    const char* back;
+    place off;
+  } sides[] = {{"from the left", {-700, 270, 501, 377}},
+               {"from above", {560, -500, 501, 377}},
+               {"from the right", {1900, 100, 501, 377}},
+               {"from below", {300, 1100, 501, 377}},
+               {"from the corner", {-2000, -2000, 501, 377}}};
+  int number = 1;
+  for (const auto& side : sides) {
+    travel(window, at, side.off, 5);
+    paint_frames(window, 2);
+    at = {over_all.left - 13 * number, over_all.top + 9 * number, over_all.width, over_all.height};
+    travel(window, side.off, at, 5);
+    paint_and_show(window, number++, side.back);
+  }
+  destroy_window(window);
+}
+
+void window_made_off_the_desktop() {
+  begin_scene(__func__);
+  const place off = {2500, 300, 501, 377};
+  const gl_window window = make_window(off);
+  paint_frames(window, 2);
+  pump(30);
+  move_window(window.hwnd, over_all);
+  paint_and_show(window, 1, "moved in");
+  destroy_window(window);
+}
+
+void set_parent(HWND hwnd, HWND parent, const place& at) {
+  const LONG style = GetWindowLongA(hwnd, GWL_STYLE);
+  if (!parent) CHECK(SetParent(hwnd, nullptr) != nullptr);
+  SetWindowLongA(hwnd, GWL_STYLE, parent ? (style & ~WS_POPUP) | WS_CHILD : (style & ~WS_CHILD) | WS_POPUP);
+  if (parent) CHECK(SetParent(hwnd, parent) != nullptr);
+  move_window(hwnd, at);
+}
+
+void window_of_another_frame() {
+  begin_scene(__func__);
+  const HWND first = make_frame({90, 60, 560, 430}), second = make_frame({690, 330, 620, 510});
+  const gl_window window = make_window({50, 60, 430, 310}, first);
+  paint_and_show(window, 1, "in the first");
+  set_parent(window.hwnd, second, {40, 30, 450, 330});
+  paint_and_show(window, 2, "in the second");
+  show_frame(second, "second");
+  show_frame(first, "first without");
+  move_window(second, {520, 180, 620, 510});
+  paint_and_show(window, 3, "second moved");
+  show_frame(second, "second after its move");
+  set_parent(window.hwnd, nullptr, over_all);
+  paint_and_show(window, 4, "alone");
+  move_window(window.hwnd, {610, 240, 470, 390});
+  paint_and_show(window, 5, "alone, moved");
+  set_parent(window.hwnd, first, {20, 40, 480, 350});
+  paint_and_show(window, 6, "in the first again");
+  show_frame(first, "first again");
+  destroy_window(window);
+  CHECK(DestroyWindow(second));
+  CHECK(DestroyWindow(first));
+}
+
+// A frame with the window inside of a panel goes over the seams and changes its size, with a frame drawn at each step;
+// first it cuts the window off, then the window grows with it.
+void window_in_a_frame_that_travels() {
+  begin_scene(__func__);
+  const HWND frame = make_frame({40, 30, 460, 350});
+  const HWND panel = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 20, 30, 1000, 700, frame,
+                                     nullptr, GetModuleHandleA(nullptr), nullptr);
+  const gl_window window = make_window({10, 20, 400, 280}, panel);
+  paint_and_show(window, 0, "made");
+  const struct {
+    const char *window, *frame;
+    place at;
+    int width, height;  // of the window
+  } stops[] = {{"over x", "frame over x", {610, 70, 460, 350}, 400, 280},
+               {"over y", "frame over y", {1090, 300, 480, 370}, 420, 300},
+               {nullptr, "frame cuts off", {620, 310, 310, 220}, 420, 300},
+               {"larger", "larger frame", {330, 160, 800, 600}, 700, 480},
+               {"smaller", "smaller frame", {600, 400, 420, 330}, 340, 240}};
+  place from = {40, 30, 460, 350};
+  int number = 1;
+  for (const auto& stop : stops) {
+    for (int i = 1; i <= 6; ++i) {
+      move_window(frame, {from.left + (stop.at.left - from.left) * i / 6, from.top + (stop.at.top - from.top) * i / 6,
+                          from.width + (stop.at.width - from.width) * i / 6,
+                          from.height + (stop.at.height - from.height) * i / 6});
+      if (i == 3) move_window(window.hwnd, {10, 20, stop.width, stop.height});
+      paint_frames(window, 1);
+      pump(0);
+    }
+    from = stop.at;
+    if (stop.window) paint_and_show(window, number, stop.window);
+    if (!stop.window) paint(window.hwnd, number);
+    if (!stop.window) CHECK(SwapBuffers(window.hdc));
+    show_frame(frame, stop.frame);
+    ++number;
+  }
+  destroy_window(window);
+  CHECK(DestroyWindow(frame));
+}
+
+}  // namespace
+
+const scene_group window_state_scenes = {"window_states",
+                                         {{"emptied_window", emptied_window},
+                                          {"window_made_empty", window_made_empty},
+                                          {"minimised_window", minimised_window},
+                                          {"window_off_the_desktop", window_off_the_desktop},
+                                          {"window_made_off_the_desktop", window_made_off_the_desktop},
+                                          {"window_of_another_frame", window_of_another_frame},
+                                          {"window_in_a_frame_that_travels", window_in_a_frame_that_travels}}};

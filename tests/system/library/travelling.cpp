@@ -1,0 +1,30 @@
+#include "travelling.h"
+
+#include "painting.h"
+
+void paint_frames(const gl_window& window, int count) {
+  for (int i = 0; i < count; ++i) {
+    paint(window.hwnd, 20 + i);
+    CHECK(SwapBuffers(window.hdc));
+  }
+}
+
+void travel(const gl_window& window, const place& from, const place& to, int steps) {
+  for (int i = 1; i <= steps; ++i) {
+    move_window(window.hwnd, {from.left + (to.left - from.left) * i / steps, from.top + (to.top - from.top) * i / steps,
+                              from.width + (to.width - from.width) * i / steps,
+                              from.height + (to.height - from.height) * i / steps});
+    paint_frames(window, 1);
+    pump(0);
+  }
+}
+
+void visit(const std::vector<stop>& stops) {
+  const gl_window window = make_window(stops[0].at);
+  paint_and_show(window, 0, stops[0].name);
+  for (size_t i = 1; i < stops.size(); ++i) {
+    travel(window, stops[i - 1].at, stops[i].at, 12);
+    paint_and_show(window, static_cast<int>(i), stops[i].name);
+  }
+  destroy_window(window);
+}

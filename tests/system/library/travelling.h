@@ -1,0 +1,20 @@
+// Windows that go from place to place while they are drawn to.
+#pragma once
+
+#include <vector>
+
+#include "window.h"
+
+// Frames without a look at them.
+void paint_frames(const gl_window& window, int count);
+
+// Goes there in steps, with a frame at each.
+void travel(const gl_window& window, const place& from, const place& to, int steps);
+
+struct stop {
+  const char* name;  // of the step
+  place at;
+};
+
+// Makes a window at the first stop and takes it to all the others, with a picture shown at each.
+void visit(const std::vector<stop>& stops);
