@@ -21,6 +21,9 @@ struct running_program {
 // failed check.
 running_program start_program(const std::string& path, const std::string& arguments);
 
+// What a program of ours ends with whose checks were all good. One that Xlib ends has 0, as many a good one.
+constexpr DWORD good_status = 60;
+
 // Waits for the end, for at most so many milliseconds, and gives the status; a program that takes longer is ended, and
 // `ran_too_long` the result.
 constexpr DWORD ran_too_long = 0xfffffffe;
