@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "names.h"
+#include "spare_window.h"
 #include "state_queries.h"
 #include "thunks.h"
 #include "wgl_entries.h"

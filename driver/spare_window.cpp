@@ -43,3 +43,10 @@ void destroy_spare_window(context* c) {
   c->spare_window = nullptr;
   c->spare_hdc = nullptr;
 }
+
+template <>
+void forward<glClear_op, void>(GLbitfield mask) {
+  const context* c = calling_context();
+  host_gl_entry<glClear_op>()(mask);
+  if (c != nullptr && c->spared) host_gl_entry<glFlush_op>()();
+}
