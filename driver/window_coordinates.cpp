@@ -67,9 +67,14 @@ void apply_offset(context* c, point wanted) {
   move_raster_position(c, &c->applied.raster, wanted);
 }
 
-// Brings the host's values to the offset that applies now.
+// The offset that drawing has now. It is a window's, and its context may be bound to a pbuffer next.
+point drawing_offset(const context* c) {
+  return c->window_drawn && c->draw.hwnd != nullptr ? c->offset : no_offset;
+}
+
+// Brings the host's values to it.
 void settle(context* c) {
-  apply_offset(c, c->window_drawn ? c->offset : no_offset);
+  apply_offset(c, drawing_offset(c));
 }
 
 void find_window_drawn(context* c) {
@@ -116,8 +121,8 @@ void blit_framebuffer(const GLint (&source)[4], const GLint (&target)[4], GLbitf
   const context* c = calling_context();
   point from = no_offset, to = no_offset;
   if (has_offset(c)) {
-    if (host_integer(GL_READ_FRAMEBUFFER_BINDING) == 0) from = c->offset;
-    if (c->window_drawn) to = c->offset;
+    if (c->read.hwnd != nullptr && host_integer(GL_READ_FRAMEBUFFER_BINDING) == 0) from = c->offset;
+    to = drawing_offset(c);
   }
   host_gl_entry<Op>()(sum(source[0], from.x), sum(source[1], from.y), sum(source[2], from.x), sum(source[3], from.y),
                       sum(target[0], to.x), sum(target[1], to.y), sum(target[2], to.x), sum(target[3], to.y), mask,

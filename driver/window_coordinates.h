@@ -2,7 +2,7 @@
 //
 // While there is an offset, the host's viewport, scissor box and raster position are the application's plus the offset:
 // nothing but the offset contained in each is kept here, and the values are always the host's own. So whatever changes
-// them, a display list or a popped attribute among them, is seen. A framebuffer object has no offset.
+// them, a display list or a popped attribute among them, is seen. A framebuffer object and a pbuffer have no offset.
 #pragma once
 
 #include "context.h"
