@@ -149,6 +149,12 @@ void note_pbuffer(const char* name) {
   note_error(name);
 }
 
+void note_box(const char* name, GLenum which) {
+  GLint box[4] = {};
+  glGetIntegerv(which, box);
+  note("%s %d %d %d %d", name, box[0], box[1], box[2], box[3]);
+}
+
 // With the window's context current: what was read from a pbuffer, twice, over the seams.
 void show_image(const gl_window& window, const std::vector<GLubyte>& pixels, const char* step) {
   paint(window.hwnd, 4);
@@ -167,11 +173,11 @@ void pbuffer_drawn() {
   paint_and_show(window, 1, "before");
   const pbuffer drawn = make_pbuffer(wgl, window.hdc, find_format(wgl, window.hdc));
   make_current(drawn);
-  GLint viewport[4] = {}, size[2] = {};
-  glGetIntegerv(GL_VIEWPORT, viewport);
+  note_box("viewport", GL_VIEWPORT);
+  GLint size[2] = {};
   CHECK(wgl.query(drawn.handle, WGL_PBUFFER_WIDTH_ARB, &size[0]));
   CHECK(wgl.query(drawn.handle, WGL_PBUFFER_HEIGHT_ARB, &size[1]));
-  note("%d x %d, viewport %d %d %d %d", size[0], size[1], viewport[0], viewport[1], viewport[2], viewport[3]);
+  note("%d x %d", size[0], size[1]);
   draw_scene(0);
   note_pbuffer("first");
   std::vector<GLubyte> pixels = read_colors();
@@ -188,6 +194,44 @@ void pbuffer_drawn() {
   show_image(window, pixels, "second, window moved");
   destroy_pbuffer(wgl, drawn);
   paint_and_show(window, 2, "after");
+  destroy_window(window);
+}
+
+// A window of the pbuffers' format, whose context may draw to either.
+gl_window make_window_like_pbuffers() {
+  const gl_window any = make_window({100, 100, 40, 30});
+  const pbuffer_entries wgl = find_entries();
+  const int format = find_format(wgl, any.hdc);
+  gl_window window = make_formless_window(over_all);
+  const PIXELFORMATDESCRIPTOR unused = {};
+  CHECK(SetPixelFormat(window.hdc, format, &unused));
+  window.context = wglCreateContext(window.hdc);
+  destroy_window(any);
+  make_current(window);
+  return window;
+}
+
+// Where a part lies in the window is nothing to a pbuffer.
+void one_context_for_window_and_pbuffer() {
+  begin_scene(__func__);
+  const gl_window window = make_window_like_pbuffers();
+  const pbuffer_entries wgl = find_entries();
+  paint_and_show(window, 1, "before");
+  const pbuffer made = make_pbuffer(wgl, window.hdc, GetPixelFormat(window.hdc));
+  CHECK(wglMakeCurrent(made.hdc, window.context));
+  note_box("viewport", GL_VIEWPORT);
+  note_box("scissor", GL_SCISSOR_BOX);
+  draw_scene(20);
+  note_pbuffer("by the window's context");
+  const std::vector<GLubyte> pixels = read_colors();
+  make_current(window);
+  note_box("viewport", GL_VIEWPORT);
+  show_image(window, pixels, "drawn");
+  CHECK(wglMakeCurrent(made.hdc, made.context));
+  note_pbuffer("by its own context");
+  make_current(window);
+  paint_and_show(window, 2, "after");
+  destroy_pbuffer(wgl, made);
   destroy_window(window);
 }
 
@@ -411,6 +455,7 @@ void pbuffer_destroyed_while_current() {
 
 const scene_group pbuffer_scenes = {"pbuffers",
                                     {{"pbuffer_drawn", pbuffer_drawn},
+                                     {"one_context_for_window_and_pbuffer", one_context_for_window_and_pbuffer},
                                      {"pbuffer_copied", pbuffer_copied},
                                      {"pbuffer_as_texture", pbuffer_as_texture},
                                      {"many_pbuffers", many_pbuffers},

@@ -60,11 +60,16 @@ int find_format(HDC hdc, window_kind kind, PIXELFORMATDESCRIPTOR* found) {
 
 }  // namespace
 
-gl_window make_bare_window(const place& at, HWND parent, window_kind kind) {
+gl_window make_formless_window(const place& at, HWND parent) {
   register_class(gl_class, gl_procedure, CS_OWNDC, nullptr);
   const DWORD style = WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | (parent ? WS_CHILD : WS_POPUP);
   gl_window window = {create(gl_class, style, at, parent), nullptr, nullptr};
   window.hdc = GetDC(window.hwnd);
+  return window;
+}
+
+gl_window make_bare_window(const place& at, HWND parent, window_kind kind) {
+  const gl_window window = make_formless_window(at, parent);
   PIXELFORMATDESCRIPTOR descriptor = {};
   const int format = find_format(window.hdc, kind, &descriptor);
   CHECK(format != 0);

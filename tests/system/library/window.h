@@ -24,7 +24,10 @@ enum window_kind { double_buffered, single_buffered, accumulating };
 // area. It has its pixel format and no context.
 gl_window make_bare_window(const place& at, HWND parent = nullptr, window_kind kind = double_buffered);
 
-// The same with a context that is current. A call that fails counts as a failed check.
+// The same without a pixel format.
+gl_window make_formless_window(const place& at, HWND parent = nullptr);
+
+// As make_bare_window, with a context that is current. A call that fails counts as a failed check.
 gl_window make_window(const place& at, HWND parent = nullptr, window_kind kind = double_buffered);
 
 // Binds the window's context to it. A refusal counts as a failed check.
