@@ -107,16 +107,41 @@ REG
     die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
 }
 
-# set_monitors 1|2: one monitor of the whole screen, or two side by side, for programs started from now on.
+# Monitors by name: the size of each and its place on the X server's screen. The desktop's 0,0 is the upper left corner
+# of the one with a star, or else of the first.
+declare -A arrangements=(
+  [row-from-the-right]="533x900+0+0 534x900+533+0 *533x900+1067+0"
+  [grid-from-below]="701x411+0+0 899x411+701+0 701x489+0+411 *899x489+701+411"
+  [uneven]="700x900+0+0 900x400+700+0 *800x500+700+400"
+)
+
+# set_monitors COUNT|NAME: one monitor of the whole screen, COUNT side by side, or those of the name, for programs
+# started from now on.
 set_monitors() {
-  local width=${screen_size%x*} height=${screen_size#*x}
+  local name area primary output=screen number=0 areas=()
+  [[ -v arrangements[$1] || "$1" =~ ^[1-9][0-9]?$ ]] || die "no monitors are called $1; there are: ${!arrangements[*]}"
   end_programs
-  xrandr --delmonitor L &>/dev/null || true
-  xrandr --delmonitor R &>/dev/null || true
-  [ "$1" -eq 2 ] || return 0
-  local half=$((width / 2))
-  xrandr --setmonitor L "$half/200x$height/200+0+0" screen >/dev/null
-  xrandr --setmonitor R "$half/200x$height/200+$half+0" none >/dev/null
+  while read -r name; do xrandr --delmonitor "$name" &>/dev/null || true; done < <(
+    xrandr --listmonitors | sed -nE 's/^ *[0-9]+: [+*]*(osw[0-9]+) .*/\1/p')
+  read -r -a areas <<<"${arrangements[$1]:-$(row_of_monitors "$1")}"
+  for area in "${areas[@]}"; do
+    primary=${area%%[0-9]*}
+    # Xrandr wants a size in millimetres too.
+    area=$(sed -E 's/^\**([0-9]+)x([0-9]+)/\1\/200x\2\/200/' <<<"$area")
+    xrandr --setmonitor "${primary}osw$number" "$area" "$output" >/dev/null
+    output=none
+    number=$((number + 1))
+  done
+}
+
+# row_of_monitors COUNT: prints as many side by side; one is the screen itself, and no monitor of ours.
+row_of_monitors() {
+  local width=${screen_size%x*} height=${screen_size#*x} i left right
+  [ "$1" -gt 1 ] || return 0
+  for ((i = 0; i < $1; ++i)); do
+    left=$((width * i / $1)) right=$((width * (i + 1) / $1))
+    printf '%dx%d+%d+0 ' $((right - left)) "$height" $left
+  done
 }
 
 # set_threaded 0|1: whether programs started from now on take the threaded path in any case.

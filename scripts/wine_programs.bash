@@ -5,7 +5,7 @@
 # run_wine_programs LIST FOLDER PREFIX [NAME...]: runs the programs of the list, or those named, and prints for each its
 # name and "passed" or what went wrong. What a program printed is in FOLDER/NAME.log.
 run_wine_programs() {
-  local list=$1 folder=$2 monitors=0 path=0
+  local list=$1 folder=$2 monitors="" path=0
   rm -rf "$folder"
   mkdir -p "$folder"
   begin_wine "$3"
@@ -17,18 +17,19 @@ run_wine_programs() {
     read -r name <<<"$name"
     case $name in "" | \#*) continue ;; esac
     if [ $# -gt 0 ] && [[ " $* " != *" $name "* ]]; then continue; fi
-    if [ "$((wanted))" -ne "$monitors" ]; then
-      monitors=$((wanted))
+    wanted=${wanted// /}
+    if [ "$wanted" != "$monitors" ]; then
+      monitors=$wanted
       set_monitors "$monitors"
     fi
     mode=${mode// /}
-    if [[ "$mode" == threaded-* ]] && [ "$path" -ne 1 ]; then
+    if [[ "$mode" == threaded* ]] && [ "$path" -ne 1 ]; then
       path=1
       set_threaded 1
-    elif [[ "$mode" == spanned-* ]] && [ "$path" -ne 0 ]; then
+    elif [[ "$mode" == spanned* ]] && [ "$path" -ne 0 ]; then
       path=0
       set_threaded 0
-    elif [[ "$mode" == both-* ]]; then
+    elif [[ "$mode" == both* ]]; then
       path=-1
     fi
     run_wine_program "$name" "$((seconds))" "$mode" "$command" "$folder/$name"
@@ -64,6 +65,9 @@ run_wine_program() {
   local command=("$folder/$program" "${arguments[@]}")
   case $mode in
     bypassed) ;;
+    spanned | threaded | both)
+      command=("$folder/oswctl.exe" run -- "${command[@]}")
+      ;;
     spanned-2 | spanned-4 | threaded-2 | threaded-4 | both-2 | both-4)
       command=("$folder/oswctl.exe" run --parts "${mode#*-}" -- "${command[@]}")
       ;;

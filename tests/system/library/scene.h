@@ -61,6 +61,6 @@ struct scene_group {
   std::vector<test_case> scenes;
 };
 extern const scene_group drawing_scenes, pixel_scenes, object_scenes, window_scenes, window_state_scenes,
-    context_scenes, thread_scenes, pbuffer_scenes;
+    monitor_scenes, context_scenes, thread_scenes, pbuffer_scenes;
 // Only the sequential path brings what is written into a mapped buffer to the parts: on the other nothing is shown.
 extern const scene_group mapping_scenes;

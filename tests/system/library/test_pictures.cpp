@@ -17,9 +17,9 @@ constexpr int scene_limit = 100;         // s
 constexpr DWORD process_limit = 400000;  // ms
 constexpr const char* path_option = "OSW_DW_GLDispatchUseMtPath";
 
-const scene_group* const groups[] = {&drawing_scenes, &pixel_scenes,        &object_scenes,
-                                     &window_scenes,  &window_state_scenes, &context_scenes,
-                                     &thread_scenes,  &pbuffer_scenes,      &mapping_scenes};
+const scene_group* const groups[] = {&drawing_scenes,      &pixel_scenes,   &object_scenes,  &window_scenes,
+                                     &window_state_scenes, &monitor_scenes, &context_scenes, &thread_scenes,
+                                     &pbuffer_scenes,      &mapping_scenes};
 
 struct option {
   std::string name;
