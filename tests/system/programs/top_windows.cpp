@@ -3,7 +3,8 @@
 //   top_windows.exe PROGRAM.exe centre   moves them into one row in the middle of the desktop
 //   top_windows.exe PROGRAM.exe close    clicks the close button of each
 //
-// Status 1 if the program shows no window.
+// Status 1 if the program shows no window, or if they had to be moved: the platform may still put a window that was
+// just shown back to where its program wanted it, so that one looks again.
 #include <windows.h>
 
 #include <cstdio>
@@ -25,7 +26,8 @@ static BOOL CALLBACK look_at(HWND window, LPARAM parameter) {
   return TRUE;
 }
 
-static void centre(const std::vector<HWND>& windows) {
+// Result: whether all stood there already.
+static bool centre(const std::vector<HWND>& windows) {
   std::vector<RECT> frames;
   LONG width = 0;
   for (HWND window : windows) {
@@ -35,13 +37,16 @@ static void centre(const std::vector<HWND>& windows) {
     width += frame.right - frame.left;
   }
   LONG x = (GetSystemMetrics(SM_CXVIRTUALSCREEN) - width) / 2;
+  bool stood = true;
   for (size_t i = 0; i < windows.size(); ++i) {
     const LONG height = frames[i].bottom - frames[i].top;
     const LONG y = (GetSystemMetrics(SM_CYVIRTUALSCREEN) - height) / 2;
+    stood &= frames[i].left == x && frames[i].top == y;
     SetWindowPos(windows[i], nullptr, static_cast<int>(x), static_cast<int>(y), 0, 0,
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     x += frames[i].right - frames[i].left;
   }
+  return stood;
 }
 
 int main(int count, char** words) {
@@ -54,9 +59,7 @@ int main(int count, char** words) {
   search wanted = {words[1], {}};
   EnumWindows(look_at, reinterpret_cast<LPARAM>(&wanted));
   if (wanted.found.empty()) return 1;
-  if (moves) centre(wanted.found);
-  if (closes) {
-    for (HWND window : wanted.found) PostMessageA(window, WM_SYSCOMMAND, SC_CLOSE, 0);
-  }
+  if (moves) return centre(wanted.found) ? 0 : 1;
+  for (HWND window : wanted.found) PostMessageA(window, WM_SYSCOMMAND, SC_CLOSE, 0);
   return 0;
 }
