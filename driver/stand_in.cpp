@@ -165,7 +165,8 @@ void move_to_front(const raised_windows& list, UINT flags) {
 
 void raise_stand_ins(HWND owner) {
   raised_windows list = {};
-  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+  // Those that have only now come to the owner may lie under it.
+  for (HWND at = GetWindow(owner, GW_HWNDLAST); at != nullptr; at = GetWindow(at, GW_HWNDPREV)) {
     const stand_in* s = find_by_window(at);
     if (s != nullptr && s->owner == owner && s->now.visible) insert(&list, at, depth_of(s->child));
   }
