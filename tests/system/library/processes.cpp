@@ -97,3 +97,9 @@ void reset_option(const char* name) {
   CHECK(status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND);
   RegCloseKey(key);
 }
+
+DWORD registry_option(const char* name, DWORD otherwise) {
+  DWORD value = otherwise, size = sizeof value;
+  const LSTATUS status = RegGetValueA(HKEY_LOCAL_MACHINE, options_key, name, RRF_RT_REG_DWORD, nullptr, &value, &size);
+  return status == ERROR_SUCCESS ? value : otherwise;
+}

@@ -33,3 +33,6 @@ DWORD run_program(const std::string& path, const std::string& arguments, DWORD l
 // The library's options in the registry, which a program reads when it starts. One that is reset has its default.
 void set_option(const char* name, DWORD value);
 void reset_option(const char* name);
+
+// What the registry has for an option, or `otherwise`.
+DWORD registry_option(const char* name, DWORD otherwise);

@@ -1,79 +1,16 @@
 // Windows over the seams between monitors, wherever those are: each monitor is a part.
 #include <algorithm>
 
+#include "layout.h"
 #include "painting.h"
-#include "parts.h"
 #include "travelling.h"
 
 namespace {
 
-BOOL CALLBACK add_area(HMONITOR, HDC, LPRECT area, LPARAM areas) {
-  reinterpret_cast<std::vector<RECT>*>(areas)->push_back(*area);
-  return TRUE;
-}
-
-std::vector<RECT> monitor_areas() {
-  std::vector<RECT> areas;
-  EnumDisplayMonitors(nullptr, nullptr, add_area, reinterpret_cast<LPARAM>(&areas));
-  return areas;
-}
-
-RECT united(const std::vector<RECT>& areas) {
-  RECT all = {};
-  for (const RECT& area : areas) {
-    const RECT before = all;
-    UnionRect(&all, &before, &area);
-  }
-  return all;
-}
-
-long size_of(const RECT& area) {
-  return (area.right - area.left) * (area.bottom - area.top);
-}
-
-RECT common_of(const RECT& a, const RECT& b) {
-  RECT common;
-  IntersectRect(&common, &a, &b);
-  return common;
-}
-
-// What lies beyond an edge of the desktop belongs to the monitor at that edge.
-RECT expected_share(const RECT& client, const RECT& monitor, const RECT& desktop) {
-  RECT share = common_of(client, monitor);
-  if (IsRectEmpty(&share)) return {monitor.left, monitor.top, monitor.left, monitor.top};
-  if (monitor.left == desktop.left) share.left = std::min(share.left, client.left);
-  if (monitor.top == desktop.top) share.top = std::min(share.top, client.top);
-  if (monitor.right == desktop.right) share.right = std::max(share.right, client.right);
-  if (monitor.bottom == desktop.bottom) share.bottom = std::max(share.bottom, client.bottom);
-  return share;
-}
-
-void check_share(const part_window& part, const RECT& wanted) {
-  CHECK_EQUAL(part.rect.left, wanted.left);
-  CHECK_EQUAL(part.rect.top, wanted.top);
-  CHECK_EQUAL(part.rect.right, wanted.right);
-  CHECK_EQUAL(part.rect.bottom, wanted.bottom);
-}
-
-void check_shares(HWND hwnd) {
-  if (expected_parts() == 0) return;
-  const std::vector<RECT> monitors = monitor_areas();
-  const std::vector<part_window> parts = parts_of(hwnd);
-  CHECK_EQUAL(parts.size(), monitors.size());
-  const place at = client_place(hwnd);
-  const RECT client = {at.left, at.top, at.left + at.width, at.top + at.height};
-  for (size_t i = 0; i < std::min(parts.size(), monitors.size()); ++i) {
-    CHECK_EQUAL(parts[i].number, i);
-    RECT wanted = expected_share(client, monitors[i], united(monitors));
-    OffsetRect(&wanted, -at.left, -at.top);
-    check_share(parts[i], wanted);
-  }
-}
-
 bool is_covered(const RECT& area, const std::vector<RECT>& monitors) {
   long covered = 0;
-  for (const RECT& monitor : monitors) covered += size_of(common_of(area, monitor));
-  return covered == size_of(area);
+  for (const RECT& monitor : monitors) covered += area_of(common_of(area, monitor));
+  return covered == area_of(area);
 }
 
 struct labelled_area {
@@ -101,7 +38,7 @@ void add_seam(std::vector<labelled_area>* found, const std::vector<RECT>& monito
 // pixel without a monitor.
 std::vector<labelled_area> areas_over_seams() {
   const std::vector<RECT> monitors = monitor_areas();
-  const RECT desktop = united(monitors);
+  const RECT desktop = desktop_of(monitors);
   std::vector<labelled_area> found;
   for (size_t a = 0; a < monitors.size(); ++a) {
     for (size_t b = a + 1; b < monitors.size(); ++b) add_seam(&found, monitors, a, b);
@@ -117,7 +54,7 @@ std::vector<labelled_area> areas_over_seams() {
 // Over each edge of the desktop, from the last of the monitors that lie at it.
 std::vector<labelled_area> areas_over_edges() {
   const std::vector<RECT> monitors = monitor_areas();
-  const RECT desktop = united(monitors);
+  const RECT desktop = desktop_of(monitors);
   std::vector<labelled_area> found = {{"left", {}}, {"top", {}}, {"right", {}}, {"bottom", {}}};
   for (const RECT& at : monitors) {
     const LONG x = at.left + 60, y = at.top + 60, right = at.right - 40, bottom = at.bottom - 50;
@@ -133,26 +70,20 @@ place place_of(const RECT& area) {
   return {area.left, area.top, area.right - area.left, area.bottom - area.top};
 }
 
-// From each place to the next by steps, which changes its size too.
-void go_over(const std::vector<labelled_area>& areas, int first_number) {
-  const gl_window window = make_window(place_of(areas[0].area));
-  check_shares(window.hwnd);
-  for (size_t i = 0; i < areas.size(); ++i) {
-    if (i > 0) travel(window, place_of(areas[i - 1].area), place_of(areas[i].area), 6);
-    check_shares(window.hwnd);
-    paint_and_show(window, first_number + static_cast<int>(i), areas[i].name.c_str());
-  }
-  destroy_window(window);
+void go_over(const std::vector<labelled_area>& areas) {
+  std::vector<stop> stops;
+  for (const labelled_area& each : areas) stops.push_back({each.name, place_of(each.area)});
+  visit(stops, 6);
 }
 
 void over_monitors() {
   begin_scene(__func__);
-  go_over(areas_over_seams(), 0);
+  go_over(areas_over_seams());
 }
 
 void over_the_desktops_edges() {
   begin_scene(__func__);
-  go_over(areas_over_edges(), 1);
+  go_over(areas_over_edges());
 }
 
 }  // namespace

@@ -1,10 +1,16 @@
 // Windows that are nowhere for a while, or somebody else's, and come back.
+#include "layout.h"
 #include "painting.h"
 #include "travelling.h"
 
 namespace {
 
 constexpr place over_all = {560, 270, 501, 377};  // over 800,450
+
+void look(const gl_window& window, int number, const char* step) {
+  check_layout(window.hwnd);
+  paint_and_show(window, number, step);
+}
 
 // Frames of a window in which nothing can be painted.
 void swap_frames(const gl_window& window, int count) {
@@ -18,17 +24,17 @@ void swap_frames(const gl_window& window, int count) {
 void emptied_window() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
-  paint_and_show(window, 1, "made");
+  look(window, 1, "made");
   move_window(window.hwnd, {over_all.left, over_all.top, 0, 0});
   swap_frames(window, 3);
   move_window(window.hwnd, over_all);
-  paint_and_show(window, 2, "back");
+  look(window, 2, "back");
   move_window(window.hwnd, {620, 300, 0, 290});
   swap_frames(window, 1);
   move_window(window.hwnd, {620, 300, 390, 0});
   swap_frames(window, 1);
   move_window(window.hwnd, {620, 300, 390, 290});
-  paint_and_show(window, 3, "of another size");
+  look(window, 3, "of another size");
   destroy_window(window);
 }
 
@@ -38,7 +44,7 @@ void window_made_empty() {
   const gl_window window = make_window({700, 400, 0, 0});
   swap_frames(window, 2);
   travel(window, {700, 400, 20, 20}, over_all, 4);
-  paint_and_show(window, 1, "grown");
+  look(window, 1, "grown");
   destroy_window(window);
 }
 
@@ -50,24 +56,24 @@ void show_as(const gl_window& window, int command) {
 void minimised_window() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
-  paint_and_show(window, 1, "made");
+  look(window, 1, "made");
   show_as(window, SW_MINIMIZE);
   CHECK(IsIconic(window.hwnd));
   swap_frames(window, 3);
   show_as(window, SW_RESTORE);
-  paint_and_show(window, 2, "restored");
+  look(window, 2, "restored");
   show_as(window, SW_MAXIMIZE);
   CHECK(IsZoomed(window.hwnd));
   const place largest = client_place(window.hwnd);
   note("maximised: %d,%d %dx%d", largest.left, largest.top, largest.width, largest.height);
-  paint_and_show(window, 3, "maximised");
+  look(window, 3, "maximised");
   show_as(window, SW_MINIMIZE);
   swap_frames(window, 3);
   show_as(window, SW_RESTORE);
   CHECK(IsZoomed(window.hwnd));
-  paint_and_show(window, 4, "maximised again");
+  look(window, 4, "maximised again");
   show_as(window, SW_RESTORE);
-  paint_and_show(window, 5, "as it was");
+  look(window, 5, "as it was");
   destroy_window(window);
 }
 
@@ -76,7 +82,7 @@ void window_off_the_desktop() {
   begin_scene(__func__);
   place at = over_all;
   const gl_window window = make_window(at);
-  paint_and_show(window, 0, "made");
+  look(window, 0, "made");
   const struct {
     const char* back;
     place off;
@@ -91,7 +97,7 @@ void window_off_the_desktop() {
     paint_frames(window, 2);
     at = {over_all.left - 13 * number, over_all.top + 9 * number, over_all.width, over_all.height};
     travel(window, side.off, at, 5);
-    paint_and_show(window, number++, side.back);
+    look(window, number++, side.back);
   }
   destroy_window(window);
 }
@@ -103,7 +109,7 @@ void window_made_off_the_desktop() {
   paint_frames(window, 2);
   pump(30);
   move_window(window.hwnd, over_all);
-  paint_and_show(window, 1, "moved in");
+  look(window, 1, "moved in");
   destroy_window(window);
 }
 
@@ -119,20 +125,21 @@ void window_of_another_frame() {
   begin_scene(__func__);
   const HWND first = make_frame({90, 60, 560, 430}), second = make_frame({690, 330, 620, 510});
   const gl_window window = make_window({50, 60, 430, 310}, first);
-  paint_and_show(window, 1, "in the first");
+  look(window, 1, "in the first");
   set_parent(window.hwnd, second, {40, 30, 450, 330});
-  paint_and_show(window, 2, "in the second");
+  look(window, 2, "in the second");
   show_frame(second, "second");
   show_frame(first, "first without");
   move_window(second, {520, 180, 620, 510});
+  // A frame that the window had not at its first binding is not followed: the parts keep their places in the window.
   paint_and_show(window, 3, "second moved");
   show_frame(second, "second after its move");
   set_parent(window.hwnd, nullptr, over_all);
-  paint_and_show(window, 4, "alone");
+  look(window, 4, "alone");
   move_window(window.hwnd, {610, 240, 470, 390});
-  paint_and_show(window, 5, "alone, moved");
+  look(window, 5, "alone, moved");
   set_parent(window.hwnd, first, {20, 40, 480, 350});
-  paint_and_show(window, 6, "in the first again");
+  look(window, 6, "in the first again");
   show_frame(first, "first again");
   destroy_window(window);
   CHECK(DestroyWindow(second));
@@ -147,7 +154,7 @@ void window_in_a_frame_that_travels() {
   const HWND panel = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 20, 30, 1000, 700, frame,
                                      nullptr, GetModuleHandleA(nullptr), nullptr);
   const gl_window window = make_window({10, 20, 400, 280}, panel);
-  paint_and_show(window, 0, "made");
+  look(window, 0, "made");
   const struct {
     const char *window, *frame;
     place at;
@@ -169,7 +176,7 @@ void window_in_a_frame_that_travels() {
       pump(0);
     }
     from = stop.at;
-    if (stop.window) paint_and_show(window, number, stop.window);
+    if (stop.window) look(window, number, stop.window);
     if (!stop.window) paint(window.hwnd, number);
     if (!stop.window) CHECK(SwapBuffers(window.hdc));
     show_frame(frame, stop.frame);

@@ -1,5 +1,6 @@
 #include "travelling.h"
 
+#include "layout.h"
 #include "painting.h"
 
 void paint_frames(const gl_window& window, int count) {
@@ -19,12 +20,12 @@ void travel(const gl_window& window, const place& from, const place& to, int ste
   }
 }
 
-void visit(const std::vector<stop>& stops) {
+void visit(const std::vector<stop>& stops, int steps) {
   const gl_window window = make_window(stops[0].at);
-  paint_and_show(window, 0, stops[0].name);
-  for (size_t i = 1; i < stops.size(); ++i) {
-    travel(window, stops[i - 1].at, stops[i].at, 12);
-    paint_and_show(window, static_cast<int>(i), stops[i].name);
+  for (size_t i = 0; i < stops.size(); ++i) {
+    if (i > 0) travel(window, stops[i - 1].at, stops[i].at, steps);
+    check_layout(window.hwnd);
+    paint_and_show(window, static_cast<int>(i), stops[i].name.c_str());
   }
   destroy_window(window);
 }

@@ -1,6 +1,7 @@
 // Windows that go from place to place while they are drawn to.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "window.h"
@@ -12,9 +13,10 @@ void paint_frames(const gl_window& window, int count);
 void travel(const gl_window& window, const place& from, const place& to, int steps);
 
 struct stop {
-  const char* name;  // of the step
+  std::string name;  // of the step
   place at;
 };
 
-// Makes a window at the first stop and takes it to all the others, with a picture shown at each.
-void visit(const std::vector<stop>& stops);
+// Makes a window at the first stop and takes it to all the others, each in so many steps. At each stop its parts must
+// lie where they should, and a picture is shown.
+void visit(const std::vector<stop>& stops, int steps = 12);
