@@ -5,6 +5,7 @@
 
 #include "host.h"
 #include "sent_messages.h"
+#include "window_order.h"
 #include "window_thread.h"
 
 namespace {
@@ -110,68 +111,14 @@ void clip(HWND hwnd, const placement& wanted) {
   SetWindowRgn(hwnd, EqualRect(&wanted.part, &whole) ? nullptr : CreateRectRgnIndirect(&wanted.part), TRUE);
 }
 
-// Wine moves a window to the front on the X server, and nowhere else; and when it brings a top window to the front with
-// all that it owns, it moves one of them there. So the windows above an owner are moved to the front one by one, from
-// the lowest up: first the stand-ins, those for children of children last, and then the application's own, dialogs and
-// the like.
-constexpr int most_raised = 64;
-
-struct raised_windows {
-  HWND hwnd[most_raised];
-  int depth[most_raised];  // of the child among its ancestors
-  int count;
-};
-
-int depth_of(HWND child) {
-  int depth = 0;
-  while ((child = GetAncestor(child, GA_PARENT)) != nullptr) ++depth;
-  return depth;
-}
-
-// Behind those of its depth, before the deeper ones.
-void insert(raised_windows* list, HWND hwnd, int depth) {
-  if (list->count == most_raised) return;
-  int at = list->count++;
-  for (; at > 0 && list->depth[at - 1] > depth; --at) {
-    list->hwnd[at] = list->hwnd[at - 1];
-    list->depth[at] = list->depth[at - 1];
-  }
-  list->hwnd[at] = hwnd;
-  list->depth[at] = depth;
-}
-
-bool is_owned_by(HWND hwnd, HWND owner) {
-  while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
-  return hwnd != nullptr;
-}
-
-// Whether no other window lies over the owner, above which nothing of it may come.
-bool is_foremost(HWND owner) {
-  RECT place, other, common;
-  GetWindowRect(owner, &place);
-  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
-    if (!IsWindowVisible(at) || is_owned_by(at, owner)) continue;
-    GetWindowRect(at, &other);
-    if (IntersectRect(&common, &place, &other)) return false;
-  }
-  return true;
-}
-
-constexpr UINT order_alone = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER;
-
-void move_to_front(const raised_windows& list, UINT flags) {
-  for (int i = 0; i < list.count; ++i) SetWindowPos(list.hwnd[i], HWND_TOP, 0, 0, 0, 0, order_alone | flags);
-}
-
 void raise_stand_ins(HWND owner) {
   raised_windows list = {};
   // Those that have only now come to the owner may lie under it.
   for (HWND at = GetWindow(owner, GW_HWNDLAST); at != nullptr; at = GetWindow(at, GW_HWNDPREV)) {
     const stand_in* s = find_by_window(at);
-    if (s != nullptr && s->owner == owner && s->now.visible) insert(&list, at, depth_of(s->child));
+    if (s != nullptr && s->owner == owner && s->now.visible) add_raised(&list, at, depth_of(s->child));
   }
-  // Wine leaves a window alone that is in front by its own order, whatever the X server's is.
-  if (list.count == 1) SetWindowPos(list.hwnd[0], owner, 0, 0, 0, 0, order_alone);
+  leave_front(list, owner);
   move_to_front(list, 0);
 }
 
@@ -179,7 +126,7 @@ void raise_stand_ins(HWND owner) {
 void raise_others(HWND owner) {
   raised_windows list = {};
   for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
-    if (IsWindowVisible(at) && find_by_window(at) == nullptr && is_owned_by(at, owner)) insert(&list, at, 0);
+    if (IsWindowVisible(at) && find_by_window(at) == nullptr && is_owned_by(at, owner)) add_raised(&list, at, 0);
   }
   move_to_front(list, SWP_ASYNCWINDOWPOS);
 }

@@ -1,0 +1,48 @@
+#include "window_order.h"
+
+namespace {
+
+constexpr UINT order_alone = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER;
+
+}  // namespace
+
+int depth_of(HWND child) {
+  int depth = 0;
+  while ((child = GetAncestor(child, GA_PARENT)) != nullptr) ++depth;
+  return depth;
+}
+
+void add_raised(raised_windows* list, HWND hwnd, int depth) {
+  if (list->count == most_raised) return;
+  int at = list->count++;
+  for (; at > 0 && list->depth[at - 1] > depth; --at) {
+    list->hwnd[at] = list->hwnd[at - 1];
+    list->depth[at] = list->depth[at - 1];
+  }
+  list->hwnd[at] = hwnd;
+  list->depth[at] = depth;
+}
+
+void move_to_front(const raised_windows& list, UINT flags) {
+  for (int i = 0; i < list.count; ++i) SetWindowPos(list.hwnd[i], HWND_TOP, 0, 0, 0, 0, order_alone | flags);
+}
+
+void leave_front(const raised_windows& list, HWND owner) {
+  if (list.count == 1) SetWindowPos(list.hwnd[0], owner, 0, 0, 0, 0, order_alone);
+}
+
+bool is_owned_by(HWND hwnd, HWND owner) {
+  while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
+  return hwnd != nullptr;
+}
+
+bool is_foremost(HWND owner) {
+  RECT place, other, common;
+  GetWindowRect(owner, &place);
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+    if (!IsWindowVisible(at) || is_owned_by(at, owner)) continue;
+    GetWindowRect(at, &other);
+    if (IntersectRect(&common, &place, &other)) return false;
+  }
+  return true;
+}
