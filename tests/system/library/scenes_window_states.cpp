@@ -48,8 +48,8 @@ void window_made_empty() {
   destroy_window(window);
 }
 
-void show_as(const gl_window& window, int command) {
-  ShowWindow(window.hwnd, command);
+void show_as(HWND hwnd, int command) {
+  ShowWindow(hwnd, command);
   pump(0);
 }
 
@@ -57,24 +57,47 @@ void minimised_window() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
   look(window, 1, "made");
-  show_as(window, SW_MINIMIZE);
+  show_as(window.hwnd, SW_MINIMIZE);
   CHECK(IsIconic(window.hwnd));
   swap_frames(window, 3);
-  show_as(window, SW_RESTORE);
+  show_as(window.hwnd, SW_RESTORE);
   look(window, 2, "restored");
-  show_as(window, SW_MAXIMIZE);
+  show_as(window.hwnd, SW_MAXIMIZE);
   CHECK(IsZoomed(window.hwnd));
   const place largest = client_place(window.hwnd);
   note("maximised: %d,%d %dx%d", largest.left, largest.top, largest.width, largest.height);
   look(window, 3, "maximised");
-  show_as(window, SW_MINIMIZE);
+  show_as(window.hwnd, SW_MINIMIZE);
   swap_frames(window, 3);
-  show_as(window, SW_RESTORE);
+  show_as(window.hwnd, SW_RESTORE);
   CHECK(IsZoomed(window.hwnd));
   look(window, 4, "maximised again");
-  show_as(window, SW_RESTORE);
+  show_as(window.hwnd, SW_RESTORE);
   look(window, 5, "as it was");
   destroy_window(window);
+}
+
+// The window within knows nothing of it.
+void minimised_frame() {
+  begin_scene(__func__);
+  const HWND frame = make_frame({500, 200, 600, 500});
+  const gl_window window = make_window({50, 60, 430, 310}, frame);
+  look(window, 1, "made");
+  show_as(frame, SW_MINIMIZE);
+  paint_frames(window, 2);
+  show_as(frame, SW_RESTORE);
+  look(window, 2, "restored");
+  show_frame(frame, "frame restored");
+  show_as(frame, SW_HIDE);
+  paint_frames(window, 2);
+  move_window(frame, {430, 260, 620, 480});
+  show_as(frame, SW_SHOWNA);
+  look(window, 3, "shown");
+  show_frame(frame, "frame shown");
+  show_as(frame, SW_MAXIMIZE);
+  look(window, 4, "frame at its largest");
+  destroy_window(window);
+  CHECK(DestroyWindow(frame));
 }
 
 // Outside of all parts, on each side, with frames there and on the way.
@@ -192,6 +215,7 @@ const scene_group window_state_scenes = {"window_states",
                                          {{"emptied_window", emptied_window},
                                           {"window_made_empty", window_made_empty},
                                           {"minimised_window", minimised_window},
+                                          {"minimised_frame", minimised_frame},
                                           {"window_off_the_desktop", window_off_the_desktop},
                                           {"window_made_off_the_desktop", window_made_off_the_desktop},
                                           {"window_of_another_frame", window_of_another_frame},
