@@ -191,17 +191,17 @@ void window_in_a_frame_that_travels() {
   int number = 1;
   for (const auto& stop : stops) {
     for (int i = 1; i <= 6; ++i) {
-      move_window(frame, {from.left + (stop.at.left - from.left) * i / 6, from.top + (stop.at.top - from.top) * i / 6,
-                          from.width + (stop.at.width - from.width) * i / 6,
-                          from.height + (stop.at.height - from.height) * i / 6});
+      move_window(frame, on_the_way(from, stop.at, i, 6));
       if (i == 3) move_window(window.hwnd, {10, 20, stop.width, stop.height});
       paint_frames(window, 1);
       pump(0);
     }
     from = stop.at;
-    if (stop.window) look(window, number, stop.window);
-    if (!stop.window) paint(window.hwnd, number);
-    if (!stop.window) CHECK(SwapBuffers(window.hdc));
+    if (stop.window) {
+      look(window, number, stop.window);
+    } else {
+      paint_frames(window, 1);
+    }
     show_frame(frame, stop.frame);
     ++number;
   }

@@ -10,11 +10,15 @@ void paint_frames(const gl_window& window, int count) {
   }
 }
 
+place on_the_way(const place& from, const place& to, int step, int steps) {
+  const auto between = [=](int first, int last) { return first + (last - first) * step / steps; };
+  return {between(from.left, to.left), between(from.top, to.top), between(from.width, to.width),
+          between(from.height, to.height)};
+}
+
 void travel(const gl_window& window, const place& from, const place& to, int steps) {
   for (int i = 1; i <= steps; ++i) {
-    move_window(window.hwnd, {from.left + (to.left - from.left) * i / steps, from.top + (to.top - from.top) * i / steps,
-                              from.width + (to.width - from.width) * i / steps,
-                              from.height + (to.height - from.height) * i / steps});
+    move_window(window.hwnd, on_the_way(from, to, i, steps));
     paint_frames(window, 1);
     pump(0);
   }

@@ -9,6 +9,9 @@
 // Frames without a look at them.
 void paint_frames(const gl_window& window, int count);
 
+// The place after `step` of `steps` equal steps on the way.
+place on_the_way(const place& from, const place& to, int step, int steps);
+
 // Goes there in steps, with a frame at each.
 void travel(const gl_window& window, const place& from, const place& to, int steps);
 
