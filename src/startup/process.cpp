@@ -16,6 +16,7 @@
 #include "startup/shared.h"
 #include "startup/thread_life.h"
 #include "threaded/threaded_table.h"
+#include "wgl/child_windows.h"
 #include "wgl/glrc.h"
 #include "wgl/main_table.h"
 #include "wgl/pbuffer.h"
@@ -51,6 +52,7 @@ void make_locks() {
   InitializeCriticalSection(&__osw_worker_arg_lock);
   InitializeCriticalSection(&spare_lock);
   InitializeCriticalSection(&__osw_mapping_lock);
+  InitializeCriticalSection(&__osw_class_lock);
 }
 
 void identify_process() {
@@ -124,6 +126,7 @@ void detach_process(bool process_ends) {
   DeleteCriticalSection(&__osw_thread_state_lock);
   DeleteCriticalSection(&__osw_worker_arg_lock);
   DeleteCriticalSection(&__osw_mapping_lock);
+  DeleteCriticalSection(&__osw_class_lock);
 }
 
 }  // namespace

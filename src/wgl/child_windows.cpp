@@ -6,6 +6,8 @@
 #include "wgl/follow.h"
 #include "wgl/layout.h"
 
+CRITICAL_SECTION __osw_class_lock;
+
 namespace {
 
 constexpr char glrc_class[] = "__osw_glrc_window";
@@ -29,7 +31,10 @@ bool register_class(const char* name) {
   window_class.lpfnWndProc = default_procedure;
   window_class.hInstance = relaxed_load(__osw_hinstance);
   window_class.lpszClassName = name;
-  return RegisterClassA(&window_class) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+  EnterCriticalSection(&__osw_class_lock);
+  const bool registered = RegisterClassA(&window_class) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+  LeaveCriticalSection(&__osw_class_lock);
+  return registered;
 }
 
 bool __osw_register_glrc_window_class() {

@@ -4,6 +4,10 @@
 
 #include "wgl/window_mapping.h"
 
+// Held while a window class is registered. Some platforms say of a class that another thread is registering that it
+// exists, and then do not find it. Made and deleted with the process.
+extern CRITICAL_SECTION __osw_class_lock;
+
 // Makes a hidden window of `width` by `height` pixels on part `part`'s monitor and sets its pixel format: `format`, or
 // that of `hdc` when `format` is 0. Result: the window's device context, or null after a failure that a message box has
 // shown. The caller destroys it with `__osw_destroy_hidden_dc`, on the same thread.

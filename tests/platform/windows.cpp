@@ -1,6 +1,7 @@
 // Windows: their classes, their making and end, their properties and longs.
 #include <algorithm>
 #include <cctype>
+#include <thread>
 
 #include "platform/process.h"
 #include "state.h"
@@ -14,6 +15,8 @@ std::map<HWND, window_record> window_table;
 namespace {
 
 std::vector<class_facts> classes;
+std::vector<std::string> classes_on_the_way;
+bool registers_slowly;
 UINT_PTR last_handle = 0x20000;
 
 constexpr DWORD error_child_without_parent = 1406;
@@ -28,6 +31,10 @@ const class_facts* find_class(const std::string& name) {
     if (_stricmp(known.name.c_str(), name.c_str()) == 0) return &known;
   }
   return nullptr;
+}
+
+bool is_on_the_way(const std::string& name) {
+  return std::ranges::find(classes_on_the_way, name) != classes_on_the_way.end();
 }
 
 // With the lock held.
@@ -248,6 +255,13 @@ void reset_windows() {
   const std::lock_guard guard(window_lock);
   window_table.clear();
   classes.clear();
+  classes_on_the_way.clear();
+  registers_slowly = false;
+}
+
+void register_classes_slowly() {
+  const std::lock_guard guard(window_lock);
+  registers_slowly = true;
 }
 
 }  // namespace platform
@@ -256,10 +270,16 @@ using namespace platform;
 
 extern "C" ATOM RegisterClassA(const WNDCLASSA* window_class) {
   if (ordered_to_fail("RegisterClassA")) return 0;
-  const std::lock_guard guard(window_lock);
-  if (find_class(window_class->lpszClassName) != nullptr) {
+  std::unique_lock guard(window_lock);
+  if (find_class(window_class->lpszClassName) != nullptr || is_on_the_way(window_class->lpszClassName)) {
     SetLastError(ERROR_CLASS_ALREADY_EXISTS);
     return 0;
+  }
+  if (registers_slowly) {
+    classes_on_the_way.push_back(window_class->lpszClassName);
+    guard.unlock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    guard.lock();
   }
   classes.push_back(
       {window_class->lpszClassName, window_class->style, window_class->lpfnWndProc, window_class->hInstance});

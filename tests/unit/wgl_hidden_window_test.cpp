@@ -115,6 +115,18 @@ TEST_F(wgl_hidden_window_test, the_class_is_registered_at_each_use) {
   ASSERT_NE(classes[0].procedure, nullptr);
 }
 
+TEST_F(wgl_hidden_window_test, threads_that_register_the_classes_at_once_find_them) {
+  library::start();
+  platform::register_classes_slowly();
+  library::run_on_new_threads(3, [] {
+    const library::app_window window = library::open_window();
+    const HGLRC context = osw_wglCreateContext(window.hdc);
+    EXPECT_NE(context, nullptr);
+    EXPECT_TRUE(osw_wglMakeCurrent(window.hdc, context));
+    EXPECT_EQ(platform::children_of(window.hwnd).size(), static_cast<std::size_t>(__osw_part_count));
+  });
+}
+
 TEST_F(wgl_hidden_window_test, without_a_window_both_failures_are_shown) {
   expects_message_boxes = true;
   library::start();

@@ -78,6 +78,9 @@ struct class_facts {
 };
 std::vector<class_facts> window_classes();
 
+// From now on a class that another thread is registering exists and cannot be found for some milliseconds.
+void register_classes_slowly();
+
 // ---- messages ----
 
 enum class delivery { direct, waited, posted };
