@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "painting.h"
+#include "threads.h"
 // The last, for it needs windows.h.
 #include <GL/wglext.h>
 
@@ -376,6 +377,37 @@ void pbuffer_as_texture() {
   destroy_window(window);
 }
 
+DWORD draw_on_thread(void* argument) {
+  const auto* drawn = static_cast<const pbuffer*>(argument);
+  make_current(*drawn);
+  draw_scene(55);
+  begin_texture(GL_TEXTURE_2D);
+  glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 20, 30, 128, 128, 0);
+  note_texture(GL_TEXTURE_2D, 128 * 128, "image on the thread");
+  CHECK(wglMakeCurrent(nullptr, nullptr));
+  return 0;
+}
+
+// Another thread than the window's fills a texture by way of a pbuffer.
+void pbuffer_on_a_thread() {
+  begin_scene(__func__);
+  const gl_window window = make_window(over_all);
+  const pbuffer_entries wgl = find_entries();
+  pbuffer drawn = make_pbuffer(wgl, window.hdc, find_format(wgl, window.hdc));
+  CHECK(wglShareLists(window.context, drawn.context));
+  paint_and_show(window, 1, "before");
+  join_thread(start_thread(draw_on_thread, &drawn));
+  paint(window.hwnd, 2);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  draw_textured(256, 140, 256 + 128, 140 + 128);
+  show(window, "with the thread's texture");
+  make_current(drawn);
+  note_pbuffer("taken over");
+  make_current(window);
+  destroy_pbuffer(wgl, drawn);
+  destroy_window(window);
+}
+
 // So many have a record in the library; the others have no device context when spanned.
 constexpr size_t records = 64;
 
@@ -458,5 +490,6 @@ const scene_group pbuffer_scenes = {"pbuffers",
                                      {"one_context_for_window_and_pbuffer", one_context_for_window_and_pbuffer},
                                      {"pbuffer_copied", pbuffer_copied},
                                      {"pbuffer_as_texture", pbuffer_as_texture},
+                                     {"pbuffer_on_a_thread", pbuffer_on_a_thread},
                                      {"many_pbuffers", many_pbuffers},
                                      {"pbuffer_destroyed_while_current", pbuffer_destroyed_while_current}}};

@@ -23,14 +23,18 @@ LRESULT CALLBACK gl_procedure(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpa
   }
 }
 
+// Wine says of a class that another thread is just registering that it is there, and then does not find it.
 void register_class(const char* name, WNDPROC procedure, UINT style, HBRUSH background) {
+  static SRWLOCK lock = SRWLOCK_INIT;
   WNDCLASSA window_class = {};
   window_class.style = style;
   window_class.lpfnWndProc = procedure;
   window_class.hInstance = GetModuleHandleA(nullptr);
   window_class.hbrBackground = background;
   window_class.lpszClassName = name;
+  AcquireSRWLockExclusive(&lock);
   RegisterClassA(&window_class);
+  ReleaseSRWLockExclusive(&lock);
 }
 
 HWND create(const char* name, DWORD style, const place& at, HWND parent) {
