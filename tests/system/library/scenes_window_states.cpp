@@ -48,7 +48,21 @@ void window_made_empty() {
   destroy_window(window);
 }
 
+// A pixel is read when all that was drawn before has been.
+void await_drawn() {
+  GLubyte pixel[4];
+  glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+}
+
+// Xlib waits for ever when Wine makes the image of a plain window that has got another size while another thread draws
+// and is told of an error, as of Wine's device contexts without a drawable. So nothing is being drawn meanwhile.
+void resize_frame(HWND frame, const place& at) {
+  await_drawn();
+  move_window(frame, at);
+}
+
 void show_as(HWND hwnd, int command) {
+  await_drawn();
   ShowWindow(hwnd, command);
   pump(0);
 }
@@ -90,7 +104,7 @@ void minimised_frame() {
   show_frame(frame, "frame restored");
   show_as(frame, SW_HIDE);
   paint_frames(window, 2);
-  move_window(frame, {430, 260, 620, 480});
+  resize_frame(frame, {430, 260, 620, 480});
   show_as(frame, SW_SHOWNA);
   look(window, 3, "shown");
   show_frame(frame, "frame shown");
@@ -191,7 +205,7 @@ void window_in_a_frame_that_travels() {
   int number = 1;
   for (const auto& stop : stops) {
     for (int i = 1; i <= 6; ++i) {
-      move_window(frame, on_the_way(from, stop.at, i, 6));
+      resize_frame(frame, on_the_way(from, stop.at, i, 6));
       if (i == 3) move_window(window.hwnd, {10, 20, stop.width, stop.height});
       paint_frames(window, 1);
       pump(0);
