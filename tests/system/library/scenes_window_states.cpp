@@ -62,9 +62,13 @@ void resize_frame(HWND frame, const place& at) {
 }
 
 void show_as(HWND hwnd, int command) {
-  await_drawn();
   ShowWindow(hwnd, command);
   pump(0);
+}
+
+void show_frame_as(HWND frame, int command) {
+  await_drawn();
+  show_as(frame, command);
 }
 
 void minimised_window() {
@@ -97,18 +101,18 @@ void minimised_frame() {
   const HWND frame = make_frame({500, 200, 600, 500});
   const gl_window window = make_window({50, 60, 430, 310}, frame);
   look(window, 1, "made");
-  show_as(frame, SW_MINIMIZE);
+  show_frame_as(frame, SW_MINIMIZE);
   paint_frames(window, 2);
-  show_as(frame, SW_RESTORE);
+  show_frame_as(frame, SW_RESTORE);
   look(window, 2, "restored");
   show_frame(frame, "frame restored");
-  show_as(frame, SW_HIDE);
+  show_frame_as(frame, SW_HIDE);
   paint_frames(window, 2);
   resize_frame(frame, {430, 260, 620, 480});
-  show_as(frame, SW_SHOWNA);
+  show_frame_as(frame, SW_SHOWNA);
   look(window, 3, "shown");
   show_frame(frame, "frame shown");
-  show_as(frame, SW_MAXIMIZE);
+  show_frame_as(frame, SW_MAXIMIZE);
   look(window, 4, "frame at its largest");
   destroy_window(window);
   CHECK(DestroyWindow(frame));
