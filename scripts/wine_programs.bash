@@ -3,11 +3,10 @@
 # and wine.bash. The form of a list stands at the top of tests/system/tests.list.
 
 # run_wine_programs LIST FOLDER PREFIX [NAME...]: runs the programs of the list, or those named, and prints for each its
-# name and "passed" or what went wrong. What a program printed is in FOLDER/NAME.log.
+# name and "passed" or what went wrong. What a program printed is in FOLDER/NAME.log, which is empty before. Several may
+# run one list into one folder at once, each in a prefix of its own: who takes a program first runs it.
 run_wine_programs() {
   local list=$1 folder=$2 monitors="" path=0
-  rm -rf "$folder"
-  mkdir -p "$folder"
   begin_wine "$3"
   unmanage test_pictures.exe reference.exe
   shift 3
@@ -17,6 +16,7 @@ run_wine_programs() {
     read -r name <<<"$name"
     case $name in "" | \#*) continue ;; esac
     if [ $# -gt 0 ] && [[ " $* " != *" $name "* ]]; then continue; fi
+    mkdir "$folder/$name.taken" 2>/dev/null || continue
     wanted=${wanted// /}
     if [ "$wanted" != "$monitors" ]; then
       monitors=$wanted
