@@ -21,7 +21,12 @@ void swap_frames(const gl_window& window, int count) {
   pump(0);
 }
 
-// Wine alone draws the first frame after a resize in the old size if the X server has not yet heard of it.
+// Wine alone draws the first frame after a resize in the old size if the X server has not yet heard of it. Over parts
+// it has to be right.
+void let_wine_resize(const gl_window& window) {
+  if (expected_parts() == 0) swap_frames(window, 2);
+}
+
 void emptied_window() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
@@ -29,14 +34,14 @@ void emptied_window() {
   move_window(window.hwnd, {over_all.left, over_all.top, 0, 0});
   swap_frames(window, 3);
   move_window(window.hwnd, over_all);
-  swap_frames(window, 2);
+  let_wine_resize(window);
   look(window, 2, "back");
   move_window(window.hwnd, {620, 300, 0, 290});
   swap_frames(window, 1);
   move_window(window.hwnd, {620, 300, 390, 0});
   swap_frames(window, 1);
   move_window(window.hwnd, {620, 300, 390, 290});
-  swap_frames(window, 2);
+  let_wine_resize(window);
   look(window, 3, "of another size");
   destroy_window(window);
 }
