@@ -146,9 +146,13 @@ row_of_monitors() {
 
 # set_threaded 0|1: whether programs started from now on take the threaded path in any case.
 set_threaded() {
-  timeout -k 5 60 wine "$root/build/windows/oswctl.exe" set OSW_DW_GLDispatchUseMtPath "$1" \
-    >>"$WINEPREFIX.log" 2>&1 8>&- ||
-    die "oswctl set failed, see ${WINEPREFIX#"$root"/}.log"
+  set_option OSW_DW_GLDispatchUseMtPath "$1"
+}
+
+# set_option NAME VALUE: for programs started from now on.
+set_option() {
+  timeout -k 5 60 wine "$root/build/windows/oswctl.exe" set "$1" "$2" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+    die "oswctl set $1 failed, see ${WINEPREFIX#"$root"/}.log"
 }
 
 # end_programs: ends all of the prefix's programs and its server.
