@@ -14,7 +14,7 @@
 
 #include "calls.h"
 #include "dispatch/thread_state.h"
-#include "library.h"
+#include "support/library.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "gl_context.h"
-#include "threaded_call.h"
+#include "support/threaded_call.h"
 
 namespace fuzz {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "gl_context.h"
-#include "library.h"
+#include "support/library.h"
 
 namespace fuzz {
 

@@ -10,8 +10,8 @@
 // - glPushClientAttrib, glPopClientAttrib, glInterleavedArrays, and the EXT names of the pointer calls change nothing.
 #pragma once
 
-#include "op_rows.h"
 #include "pixel_bytes.h"
+#include "support/op_rows.h"
 
 namespace fuzz {
 

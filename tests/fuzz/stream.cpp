@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "pipeline/push.h"
-#include "threaded_call.h"
+#include "support/threaded_call.h"
 #include "wgl/window_mapping.h"
 
 namespace fuzz {

@@ -1,0 +1,231 @@
+// The end of the process while threads of the application and their workers are anywhere in the pipeline. The platform
+// stops them where they are, and the thread that ends the process cleans up alone.
+#include <algorithm>
+
+#include "pipeline/idle.h"
+#include "platform/faults.h"
+#include "startup/monitors.h"
+#include "support/allocation.h"
+#include "support/issuing.h"
+
+namespace {
+
+using namespace issuing;
+
+// How the end finds a thread of the application.
+struct exit_state {
+  const char* name;
+  void (*act)();
+  bool waits;  // its workers are held in a driver call, and it may be held by them
+};
+
+void hold_workers() {
+  const u64 slots[] = {GL_POINTS};
+  __osw_push_gl_cmd(state(), glBegin_op::op, 1, slots, 0);
+}
+
+void replay() {
+  hold_workers();
+  push_hints(5500);
+}
+
+void wait_for_replay() {
+  hold_workers();
+  empty_list();
+}
+
+void wait_for_flip() {
+  hold_workers();
+  push_hints(4999 + 5000);
+}
+
+void release() {
+  osw_wglMakeCurrent(nullptr, nullptr);
+}
+
+void arm_timer() {
+  push_hints(10);
+  __osw_arm_idle_timer(state());
+}
+
+const exit_state replaying = {"replaying", replay, true};
+const exit_state exit_states[] = {{"idle", [] {}, false},
+                                  {"filling", [] { push_hints(100); }, false},
+                                  replaying,
+                                  {"waiting_for_replay", wait_for_replay, true},
+                                  {"waiting_for_the_flip", wait_for_flip, true},
+                                  {"released", release, false},
+                                  {"timer_armed", arm_timer, false}};
+
+struct exit_test : pipeline_test, testing::WithParamInterface<int> {};
+using process_exit_test = pipeline_test;
+
+const exit_state& state_of_test() {
+  return exit_states[exit_test::GetParam()];
+}
+
+// Memory of pipelines, which must be gone in the end.
+struct blocks {
+  std::vector<std::uintptr_t> all;
+};
+
+// Adds the calling thread's.
+void add(blocks& found) {
+  for (const void* block :
+       {static_cast<const void*>(state()), static_cast<const void*>(queue()), static_cast<const void*>(queue()->list_a),
+        static_cast<const void*>(queue()->list_b), static_cast<const void*>(TlsGetValue(__osw_ctrl_slot))}) {
+    if (!block) continue;  // of threads half started
+    found.all.push_back(reinterpret_cast<std::uintptr_t>(block));
+    EXPECT_TRUE(allocation::is_live(found.all.back()));
+  }
+}
+
+// Brings the calling thread there. Its workers have run by then.
+void enter_state(const exit_state& way, blocks& found) {
+  const library::rendering drawn = library::start_rendering();
+  empty_list();
+  DestroyWindow(drawn.window.hwnd);
+  add(found);
+  way.act();
+}
+
+gate_pointer hold_everybody() {
+  auto held = std::make_shared<gate>();
+  driver::on_call<glBegin_op>([held](driver::live_call&) { pass(*held); });
+  return held;
+}
+
+void expect_freed(const blocks& found) {
+  const std::vector<std::uintptr_t> freed = allocation::freed();
+  for (const std::uintptr_t block : found.all) {
+    EXPECT_FALSE(allocation::is_live(block));
+    EXPECT_EQ(std::ranges::count(freed, block), 1);
+  }
+  allocation::stop_watching();
+}
+
+void exit_and_check(const blocks& found) {
+  EXPECT_TRUE(platform::exit_process());
+  EXPECT_EQ(platform::live_threads(), 0);
+  for (const __osw_thread_state* listed : __osw_thread_state_list) EXPECT_EQ(listed, nullptr);
+  for (const __osw_worker_arg* listed : __osw_worker_arg_list) EXPECT_EQ(listed, nullptr);
+  expect_freed(found);
+}
+
+// A thread of the application in the state of the test.
+library::app_thread_pointer start_in_state(blocks& found, const gate_pointer& gate, int held_already) {
+  const library::app_thread_pointer thread = library::start_thread();
+  library::post(thread, [&found] { enter_state(state_of_test(), found); });
+  if (state_of_test().waits) {
+    EXPECT_TRUE(wait_until_held(*gate, held_already + __osw_part_count));
+  } else {
+    library::wait(thread);
+  }
+  return thread;
+}
+
+TEST_P(exit_test, other_threads_are_cleaned_up) {
+  library::start({.parts = 4, .query_on_app_thread = false});
+  const gate_pointer gate = hold_everybody();
+  blocks found;
+  allocation::watch();
+  start_in_state(found, gate, 0);
+  exit_and_check(found);
+}
+
+// Its own workers are stopped by the platform too: it has nobody to wait for.
+TEST_P(exit_test, the_thread_that_ends_the_process_has_a_pipeline_too) {
+  library::start({.parts = 2, .query_on_app_thread = false});
+  const gate_pointer gate = hold_everybody();
+  blocks found;
+  allocation::watch();
+  enter_state(state_of_test().waits ? replaying : state_of_test(), found);
+  const int held = state_of_test().waits ? 2 : 0;
+  ASSERT_TRUE(wait_until_held(*gate, held));
+  start_in_state(found, gate, held);
+  exit_and_check(found);
+}
+
+INSTANTIATE_TEST_SUITE_P(states, exit_test, testing::Range(0, static_cast<int>(std::size(exit_states))),
+                         [](const auto& named) { return std::string(exit_states[named.param].name); });
+
+TEST_F(process_exit_test, with_a_dead_swap_thread_no_exit_command_is_sent) {
+  library::start();
+  library::start_rendering();
+  empty_list();
+  driver::clear_calls();
+  push_hints(10);
+  ASSERT_TRUE(platform::kill_other_threads());
+  allocation::watch();
+  EXPECT_TRUE(platform::exit_process());
+  EXPECT_TRUE(driver::calls_of<glHint_op>().empty());
+  EXPECT_FALSE(allocation::freed().empty());
+  EXPECT_EQ(TlsGetValue(__osw_ctrl_slot), nullptr);
+}
+
+TEST_F(process_exit_test, a_library_that_is_unloaded_ends_its_workers) {
+  library::start({.parts = 4});
+  const library::rendering drawn = library::start_rendering();
+  empty_list();
+  driver::clear_calls();
+  push_hints(10);
+  EXPECT_TRUE(platform::detach_process());
+  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
+}
+
+// The thread of the application lives on, and will not come back to the library.
+TEST_F(process_exit_test, a_library_that_is_unloaded_ends_the_workers_of_other_threads) {
+  library::start({.parts = 4});
+  blocks found;
+  library::rendering drawn;
+  const library::app_thread_pointer thread = library::start_thread();
+  allocation::watch();
+  library::run(thread, [&] {
+    drawn = library::start_rendering();
+    empty_list();
+    driver::clear_calls();
+    DestroyWindow(drawn.window.hwnd);
+    add(found);
+    push_hints(10);
+  });
+  EXPECT_TRUE(platform::detach_process());
+  EXPECT_TRUE(platform::wait_for_live_threads(1)) << "the application's own";
+  for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
+  expect_freed(found);
+  library::end_thread(thread);
+}
+
+// A driver that never comes back must not keep the program from going on.
+TEST_F(process_exit_test, an_unloaded_library_waits_for_its_threads_only_so_long) {
+  library::start({.parts = 1});
+  const library::app_thread_pointer thread = library::start_thread();
+  library::run(thread, [] {
+    const library::rendering drawn = library::start_rendering();
+    empty_list();
+    DestroyWindow(drawn.window.hwnd);
+  });
+  EXPECT_FALSE(__osw_wait_for_threads_to_leave(20)) << "they wait for the next list";
+  library::end_thread(thread);
+  EXPECT_TRUE(__osw_wait_for_threads_to_leave(5000));
+}
+
+TEST_F(process_exit_test, half_started_threads_are_cleaned_up) {
+  expects_message_boxes = true;
+  library::start({.parts = 4});
+  blocks found;
+  allocation::watch();
+  for (int call = 1; call <= 5; ++call) {
+    library::run(library::start_thread(), [call, &found] {
+      platform::fail_call("CreateThread", call);
+      const library::rendering drawn = library::start_rendering();
+      DestroyWindow(drawn.window.hwnd);
+      add(found);
+      const u32 begun = (1u << (call - 1)) - 1;
+      ASSERT_TRUE(wait_for_masks(queue(), [begun](const masks& now) { return now.done == begun; }));
+    });
+  }
+  exit_and_check(found);
+}
+
+}  // namespace

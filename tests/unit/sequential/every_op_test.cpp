@@ -1,0 +1,138 @@
+// Every op on the sequential path: which switches and calls it comes down to, in order, and what it returns.
+#include <algorithm>
+#include <ostream>
+
+#include "dispatch/no_context.h"
+#include "dispatch/thread_state.h"
+#include "support/op_rows.h"
+#include "support/sequential_steps.h"
+
+namespace {
+
+struct sequential_every_op_test : library::process_test, testing::WithParamInterface<int> {
+  void SetUp() override { rendered = sequential::start({.parts = GetParam()}); }
+  library::rendering rendered;
+};
+
+bool is_one_of(int op, std::initializer_list<int> ops) {
+  return std::ranges::find(ops, op) != ops.end();
+}
+
+bool is_copy(int op) {
+  return is_one_of(op, {glCopyPixels_op::op, glCopyTexImage1D_op::op, glCopyTexImage2D_op::op,
+                        glCopyTexSubImage1D_op::op, glCopyTexSubImage2D_op::op, glCopyTexSubImage3D_op::op});
+}
+
+bool is_mapping(int op) {
+  return is_one_of(op, {glMapBuffer_op::op, glMapBufferRange_op::op, glUnmapBuffer_op::op});
+}
+
+bool is_alias(const ops::row& row) {
+  return row.base >= 0;
+}
+
+// Whose body runs.
+const ops::row& body_of(const ops::row& row) {
+  return is_alias(row) ? ops::of(row.base) : row;
+}
+
+bool is_broadcast(const ops::row& body) {
+  return !body.is_driver_op && !is_copy(body.op) && !is_mapping(body.op) && body.op != glReadPixels_op::op;
+}
+
+u64 result_on(int part, int op) {
+  return 0x8100000000000000 + 0x0101010101 * static_cast<u64>(part + 1) + static_cast<u64>(op);
+}
+
+void check_broadcast(const library::rendering& rendered, const ops::row& row) {
+  const driver::argument_bits arguments = ops::distinctive(row);
+  std::vector<sequential::step> expected;
+  const int parts = static_cast<int>(rendered.children.size());
+  for (int part = 0; part < parts; ++part) {
+    const HGLRC child = rendered.children[static_cast<std::size_t>(part)];
+    driver::set_result_in(child, driver::op_space::gl, row.op, result_on(part, row.op));
+    expected.push_back(sequential::switch_to(child));
+    expected.push_back({child, ops::noted(row, arguments)});
+  }
+  expected.push_back(sequential::switch_to(rendered.context));
+  driver::clear_calls();
+  const u64 result = row.call(row.entry, arguments);
+  EXPECT_EQ(sequential::steps(), expected);
+  EXPECT_EQ(result, row.result_size ? ops::result_of(row, result_on(parts - 1, row.op)) : 0);
+}
+
+void check_driver_op(const ops::row& row) {
+  driver::clear_calls();
+  row.call(row.entry, ops::distinctive(row));
+  EXPECT_EQ(sequential::steps(), std::vector<sequential::step>());
+}
+
+TEST_P(sequential_every_op_test, each_part_gets_the_call_after_a_switch_to_it) {
+  for (const ops::row& row : ops::all()) {
+    SCOPED_TRACE(row.name);
+    if (row.is_driver_op) {
+      check_driver_op(row);
+    } else if (is_broadcast(body_of(row))) {
+      check_broadcast(rendered, row);
+    }
+    EXPECT_EQ(__osw_fetch_thread_state()->seq_override, nullptr);
+    EXPECT_EQ(driver::current_binding().switched_to, rendered.context);
+  }
+}
+
+// The five aliases of copies reach their entry with the upload's arguments; the two of mapping are entered once a part.
+TEST_P(sequential_every_op_test, aliases_of_the_exceptions_reach_their_own_entry) {
+  int checked = 0;
+  for (const ops::row& row : ops::all()) {
+    const ops::row& body = body_of(row);
+    if (!is_alias(row) || is_broadcast(body)) continue;
+    SCOPED_TRACE(row.name);
+    ++checked;
+    driver::argument_bits arguments = {};
+    driver::clear_calls();
+    row.call(row.entry, arguments);
+    std::vector<HGLRC> reached;
+    for (const sequential::step& step : sequential::steps()) {
+      if (step.what.space != driver::op_space::gl) continue;
+      EXPECT_NE(step.what.op, body.op);
+      if (step.what.op == row.op) reached.push_back(step.context);
+    }
+    EXPECT_EQ(reached, rendered.children);
+    EXPECT_EQ(__osw_fetch_thread_state()->seq_override, nullptr);
+  }
+  EXPECT_EQ(checked, 7);
+}
+
+INSTANTIATE_TEST_SUITE_P(parts, sequential_every_op_test, testing::Values(1, 2, 4, 16),
+                         [](const auto& instance) { return std::to_string(instance.param); });
+
+struct shape_test : library::process_test {};
+
+TEST_F(shape_test, the_table_has_the_shapes_of_the_list) {
+  library::start();
+  int aliases = 0, copies = 0, mappings = 0, reads = 0, stubs = 0, without_result = 0, with_result = 0;
+  for (const ops::row& row : ops::all()) {
+    const bool stub = __osw_gl_table_seq[row.op] == __osw_void_stub;
+    EXPECT_EQ(stub, row.is_driver_op) << row.name;
+    if (stub) {
+      ++stubs;
+    } else if (is_alias(row)) {
+      ++aliases;
+    } else if (!is_broadcast(row)) {
+      copies += is_copy(row.op);
+      mappings += is_mapping(row.op);
+      reads += row.op == glReadPixels_op::op;
+    } else {
+      ++(row.result_size ? with_result : without_result);
+    }
+  }
+  EXPECT_EQ(without_result, 773);
+  EXPECT_EQ(with_result, 37);
+  EXPECT_EQ(reads, 1);
+  EXPECT_EQ(copies, 6);
+  EXPECT_EQ(mappings, 3);
+  EXPECT_EQ(aliases, 280);
+  EXPECT_EQ(stubs, 2);
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+#include "support/op_rows.h"
+
+#include <cstring>
+#include <utility>
+
+#include "ops/tables.h"
+
+namespace ops {
+
+namespace {
+
+template <class Family>
+constexpr family word_of = family::own;
+template <>
+constexpr family word_of<family_plain> = family::plain;
+template <>
+constexpr family word_of<family_query> = family::query;
+template <int elements>
+constexpr family word_of<vector_family<elements>> = family::vector;
+template <parameter_set set>
+constexpr family word_of<parameters_family<set>> = family::parameters;
+template <>
+constexpr family word_of<family_names> = family::names;
+template <int components>
+constexpr family word_of<uniform_family<components>> = family::uniform;
+template <>
+constexpr family word_of<family_image> = family::image;
+template <>
+constexpr family word_of<family_compressed> = family::compressed;
+template <>
+constexpr family word_of<family_alias> = family::alias;
+
+template <class Base>
+constexpr int number_of = Base::op;
+template <>
+constexpr int number_of<none_op> = -1;
+template <>
+constexpr int number_of<driver_op> = -1;
+
+template <class T>
+constexpr parameter parameter_of() {
+  u32 element_size = 0;
+  bool is_const = false;
+  if constexpr (std::is_pointer_v<T>) {
+    using element = std::remove_pointer_t<T>;
+    is_const = std::is_const_v<element>;
+    if constexpr (std::is_void_v<element>) {
+      element_size = 1;
+    } else {
+      element_size = sizeof(element);
+    }
+  }
+  return {sizeof(T), std::is_pointer_v<T>, std::is_floating_point_v<T>, element_size, is_const};
+}
+
+template <class T>
+T value_of(u64 bits) {
+  T value;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+template <class Type>
+struct prototype;
+template <class Result, class... Parameters>
+struct prototype<Result(Parameters...)> {
+  static constexpr u32 count = sizeof...(Parameters);
+  static constexpr std::array<parameter, driver::most_arguments> parameters = {parameter_of<Parameters>()...};
+  static constexpr u32 result_size = [] {
+    if constexpr (std::is_void_v<Result>) {
+      return 0u;
+    } else {
+      return static_cast<u32>(sizeof(Result));
+    }
+  }();
+  template <std::size_t... indices>
+  static u64 call_at(Result (*function)(Parameters...), [[maybe_unused]] const driver::argument_bits& arguments,
+                     std::index_sequence<indices...>) {
+    if constexpr (std::is_void_v<Result>) {
+      function(value_of<Parameters>(arguments[indices])...);
+      return 0;
+    } else {
+      return driver::bits_of(function(value_of<Parameters>(arguments[indices])...));
+    }
+  }
+  static u64 call(__osw_proc function, const driver::argument_bits& arguments) {
+    return call_at(reinterpret_cast<Result (*)(Parameters...)>(function), arguments,
+                   std::index_sequence_for<Parameters...>());
+  }
+};
+
+template <class Op>
+row row_of(__osw_proc entry) {
+  using type = prototype<typename Op::type>;
+  return {.name = Op::name,
+          .op = Op::op,
+          .base = number_of<typename Op::base>,
+          .is_driver_op = std::is_same_v<typename Op::base, driver_op>,
+          .sync = Op::sync == op_sync::sync,
+          .threaded = word_of<typename Op::threaded>,
+          .count = type::count,
+          .parameters = type::parameters,
+          .result_size = type::result_size,
+          .entry = entry,
+          .call = type::call};
+}
+
+u64 low_bytes(u64 bits, u32 size) {
+  return size >= sizeof bits ? bits : bits & ((u64{1} << (size * 8)) - 1);
+}
+
+}  // namespace
+
+const std::array<row, gl_op_count>& all() {
+#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
+  row_of<function##_op>(__osw_gl_entries[number]),
+  static const std::array<row, gl_op_count> rows = {
+#include "ops/gl_ops.inc"
+  };
+#undef GL_OP
+  return rows;
+}
+
+const row& of(int op) {
+  return all().at(static_cast<std::size_t>(op));
+}
+
+driver::argument_bits distinctive(const row& row) {
+  driver::argument_bits bits = {};
+  for (u32 i = 0; i < row.count; ++i) {
+    const parameter& parameter = row.parameters[i];
+    if (parameter.is_pointer) {
+      bits[i] = 0x7A00000000000000 + 0x1001 * (u64{i} + 1);
+    } else if (!parameter.is_floating) {
+      bits[i] = low_bytes(0x8C95A3B1C7D9E5F3 * (u64{i} + 1), parameter.size);
+    } else if (parameter.size == sizeof(float)) {
+      bits[i] = driver::bits_of(static_cast<float>(i) + 1.25f);
+    } else {
+      bits[i] = driver::bits_of(i + 1.25);
+    }
+  }
+  return bits;
+}
+
+driver::call noted(const row& row, const driver::argument_bits& arguments) {
+  driver::call call;
+  call.op = row.op;
+  call.argument_count = row.count;
+  for (u32 i = 0; i < row.count; ++i) call.arguments[i] = low_bytes(arguments[i], row.parameters[i].size);
+  return call;
+}
+
+u64 result_of(const row& row, u64 bits) {
+  return low_bytes(bits, row.result_size);
+}
+
+}  // namespace ops
