@@ -118,15 +118,36 @@ void choose_map(stream* run, const ops::row& row, const call_shape& shape, drive
 
 void choose_parameters(stream* run, const ops::row& row, const call_shape& shape, driver::argument_bits* arguments) {
   const parameter_set set = set_of(ops::of(row.base >= 0 ? row.base : row.op));
-  constexpr GLenum first_names[] = {2897, 2913, 4608, 5632, 8704, 9472, 10240, 33062, 34891, 4100, 8960, 32870};
+  constexpr GLenum first_names[] = {GL_LIGHT_MODEL_LOCAL_VIEWER,
+                                    GL_FOG_INDEX,
+                                    GL_AMBIENT,
+                                    GL_EMISSION,
+                                    GL_TEXTURE_ENV_MODE,
+                                    GL_TEXTURE_GEN_MODE,
+                                    GL_TEXTURE_MAG_FILTER,
+                                    GL_POINT_SIZE_MIN,
+                                    GL_DEPTH_TEXTURE_MODE,
+                                    GL_TEXTURE_BORDER_COLOR,
+                                    GL_TEXTURE_ENV,
+                                    GL_TEXTURE_PRIORITY};
   const GLenum pname = one_of(&run->random, first_names) + below(&run->random, 6);
   (*arguments)[shape.count_at] = pname;
   (*arguments)[shape.data_at] = data_of(run, u64{values_of(set, pname)} * row.parameters[shape.data_at].element_size);
 }
 
-constexpr GLenum formats[] = {
-    GL_RGB,         GL_RGBA, GL_BGR, GL_BGRA, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RED, 33319, GL_DEPTH_COMPONENT,
-    GL_COLOR_INDEX, 36249,   0x1234, 0};
+constexpr GLenum formats[] = {GL_RGB,
+                              GL_RGBA,
+                              GL_BGR,
+                              GL_BGRA,
+                              GL_LUMINANCE,
+                              GL_LUMINANCE_ALPHA,
+                              GL_RED,
+                              GL_RG,
+                              GL_DEPTH_COMPONENT,
+                              GL_COLOR_INDEX,
+                              GL_RGBA_INTEGER,
+                              0x1234,
+                              0};
 constexpr GLenum types[] = {GL_UNSIGNED_BYTE,
                             GL_UNSIGNED_BYTE,
                             GL_BYTE,
@@ -135,11 +156,11 @@ constexpr GLenum types[] = {GL_UNSIGNED_BYTE,
                             GL_INT,
                             GL_FLOAT,
                             GL_BITMAP,
-                            32818,
-                            33635,
-                            33639,
-                            34042,
-                            36269,
+                            GL_UNSIGNED_BYTE_3_3_2,
+                            GL_UNSIGNED_SHORT_5_6_5,
+                            GL_UNSIGNED_INT_8_8_8_8_REV,
+                            GL_UNSIGNED_INT_24_8,
+                            GL_FLOAT_32_UNSIGNED_INT_24_8_REV,
                             GL_DOUBLE,
                             0};
 
@@ -342,7 +363,7 @@ bool choose_state(stream* run, const ops::row& row, int body, driver::argument_b
 // ---- pointers and draws ----
 
 constexpr GLenum component_types[] = {GL_FLOAT, GL_FLOAT,          GL_DOUBLE, GL_BYTE,         GL_UNSIGNED_BYTE,
-                                      GL_SHORT, GL_UNSIGNED_SHORT, GL_INT,    GL_UNSIGNED_INT, 0x140B,
+                                      GL_SHORT, GL_UNSIGNED_SHORT, GL_INT,    GL_UNSIGNED_INT, GL_HALF_FLOAT,
                                       0x1234};
 
 bool is_pointer_call(int body) {

@@ -421,7 +421,7 @@ u32 component_bytes(GLenum type) {
       return 1;
     case GL_SHORT:
     case GL_UNSIGNED_SHORT:
-    case 0x140B:  // half floats
+    case GL_HALF_FLOAT:
       return 2;
     case GL_INT:
     case GL_UNSIGNED_INT:

@@ -15,30 +15,48 @@ struct type_size {
   bool packed;
 };
 
-constexpr type_size type_sizes[] = {{0x1400, 1, false}, {0x1401, 1, false}, {0x1402, 2, false}, {0x1403, 2, false},
-                                    {0x1404, 4, false}, {0x1405, 4, false}, {0x1406, 4, false}, {0x140B, 2, false},
-                                    {0x1A00, 1, false}, {0x8032, 1, true},  {0x8033, 2, true},  {0x8034, 2, true},
-                                    {0x8035, 4, true},  {0x8036, 4, true},  {0x8362, 1, true},  {0x8363, 2, true},
-                                    {0x8364, 2, true},  {0x8365, 2, true},  {0x8366, 2, true},  {0x8367, 4, true},
-                                    {0x8368, 4, true},  {0x84FA, 4, true},  {0x8C3B, 4, true},  {0x8C3E, 4, true}};
+constexpr type_size type_sizes[] = {{0x1400, 1, false},
+                                    {0x1401, 1, false},
+                                    {0x1402, 2, false},
+                                    {0x1403, 2, false},
+                                    {GL_INT, 4, false},
+                                    {GL_UNSIGNED_INT, 4, false},
+                                    {GL_FLOAT, 4, false},
+                                    {GL_HALF_FLOAT, 2, false},
+                                    {GL_BITMAP, 1, false},
+                                    {GL_UNSIGNED_BYTE_3_3_2, 1, true},
+                                    {GL_UNSIGNED_SHORT_4_4_4_4, 2, true},
+                                    {GL_UNSIGNED_SHORT_5_5_5_1, 2, true},
+                                    {GL_UNSIGNED_INT_8_8_8_8, 4, true},
+                                    {GL_UNSIGNED_INT_10_10_10_2, 4, true},
+                                    {GL_UNSIGNED_BYTE_2_3_3_REV, 1, true},
+                                    {GL_UNSIGNED_SHORT_5_6_5, 2, true},
+                                    {GL_UNSIGNED_SHORT_5_6_5_REV, 2, true},
+                                    {GL_UNSIGNED_SHORT_4_4_4_4_REV, 2, true},
+                                    {GL_UNSIGNED_SHORT_1_5_5_5_REV, 2, true},
+                                    {GL_UNSIGNED_INT_8_8_8_8_REV, 4, true},
+                                    {GL_UNSIGNED_INT_2_10_10_10_REV, 4, true},
+                                    {GL_UNSIGNED_INT_24_8, 4, true},
+                                    {GL_UNSIGNED_INT_10F_11F_11F_REV, 4, true},
+                                    {GL_UNSIGNED_INT_5_9_9_9_REV, 4, true}};
 
 u32 components_of(GLenum format) {
   switch (format) {
-    case 0x1907:
-    case 0x80E0:
-    case 0x8D98:
-    case 0x8D9A:
+    case GL_RGB:
+    case GL_BGR:
+    case GL_RGB_INTEGER:
+    case GL_BGR_INTEGER:
       return 3;
-    case 0x1908:
-    case 0x80E1:
-    case 0x8000:
-    case 0x8D99:
-    case 0x8D9B:
+    case GL_RGBA:
+    case GL_BGRA:
+    case GL_ABGR_EXT:
+    case GL_RGBA_INTEGER:
+    case GL_BGRA_INTEGER:
       return 4;
-    case 0x190A:
-    case 0x8227:
-    case 0x8228:
-    case 0x8D9D:
+    case GL_LUMINANCE_ALPHA:
+    case GL_RG:
+    case GL_RG_INTEGER:
+    case GL_LUMINANCE_ALPHA_INTEGER_EXT:
       return 2;
     default:
       return 1;

@@ -48,7 +48,7 @@ TEST_F(mode_test, the_fast_switch_makes_it_sequential) {
 TEST_F(mode_test, without_the_fast_switch_it_is_threaded) {
   library::start({.way = library::path::sequential, .fast_switch = false});
   library::start_rendering();
-  EXPECT_EQ(__osw_sys_wgl[61], nullptr);
+  EXPECT_EQ(__osw_sys_wgl[wglFastSwitchContextZ4_op::op], nullptr);
   expect_mode(2, __osw_gl_table_mt, true);
 }
 

@@ -4,14 +4,12 @@
 #include <algorithm>
 
 #include "dispatch/thread_state.h"
+#include "support/expected_figures.h"
 #include "support/library.h"
 
 namespace {
 
 struct binding_test : library::process_test {};
-
-constexpr int exported_wgl_ops = 25;
-constexpr int exported_gl_ops = 336;
 
 const std::string error_text = "OGLSPANWrapper Error: ";
 const std::string warning_text = "OGLSPANWrapper Warning: ";
@@ -20,7 +18,7 @@ TEST_F(binding_test, before_a_context_the_exports_are_there) {
   library::start();
   osw_glDebugEntry();
   for (int op = 0; op < wgl_op_count; ++op) {
-    EXPECT_EQ(__osw_sys_wgl[op] != nullptr, op < exported_wgl_ops) << __osw_wgl_names[op];
+    EXPECT_EQ(__osw_sys_wgl[op] != nullptr, op < figures::exported_wgl_ops) << __osw_wgl_names[op];
   }
   EXPECT_TRUE(platform::debug_output().empty());
   EXPECT_EQ(__osw_wgl_bound_done, 0u);
@@ -51,8 +49,8 @@ TEST_F(binding_test, the_pass_through_make_current_completes_them_too) {
   library::start_rendering();
   EXPECT_EQ(__osw_wgl_bound_done, 1u);
   EXPECT_EQ(__osw_gl_bound_done, 1u);
-  EXPECT_NE(__osw_sys_wgl[43], nullptr);
-  EXPECT_NE(__osw_sys_gl[1101], nullptr);
+  EXPECT_NE(__osw_sys_wgl[wglCreateContextAttribsARB_op::op], nullptr);
+  EXPECT_NE(__osw_sys_gl[glDrawableSizeZ4_op::op], nullptr);
 }
 
 TEST_F(binding_test, each_slot_holds_the_entry_of_its_name) {
@@ -75,7 +73,7 @@ TEST_F(binding_test, a_missing_entry_is_warned_of_once) {
   }
   platform::attach_process();
   const library::rendering rendered = library::start_rendering();
-  EXPECT_EQ(__osw_sys_wgl[59], nullptr);
+  EXPECT_EQ(__osw_sys_wgl[wglSwapIntervalEXT_op::op], nullptr);
   const std::vector<std::string> expected = {
       warning_text + "cannot get function wglSwapIntervalEXT's address.\n",
       warning_text + "cannot get function glClearDepth's address.\n",
@@ -99,9 +97,10 @@ TEST_F(binding_test, an_export_wins_and_the_driver_is_asked_on_a_null_only) {
   driver::set_answer("wglGetSwapIntervalEXT", 0x9ABC);
   platform::attach_process();
   library::start_rendering();
-  EXPECT_EQ(__osw_sys_wgl[18], reinterpret_cast<__osw_proc>(driver::export_of("wglSwapBuffers")));
-  EXPECT_EQ(__osw_sys_wgl[59], reinterpret_cast<__osw_proc>(driver::export_of("wglSwapIntervalEXT")));
-  EXPECT_EQ(reinterpret_cast<u64>(__osw_sys_wgl[60]), 0x9ABCu);
+  EXPECT_EQ(__osw_sys_wgl[wglSwapBuffers_op::op], reinterpret_cast<__osw_proc>(driver::export_of("wglSwapBuffers")));
+  EXPECT_EQ(__osw_sys_wgl[wglSwapIntervalEXT_op::op],
+            reinterpret_cast<__osw_proc>(driver::export_of("wglSwapIntervalEXT")));
+  EXPECT_EQ(reinterpret_cast<u64>(__osw_sys_wgl[wglGetSwapIntervalEXT_op::op]), 0x9ABCu);
   for (const driver::call& call : driver::calls_of<wglGetProcAddress_op>()) {
     const std::string name = reinterpret_cast<const char*>(call.arguments[0]);
     EXPECT_NE(name, "wglSwapBuffers");
@@ -125,7 +124,7 @@ TEST_F(binding_test, answers_that_are_no_addresses_count_as_none) {
         std::ranges::any_of(answers, [&](const auto& one) { return std::string(one.first) == __osw_gl_names[op]; });
     EXPECT_EQ(__osw_sys_gl[op] == nullptr, missing) << __osw_gl_names[op];
   }
-  EXPECT_EQ(__osw_sys_wgl[59], nullptr);
+  EXPECT_EQ(__osw_sys_wgl[wglSwapIntervalEXT_op::op], nullptr);
   EXPECT_EQ(library::reports().size(), 6u);
 }
 

@@ -6,6 +6,7 @@
 
 #include "startup/monitors.h"
 #include "support/allocation.h"
+#include "support/expected_figures.h"
 #include "support/issuing.h"
 #include "support/result_widths.h"
 #include "wgl/window_mapping.h"
@@ -75,16 +76,16 @@ void expect_called_alone(int op) {
 
 TEST_F(replay_test, the_widths_are_those_of_55_ops) {
   std::set<std::string> known(std::begin(__osw_gl_names), std::end(__osw_gl_names));
-  std::size_t count = 0;
+  int count = 0;
   const auto add = [&](const auto& group) {
-    count += std::size(group);
+    count += static_cast<int>(std::size(group));
     for (const std::string_view name : group) EXPECT_TRUE(known.contains(std::string(name))) << name;
   };
   add(bytes);
   add(signed_words);
   add(unsigned_words);
   add(whole);
-  EXPECT_EQ(count, 55u);
+  EXPECT_EQ(count, figures::gl_ops_with_result);
 }
 
 TEST_F(replay_test, each_op_calls_its_own_entry_and_keeps_its_result_s_width) {
@@ -106,7 +107,7 @@ TEST_F(replay_test, each_op_calls_its_own_entry_and_keeps_its_result_s_width) {
 TEST_F(replay_test, an_op_out_of_range_makes_no_call) {
   const auto on = std::make_unique<replayed>();
   answer = 9;
-  for (const i32 op : {1102, 1103, -1, INT_MIN, INT_MAX}) {
+  for (const i32 op : {figures::gl_ops, figures::gl_ops + 1, -1, INT_MIN, INT_MAX}) {
     allocation::watch();
     void* const block = malloc(8);
     on->cmd.op = op;

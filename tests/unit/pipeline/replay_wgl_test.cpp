@@ -2,7 +2,9 @@
 #include <set>
 
 #include "startup/monitors.h"
+#include "support/expected_figures.h"
 #include "support/issuing.h"
+#include "support/wgl_names.h"
 #include "wgl/pbuffer.h"
 #include "wgl/window_mapping.h"
 
@@ -138,7 +140,7 @@ TEST_F(wgl_replay_test, a_layer_swap_travels_as_a_plain_one) {
   begin();
   const __osw_cmd* const cmd = __osw_next_cmd(queue());
   EXPECT_TRUE(osw_wglSwapLayerBuffers(rendered.window.hdc, 0x8001));
-  EXPECT_EQ(cmd->op, 18);
+  EXPECT_EQ(cmd->op, wglSwapBuffers_op::op);
   EXPECT_EQ(cmd->arg_count, 2u);
   EXPECT_EQ(cmd->args[1] & 0xFFFFFFFF, 0x8001u);
   empty_list();
@@ -233,12 +235,12 @@ TEST_F(wgl_replay_test, another_window_s_swap_goes_to_that_window_s_children) {
 TEST_F(wgl_replay_test, pbuffer_ops_act_on_each_part_s_own) {
   begin();
   const bound_pbuffer pbuffer = open_pbuffer(rendered.window.hdc);
-  const int attributes[] = {0x2083, 0, 0};
+  const int attributes[] = {WGL_FRONT_LEFT_ARB, 0, 0};
   const auto own = [&](int part) { return pbuffer.record->parts[part].child_hpbuffer; };
   forget();
-  EXPECT_TRUE(osw_wglBindTexImageARB(pbuffer.handle, 0x2085));
+  EXPECT_TRUE(osw_wglBindTexImageARB(pbuffer.handle, WGL_BACK_LEFT_ARB));
   empty_list();
-  expect_one_call_each([&](int part) { return driver::expect<wglBindTexImageARB_op>(own(part), 0x2085); });
+  expect_one_call_each([&](int part) { return driver::expect<wglBindTexImageARB_op>(own(part), WGL_BACK_LEFT_ARB); });
   forget();
   EXPECT_TRUE(osw_wglReleaseTexImageARB(pbuffer.handle, -1));
   empty_list();
@@ -259,7 +261,10 @@ TEST_F(wgl_replay_test, the_swap_interval_is_the_same_on_all_parts) {
 
 TEST_F(wgl_replay_test, ops_without_a_case_do_nothing) {
   begin();
-  const std::set<int> with_case = {13, 17, 18, 19, 40, 41, 42, 59};
+  const std::set<int> with_case = {wglMakeCurrent_op::op,         wglShareLists_op::op,
+                                   wglSwapBuffers_op::op,         wglSwapLayerBuffers_op::op,
+                                   wglBindTexImageARB_op::op,     wglReleaseTexImageARB_op::op,
+                                   wglSetPbufferAttribARB_op::op, wglSwapIntervalEXT_op::op};
   const u64 slots[12] = {bits(rendered.window.hdc), bits(rendered.context)};
   int tried = 0;
   for (int op = 0; op < wgl_op_count; ++op) {
@@ -268,7 +273,7 @@ TEST_F(wgl_replay_test, ops_without_a_case_do_nothing) {
     ++tried;
   }
   empty_list();
-  EXPECT_EQ(tried, 55);
+  EXPECT_EQ(tried, figures::wgl_ops_without_replay);
   expect_no_call();
 }
 

@@ -1,4 +1,5 @@
 #include "support/recording_driver.h"
+#include "support/wgl_names.h"
 
 #include <gtest/gtest.h>
 
@@ -120,11 +121,11 @@ TEST_F(driver_test, results_come_whole_from_the_script) {
   const HGLRC second = by_export<wglCreateContext_op>(module)(by_export<wglGetCurrentDC_op>(module)());
   const auto get_error = by_export<glGetError_op>(module);
   EXPECT_EQ(get_error(), 0u);
-  driver::set_result<glGetError_op>(1280);
-  driver::set_result_in<glGetError_op>(second, 1282);
-  EXPECT_EQ(get_error(), 1280u);
+  driver::set_result<glGetError_op>(GL_INVALID_ENUM);
+  driver::set_result_in<glGetError_op>(second, GL_INVALID_OPERATION);
+  EXPECT_EQ(get_error(), GLenum{GL_INVALID_ENUM});
   by_export<wglMakeCurrent_op>(module)(by_export<wglGetCurrentDC_op>(module)(), second);
-  EXPECT_EQ(get_error(), 1282u);
+  EXPECT_EQ(get_error(), GLenum{GL_INVALID_OPERATION});
   driver::set_result<glIsEnabled_op>(0xFFFFFF00);
   EXPECT_EQ(by_export<glIsEnabled_op>(module)(0), 0);
   driver::set_result<glGetString_op>(0x123456789ABCDEF0);
@@ -220,7 +221,7 @@ TEST_F(driver_test, a_pbuffer_has_a_device_context) {
   EXPECT_EQ(WindowFromDC(pbuffer_hdc), nullptr);
   EXPECT_EQ(platform::dc_pixel_format(pbuffer_hdc), 2);
   int width = 0;
-  EXPECT_TRUE(by_name<wglQueryPbufferARB_op>(module)(pbuffer, 0x2034, &width));
+  EXPECT_TRUE(by_name<wglQueryPbufferARB_op>(module)(pbuffer, WGL_PBUFFER_WIDTH_ARB, &width));
   EXPECT_EQ(width, 64);
   EXPECT_EQ(driver::pbuffers().size(), 1u);
   EXPECT_EQ(by_name<wglReleasePbufferDCARB_op>(module)(pbuffer, pbuffer_hdc), 1);

@@ -4,6 +4,7 @@
 
 #include "dispatch/no_context.h"
 #include "dispatch/thread_state.h"
+#include "support/expected_figures.h"
 #include "support/op_rows.h"
 #include "support/sequential_steps.h"
 
@@ -100,7 +101,7 @@ TEST_P(sequential_every_op_test, aliases_of_the_exceptions_reach_their_own_entry
     EXPECT_EQ(reached, rendered.children);
     EXPECT_EQ(__osw_fetch_thread_state()->seq_override, nullptr);
   }
-  EXPECT_EQ(checked, 7);
+  EXPECT_EQ(checked, figures::aliases_of_exceptions);
 }
 
 INSTANTIATE_TEST_SUITE_P(parts, sequential_every_op_test, testing::Values(1, 2, 4, 16),
@@ -126,13 +127,13 @@ TEST_F(shape_test, the_table_has_the_shapes_of_the_list) {
       ++(row.result_size ? with_result : without_result);
     }
   }
-  EXPECT_EQ(without_result, 773);
-  EXPECT_EQ(with_result, 37);
-  EXPECT_EQ(reads, 1);
-  EXPECT_EQ(copies, 6);
-  EXPECT_EQ(mappings, 3);
-  EXPECT_EQ(aliases, 280);
-  EXPECT_EQ(stubs, 2);
+  EXPECT_EQ(without_result, figures::broadcasts_without_result);
+  EXPECT_EQ(with_result, figures::broadcasts_with_result);
+  EXPECT_EQ(reads, figures::sequential_reads);
+  EXPECT_EQ(copies, figures::sequential_copies);
+  EXPECT_EQ(mappings, figures::sequential_mappings);
+  EXPECT_EQ(aliases, figures::aliases);
+  EXPECT_EQ(stubs, figures::driver_ops);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "platform/desktop.h"
 #include "support/driver_notes.h"
+#include "support/wgl_names.h"
 
 namespace driver {
 
@@ -35,9 +36,6 @@ constexpr u64 hglrc_base = 0x40000000;
 constexpr u64 driver_context_base = 0x50000000;
 constexpr u64 pbuffer_base = 0x60000000;
 constexpr u64 handle_step = 16;
-
-constexpr int pbuffer_width = 0x2034;
-constexpr int pbuffer_height = 0x2035;
 
 int number_of(u64 handle, u64 base, int count) {
   if (handle < base || (handle - base) % handle_step != 0) return -1;
@@ -161,8 +159,8 @@ u64 query_pbuffer(u64 handle, int attribute, int* value) {
   const std::lock_guard guard(pbuffer_lock);
   const pbuffer_record* pbuffer = find_pbuffer(handle);
   if (pbuffer == nullptr) return fail(ERROR_INVALID_HANDLE);
-  if (attribute == pbuffer_width) *value = pbuffer->width;
-  if (attribute == pbuffer_height) *value = pbuffer->height;
+  if (attribute == WGL_PBUFFER_WIDTH_ARB) *value = pbuffer->width;
+  if (attribute == WGL_PBUFFER_HEIGHT_ARB) *value = pbuffer->height;
   return 1;
 }
 

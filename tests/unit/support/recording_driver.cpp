@@ -10,6 +10,7 @@
 
 #include "platform/process.h"
 #include "support/driver_notes.h"
+#include "support/expected_figures.h"
 
 namespace driver {
 
@@ -216,10 +217,6 @@ INT_PTR do_nothing() {
 
 // ---- names ----
 
-// The platform's library exports these many ops from the front of each list.
-constexpr int exported_gl_ops = 336;
-constexpr int exported_wgl_ops = 25;
-
 struct name_record {
   FARPROC entry = nullptr;
   bool is_gl = false;
@@ -232,10 +229,12 @@ using name_table = std::unordered_map<std::string, name_record>;
 name_table fresh_names() {
   name_table table;
   for (int op = 0; op < gl_op_count; ++op) {
-    table[gl_names[op]] = {gl_entries[op], true, op < exported_gl_ops ? reach::exported : reach::by_name, false, 0};
+    table[gl_names[op]] = {gl_entries[op], true, op < figures::exported_gl_ops ? reach::exported : reach::by_name,
+                           false, 0};
   }
   for (int op = 0; op < wgl_op_count; ++op) {
-    table[wgl_names[op]] = {wgl_entries[op], false, op < exported_wgl_ops ? reach::exported : reach::by_name, false, 0};
+    table[wgl_names[op]] = {wgl_entries[op], false, op < figures::exported_wgl_ops ? reach::exported : reach::by_name,
+                            false, 0};
   }
   return table;
 }

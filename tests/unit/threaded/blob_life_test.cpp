@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "support/allocation.h"
+#include "support/expected_figures.h"
 #include "support/threaded_call.h"
 
 namespace {
@@ -73,7 +74,7 @@ TEST_P(blob_life_test, every_block_is_freed_once_by_the_last_part) {
   library::start({.parts = GetParam()});
   received::watch(library::start_rendering());
   const std::vector<const ops::row*> rows = copying_rows();
-  EXPECT_EQ(rows.size(), 41u);
+  EXPECT_EQ(std::ssize(rows), figures::copying_blobs);
   for (const ops::row* row : rows) {
     SCOPED_TRACE(row->name);
     const threaded::prepared_call call = prepare_large(*row);
@@ -107,7 +108,7 @@ TEST_P(blob_life_test, blocks_that_nobody_replayed_are_freed_with_their_thread) 
   platform::wait_for_live_threads(0);
   const std::vector<std::uintptr_t> freed = allocation::freed();
   allocation::stop_watching();
-  EXPECT_EQ(blocks.size(), 41u);
+  EXPECT_EQ(std::ssize(blocks), figures::copying_blobs);
   for (u64 block : blocks) EXPECT_EQ(std::ranges::count(freed, block), 1);
 }
 
@@ -154,7 +155,7 @@ TEST_F(blob_memory_test, an_unpack_buffer_is_nothing_to_calls_that_take_no_pixel
     EXPECT_NE(record->blob_mask, 0u);
     received::wait_for_parts();
   }
-  EXPECT_EQ(checked, 25);
+  EXPECT_EQ(checked, figures::copying_blobs_without_pixels);
 }
 
 // What each part must have received of a call that found no memory; nothing where it was dropped.

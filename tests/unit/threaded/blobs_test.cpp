@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "support/allocation.h"
+#include "support/expected_figures.h"
 #include "support/threaded_call.h"
 #include "threaded/call_lists_size.h"
 #include "threaded/image_size.h"
@@ -140,22 +141,64 @@ struct pixel_figures {
 };
 
 TEST_F(threaded_blobs_test, components_of_each_format) {
-  const pixel_figures by_format[] = {{6407, 3},  {32992, 3}, {36248, 3}, {36250, 3}, {6408, 4},  {32993, 4},
-                                     {32768, 4}, {36249, 4}, {36251, 4}, {6410, 2},  {33319, 2}, {33320, 2},
-                                     {36253, 2}, {6403, 1},  {6402, 1},  {6406, 1},  {6409, 1},  {0, 1}};
+  const pixel_figures by_format[] = {{GL_RGB, 3},
+                                     {GL_BGR, 3},
+                                     {GL_RGB_INTEGER, 3},
+                                     {GL_BGR_INTEGER, 3},
+                                     {GL_RGBA, 4},
+                                     {GL_BGRA, 4},
+                                     {GL_ABGR_EXT, 4},
+                                     {GL_RGBA_INTEGER, 4},
+                                     {GL_BGRA_INTEGER, 4},
+                                     {GL_LUMINANCE_ALPHA, 2},
+                                     {GL_RG, 2},
+                                     {GL_RG_INTEGER, 2},
+                                     {GL_LUMINANCE_ALPHA_INTEGER_EXT, 2},
+                                     {GL_RED, 1},
+                                     {GL_DEPTH_COMPONENT, 1},
+                                     {GL_ALPHA, 1},
+                                     {GL_LUMINANCE, 1},
+                                     {0, 1}};
   for (const pixel_figures& one : by_format) {
     EXPECT_EQ(__osw_pixel_components(one.name, GL_UNSIGNED_BYTE), one.figure) << one.name;
   }
 }
 
 TEST_F(threaded_blobs_test, sizes_and_packing_of_each_type) {
-  const pixel_figures by_type[] = {{5120, 1},  {5121, 1},  {6656, 1},  {32818, 1}, {33634, 1}, {5122, 2},  {5123, 2},
-                                   {5131, 2},  {32819, 2}, {32820, 2}, {33635, 2}, {33636, 2}, {33637, 2}, {33638, 2},
-                                   {5124, 4},  {5125, 4},  {5126, 4},  {32821, 4}, {32822, 4}, {33639, 4}, {33640, 4},
-                                   {34042, 4}, {35899, 4}, {35902, 4}, {36269, 0}, {5130, 0},  {0, 0}};
+  const pixel_figures by_type[] = {{GL_BYTE, 1},
+                                   {GL_UNSIGNED_BYTE, 1},
+                                   {GL_BITMAP, 1},
+                                   {GL_UNSIGNED_BYTE_3_3_2, 1},
+                                   {GL_UNSIGNED_BYTE_2_3_3_REV, 1},
+                                   {GL_SHORT, 2},
+                                   {GL_UNSIGNED_SHORT, 2},
+                                   {GL_HALF_FLOAT, 2},
+                                   {GL_UNSIGNED_SHORT_4_4_4_4, 2},
+                                   {GL_UNSIGNED_SHORT_5_5_5_1, 2},
+                                   {GL_UNSIGNED_SHORT_5_6_5, 2},
+                                   {GL_UNSIGNED_SHORT_5_6_5_REV, 2},
+                                   {GL_UNSIGNED_SHORT_4_4_4_4_REV, 2},
+                                   {GL_UNSIGNED_SHORT_1_5_5_5_REV, 2},
+                                   {GL_INT, 4},
+                                   {GL_UNSIGNED_INT, 4},
+                                   {GL_FLOAT, 4},
+                                   {GL_UNSIGNED_INT_8_8_8_8, 4},
+                                   {GL_UNSIGNED_INT_10_10_10_2, 4},
+                                   {GL_UNSIGNED_INT_8_8_8_8_REV, 4},
+                                   {GL_UNSIGNED_INT_2_10_10_10_REV, 4},
+                                   {GL_UNSIGNED_INT_24_8, 4},
+                                   {GL_UNSIGNED_INT_10F_11F_11F_REV, 4},
+                                   {GL_UNSIGNED_INT_5_9_9_9_REV, 4},
+                                   {GL_FLOAT_32_UNSIGNED_INT_24_8_REV, 0},
+                                   {GL_DOUBLE, 0},
+                                   {0, 0}};
   for (const pixel_figures& one : by_type) EXPECT_EQ(__osw_pixel_type_size(one.name), one.figure) << one.name;
-  for (const GLenum type : {32818, 32819, 32820, 32821, 32822, 33634, 33635, 33636, 33637, 33638, 33639, 33640, 34042,
-                            35899, 35902, 36269}) {
+  for (const GLenum type :
+       {GL_UNSIGNED_BYTE_3_3_2, GL_UNSIGNED_SHORT_4_4_4_4, GL_UNSIGNED_SHORT_5_5_5_1, GL_UNSIGNED_INT_8_8_8_8,
+        GL_UNSIGNED_INT_10_10_10_2, GL_UNSIGNED_BYTE_2_3_3_REV, GL_UNSIGNED_SHORT_5_6_5, GL_UNSIGNED_SHORT_5_6_5_REV,
+        GL_UNSIGNED_SHORT_4_4_4_4_REV, GL_UNSIGNED_SHORT_1_5_5_5_REV, GL_UNSIGNED_INT_8_8_8_8_REV,
+        GL_UNSIGNED_INT_2_10_10_10_REV, GL_UNSIGNED_INT_24_8, GL_UNSIGNED_INT_10F_11F_11F_REV,
+        GL_UNSIGNED_INT_5_9_9_9_REV, GL_FLOAT_32_UNSIGNED_INT_24_8_REV}) {
     EXPECT_EQ(__osw_pixel_components(GL_RGBA, type), 1u) << type;
   }
   EXPECT_EQ(__osw_pixel_components(GL_RGBA, GL_FLOAT), 4u);
@@ -223,7 +266,7 @@ void check_sized_array(const sized_array& array, std::size_t items, bool null) {
 
 TEST_F(threaded_blobs_test, arrays_go_into_the_record_up_to_its_room_and_into_a_block_beyond) {
   const std::vector<sized_array> arrays = sized_arrays();
-  EXPECT_EQ(arrays.size(), 5u + 8u + 8u);
+  EXPECT_EQ(std::ssize(arrays), figures::sized_arrays);
   for (const sized_array& array : arrays) {
     const std::size_t most = array.room() / array.item;
     for (const std::size_t items : {std::size_t{1}, most, most + 1, std::size_t{500}}) {
@@ -339,9 +382,10 @@ TEST_F(threaded_blobs_test, with_an_unpack_buffer_integer_maps_are_copied_in_vai
 
 TEST_F(threaded_blobs_test, names_of_display_lists_are_sized_by_their_type) {
   const u32 sizes[] = {1, 1, 2, 2, 4, 4, 4, 2, 3, 4};
-  for (GLenum type = 5120; type <= 5129; ++type) EXPECT_EQ(__osw_call_lists_size(7, type), 7 * sizes[type - 5120]);
-  EXPECT_EQ(__osw_call_lists_size(7, 5119), 0u);
-  EXPECT_EQ(__osw_call_lists_size(7, 5130), 0u);
+  for (GLenum type = GL_BYTE; type <= GL_4_BYTES; ++type)
+    EXPECT_EQ(__osw_call_lists_size(7, type), 7 * sizes[type - GL_BYTE]);
+  EXPECT_EQ(__osw_call_lists_size(7, GL_BYTE - 1), 0u);
+  EXPECT_EQ(__osw_call_lists_size(7, GL_DOUBLE), 0u);
   EXPECT_EQ(__osw_call_lists_size(0, GL_INT), 0u);
   EXPECT_EQ(__osw_call_lists_size(-1, GL_INT), 0u);
 }

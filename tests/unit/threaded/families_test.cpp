@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "startup/options.h"
+#include "support/expected_figures.h"
 #include "support/threaded_call.h"
 #include "wgl/glrc.h"
 
@@ -15,21 +16,182 @@ struct range {
   int last;
 };
 
-constexpr range queries[] = {
-    {16, 16},     {21, 21},     {26, 26},     {29, 32},     {38, 39},     {66, 66},     {68, 68},     {222, 222},
-    {232, 233},   {242, 243},   {253, 255},   {270, 272},   {277, 278},   {283, 286},   {289, 290},   {295, 295},
-    {306, 308},   {346, 348},   {359, 362},   {364, 369},   {382, 382},   {465, 465},   {467, 467},   {470, 472},
-    {475, 476},   {482, 483},   {499, 516},   {584, 585},   {588, 588},   {594, 594},   {599, 600},   {621, 621},
-    {623, 623},   {634, 635},   {640, 640},   {645, 646},   {775, 775},   {784, 789},   {794, 794},   {806, 806},
-    {808, 808},   {811, 813},   {815, 815},   {844, 846},   {860, 860},   {863, 863},   {865, 866},   {869, 870},
-    {875, 876},   {890, 897},   {906, 908},   {922, 927},   {935, 936},   {942, 942},   {953, 955},   {989, 989},
-    {998, 998},   {1017, 1027}, {1051, 1052}, {1056, 1056}, {1058, 1058}, {1071, 1072}, {1075, 1075}, {1077, 1078},
-    {1081, 1082}, {1091, 1091}, {1093, 1093}, {1095, 1095}, {1098, 1099}};
+const std::set<int> queries = {glGetPolygonStipple_op::op,
+                               glGetClipPlane_op::op,
+                               glIsEnabled_op::op,
+                               glGetBooleanv_op::op,
+                               glGetDoublev_op::op,
+                               glGetFloatv_op::op,
+                               glGetIntegerv_op::op,
+                               glGetError_op::op,
+                               glGetString_op::op,
+                               glIsList_op::op,
+                               glGenLists_op::op,
+                               glGetPointerv_op::op,
+                               glGetLightfv_op::op,
+                               glGetLightiv_op::op,
+                               glGetMaterialfv_op::op,
+                               glGetMaterialiv_op::op,
+                               glGetPixelMapfv_op::op,
+                               glGetPixelMapuiv_op::op,
+                               glGetPixelMapusv_op::op,
+                               glGetTexGendv_op::op,
+                               glGetTexGenfv_op::op,
+                               glGetTexGeniv_op::op,
+                               glGetTexEnvfv_op::op,
+                               glGetTexEnviv_op::op,
+                               glGetTexParameterfv_op::op,
+                               glGetTexParameteriv_op::op,
+                               glGetTexLevelParameterfv_op::op,
+                               glGetTexLevelParameteriv_op::op,
+                               glGetTexImage_op::op,
+                               glGenTextures_op::op,
+                               glIsTexture_op::op,
+                               glGetMapdv_op::op,
+                               glGetMapfv_op::op,
+                               glGetMapiv_op::op,
+                               glGetColorTable_op::op,
+                               glGetColorTableParameterfv_op::op,
+                               glGetColorTableParameteriv_op::op,
+                               glGetConvolutionFilter_op::op,
+                               glGetConvolutionParameterfv_op::op,
+                               glGetConvolutionParameteriv_op::op,
+                               glGetSeparableFilter_op::op,
+                               glGetHistogram_op::op,
+                               glGetHistogramParameterfv_op::op,
+                               glGetHistogramParameteriv_op::op,
+                               glGetMinmax_op::op,
+                               glGetMinmaxParameterfv_op::op,
+                               glGetMinmaxParameteriv_op::op,
+                               glGetCompressedTexImage_op::op,
+                               glGenQueries_op::op,
+                               glIsQuery_op::op,
+                               glGetQueryiv_op::op,
+                               glGetQueryObjectiv_op::op,
+                               glGetQueryObjectuiv_op::op,
+                               glGenBuffers_op::op,
+                               glIsBuffer_op::op,
+                               glGetBufferParameteriv_op::op,
+                               glGetBufferPointerv_op::op,
+                               glGetActiveAttrib_op::op,
+                               glGetActiveUniform_op::op,
+                               glGetAttachedShaders_op::op,
+                               glGetAttribLocation_op::op,
+                               glGetProgramiv_op::op,
+                               glGetProgramInfoLog_op::op,
+                               glGetShaderiv_op::op,
+                               glGetShaderInfoLog_op::op,
+                               glGetShaderSource_op::op,
+                               glGetUniformLocation_op::op,
+                               glGetUniformfv_op::op,
+                               glGetUniformiv_op::op,
+                               glGetVertexAttribdv_op::op,
+                               glGetVertexAttribfv_op::op,
+                               glGetVertexAttribiv_op::op,
+                               glGetVertexAttribPointerv_op::op,
+                               glIsProgram_op::op,
+                               glIsShader_op::op,
+                               glGetBooleani_v_op::op,
+                               glGetIntegeri_v_op::op,
+                               glIsEnabledi_op::op,
+                               glGetTransformFeedbackVarying_op::op,
+                               glGetVertexAttribIiv_op::op,
+                               glGetVertexAttribIuiv_op::op,
+                               glGetUniformuiv_op::op,
+                               glGetFragDataLocation_op::op,
+                               glGetTexParameterIiv_op::op,
+                               glGetTexParameterIuiv_op::op,
+                               glGetStringi_op::op,
+                               glGetInteger64i_v_op::op,
+                               glGetBufferParameteri64v_op::op,
+                               glGenProgramsARB_op::op,
+                               glGetProgramEnvParameterdvARB_op::op,
+                               glGetProgramEnvParameterfvARB_op::op,
+                               glGetProgramLocalParameterdvARB_op::op,
+                               glGetProgramLocalParameterfvARB_op::op,
+                               glGetProgramivARB_op::op,
+                               glGetProgramStringARB_op::op,
+                               glIsProgramARB_op::op,
+                               glGenQueriesARB_op::op,
+                               glIsQueryARB_op::op,
+                               glGetQueryivARB_op::op,
+                               glGetQueryObjectivARB_op::op,
+                               glGetQueryObjectuivARB_op::op,
+                               glGetHandleARB_op::op,
+                               glGetObjectParameterfvARB_op::op,
+                               glGetObjectParameterivARB_op::op,
+                               glGetInfoLogARB_op::op,
+                               glIsRenderbuffer_op::op,
+                               glGenRenderbuffers_op::op,
+                               glGetRenderbufferParameteriv_op::op,
+                               glIsFramebuffer_op::op,
+                               glGenFramebuffers_op::op,
+                               glCheckFramebufferStatus_op::op,
+                               glGetFramebufferAttachmentParameteriv_op::op,
+                               glGenerateMipmap_op::op,
+                               glGenVertexArrays_op::op,
+                               glIsVertexArray_op::op,
+                               glGetUniformIndices_op::op,
+                               glGetActiveUniformsiv_op::op,
+                               glGetActiveUniformName_op::op,
+                               glGetUniformBlockIndex_op::op,
+                               glGetActiveUniformBlockiv_op::op,
+                               glGetActiveUniformBlockName_op::op,
+                               glGetQueryObjecti64v_op::op,
+                               glGetQueryObjectui64v_op::op,
+                               glGetProgramBinary_op::op,
+                               glGetHistogramEXT_op::op,
+                               glGetHistogramParameterfvEXT_op::op,
+                               glGetHistogramParameterivEXT_op::op,
+                               glGetMinmaxEXT_op::op,
+                               glGetMinmaxParameterfvEXT_op::op,
+                               glGetMinmaxParameterivEXT_op::op,
+                               glGenTexturesEXT_op::op,
+                               glIsTextureEXT_op::op,
+                               glGetPointervEXT_op::op,
+                               glGetColorTableEXT_op::op,
+                               glGetColorTableParameterivEXT_op::op,
+                               glGetColorTableParameterfvEXT_op::op,
+                               glGenVertexShadersEXT_op::op,
+                               glGenSymbolsEXT_op::op,
+                               glIsVariantEnabledEXT_op::op,
+                               glGetVariantBooleanvEXT_op::op,
+                               glGetVariantIntegervEXT_op::op,
+                               glGetVariantFloatvEXT_op::op,
+                               glGetVariantPointervEXT_op::op,
+                               glGetInvariantBooleanvEXT_op::op,
+                               glGetInvariantIntegervEXT_op::op,
+                               glGetInvariantFloatvEXT_op::op,
+                               glGetLocalConstantBooleanvEXT_op::op,
+                               glGetLocalConstantIntegervEXT_op::op,
+                               glGetLocalConstantFloatvEXT_op::op,
+                               glGetQueryObjecti64vEXT_op::op,
+                               glGetQueryObjectui64vEXT_op::op,
+                               glGetUniformuivEXT_op::op,
+                               glGetFragDataLocationEXT_op::op,
+                               glGetBooleanIndexedvEXT_op::op,
+                               glGetIntegerIndexedvEXT_op::op,
+                               glIsEnabledIndexedEXT_op::op,
+                               glGetUniformBufferSizeEXT_op::op,
+                               glGetUniformOffsetEXT_op::op,
+                               glGetTexParameterIivEXT_op::op,
+                               glGetTexParameterIuivEXT_op::op,
+                               glGetTransformFeedbackVaryingEXT_op::op,
+                               glGenQueriesEXT_op::op,
+                               glIsQueryEXT_op::op,
+                               glGetQueryivEXT_op::op,
+                               glGetQueryObjectuivEXT_op::op};
 
-constexpr range forwarders[] = {{654, 699}, {717, 771}, {790, 793}, {795, 805}, {817, 843}, {847, 855}, {1031, 1047}};
+constexpr range forwarders[] = {{glActiveTextureARB_op::op, glGetCompressedTexImageARB_op::op},
+                                {glWindowPos2dARB_op::op, glDisableVertexAttribArrayARB_op::op},
+                                {glGetVertexAttribdvARB_op::op, glGetVertexAttribPointervARB_op::op},
+                                {glBindBufferARB_op::op, glGetBufferPointervARB_op::op},
+                                {glCreateShaderObjectARB_op::op, glUniformMatrix4fvARB_op::op},
+                                {glGetAttachedObjectsARB_op::op, glGetAttribLocationARB_op::op},
+                                {glIsRenderbufferEXT_op::op, glGenerateMipmapEXT_op::op}};
 
-bool is_in(const auto& ranges, int op) {
-  return std::ranges::any_of(ranges, [=](const range& one) { return one.first <= op && op <= one.last; });
+bool is_forwarder(int op) {
+  return std::ranges::any_of(forwarders, [=](const range& one) { return one.first <= op && op <= one.last; });
 }
 
 const std::set<int> draws = {glArrayElement_op::op, glDrawArrays_op::op, glDrawElements_op::op,
@@ -72,20 +234,20 @@ int count_plain(bool sync) {
 }
 
 TEST(threaded_families_test, the_ops_divide_into_twelve_families) {
-  EXPECT_EQ(count_plain(false) + static_cast<int>(own_plain.size()), 236);
-  EXPECT_EQ(count_plain(true), 303);
-  EXPECT_EQ(count_family(ops::family::vector), 137);
-  EXPECT_EQ(count_family(ops::family::parameters), 17);
-  EXPECT_EQ(in_record.size(), 2u);
+  EXPECT_EQ(count_plain(false) + static_cast<int>(own_plain.size()), figures::plain_asynchronous);
+  EXPECT_EQ(count_plain(true), figures::plain_synchronous);
+  EXPECT_EQ(count_family(ops::family::vector), figures::fixed_vectors);
+  EXPECT_EQ(count_family(ops::family::parameters), figures::sized_vectors);
+  EXPECT_EQ(std::ssize(in_record), figures::arrays_in_record);
   const int blobs = count_family(ops::family::names) + count_family(ops::family::uniform) +
                     count_family(ops::family::image) + count_family(ops::family::compressed);
-  EXPECT_EQ(blobs + static_cast<int>(own_blobs.size()), 42);
-  EXPECT_EQ(draws.size(), 4u);
-  EXPECT_EQ(setters.size(), 19u);
-  EXPECT_EQ(count_family(ops::family::query), 165);
-  EXPECT_EQ(copies.size(), 6u);
-  EXPECT_EQ(workers_only.size(), 2u);
-  EXPECT_EQ(count_family(ops::family::alias), 169);
+  EXPECT_EQ(blobs + static_cast<int>(own_blobs.size()), figures::blobs);
+  EXPECT_EQ(std::ssize(draws), figures::draws);
+  EXPECT_EQ(std::ssize(setters), figures::setters);
+  EXPECT_EQ(count_family(ops::family::query), figures::queries);
+  EXPECT_EQ(std::ssize(copies), figures::copies);
+  EXPECT_EQ(std::ssize(workers_only), figures::for_workers_only);
+  EXPECT_EQ(count_family(ops::family::alias), figures::forwarders);
 }
 
 TEST(threaded_families_test, ops_with_a_form_of_their_own_are_those_named_here) {
@@ -102,8 +264,8 @@ TEST(threaded_families_test, ops_with_a_form_of_their_own_are_those_named_here) 
 
 TEST(threaded_families_test, queries_and_forwarders_are_those_of_the_list) {
   for (const ops::row& row : ops::all()) {
-    EXPECT_EQ(row.threaded == ops::family::query, is_in(queries, row.op)) << row.name;
-    EXPECT_EQ(row.threaded == ops::family::alias, is_in(forwarders, row.op)) << row.name;
+    EXPECT_EQ(row.threaded == ops::family::query, queries.contains(row.op)) << row.name;
+    EXPECT_EQ(row.threaded == ops::family::alias, is_forwarder(row.op)) << row.name;
   }
 }
 
@@ -232,31 +394,66 @@ struct counted_ops {
 
 const counted_ops counted[] = {
     {{glLightfv_op::op, glLightiv_op::op},
-     {{4608, 4},
-      {4609, 4},
-      {4610, 4},
-      {4611, 4},
-      {4612, 3},
-      {4613, 1},
-      {4614, 1},
-      {4615, 1},
-      {4616, 1},
-      {4617, 1},
-      {4607, 0},
-      {4618, 0}}},
-    {{glLightModelfv_op::op, glLightModeliv_op::op}, {{2897, 1}, {2898, 1}, {2899, 4}, {2900, 0}, {33272, 0}}},
+     {{GL_AMBIENT, 4},
+      {GL_DIFFUSE, 4},
+      {GL_SPECULAR, 4},
+      {GL_POSITION, 4},
+      {GL_SPOT_DIRECTION, 3},
+      {GL_SPOT_EXPONENT, 1},
+      {GL_SPOT_CUTOFF, 1},
+      {GL_CONSTANT_ATTENUATION, 1},
+      {GL_LINEAR_ATTENUATION, 1},
+      {GL_QUADRATIC_ATTENUATION, 1},
+      {GL_AMBIENT - 1, 0},
+      {GL_QUADRATIC_ATTENUATION + 1, 0}}},
+    {{glLightModelfv_op::op, glLightModeliv_op::op},
+     {{GL_LIGHT_MODEL_LOCAL_VIEWER, 1},
+      {GL_LIGHT_MODEL_TWO_SIDE, 1},
+      {GL_LIGHT_MODEL_AMBIENT, 4},
+      {GL_LIGHT_MODEL_AMBIENT + 1, 0},
+      {GL_LIGHT_MODEL_COLOR_CONTROL, 0}}},
     {{glMaterialfv_op::op, glMaterialiv_op::op},
-     {{4608, 4}, {4609, 4}, {4610, 4}, {5632, 4}, {5634, 4}, {5633, 1}, {5635, 3}, {4611, 0}, {5636, 0}}},
-    {{glTexGenfv_op::op, glTexGeniv_op::op, glTexGendv_op::op}, {{9472, 1}, {9473, 4}, {9474, 4}, {9475, 0}}},
-    {{glTexEnvfv_op::op, glTexEnviv_op::op}, {{8705, 4}, {8960, 4}, {8704, 0}}},
+     {{GL_AMBIENT, 4},
+      {GL_DIFFUSE, 4},
+      {GL_SPECULAR, 4},
+      {GL_EMISSION, 4},
+      {GL_AMBIENT_AND_DIFFUSE, 4},
+      {GL_SHININESS, 1},
+      {GL_COLOR_INDEXES, 3},
+      {GL_POSITION, 0},
+      {GL_COLOR_INDEXES + 1, 0}}},
+    {{glTexGenfv_op::op, glTexGeniv_op::op, glTexGendv_op::op},
+     {{GL_TEXTURE_GEN_MODE, 1}, {GL_OBJECT_PLANE, 4}, {GL_EYE_PLANE, 4}, {GL_EYE_PLANE + 1, 0}}},
+    {{glTexEnvfv_op::op, glTexEnviv_op::op},
+     {{GL_TEXTURE_ENV_COLOR, 4}, {GL_TEXTURE_ENV, 4}, {GL_TEXTURE_ENV_MODE, 0}}},
     {{glTexParameterfv_op::op, glTexParameteriv_op::op},
-     {{4100, 4},  {10240, 1}, {10241, 1}, {10242, 1}, {10243, 1}, {32870, 1}, {32882, 1}, {32959, 1},
-      {33082, 1}, {33083, 1}, {33084, 1}, {33085, 1}, {33169, 1}, {34046, 1}, {34049, 1}, {34891, 1},
-      {34892, 1}, {34893, 1}, {10239, 0}, {10244, 0}, {34890, 0}, {34894, 0}}},
+     {{GL_TEXTURE_BORDER_COLOR, 4},   {GL_TEXTURE_MAG_FILTER, 1},
+      {GL_TEXTURE_MIN_FILTER, 1},     {GL_TEXTURE_WRAP_S, 1},
+      {GL_TEXTURE_WRAP_T, 1},         {GL_TEXTURE_PRIORITY, 1},
+      {GL_TEXTURE_WRAP_R, 1},         {GL_TEXTURE_COMPARE_FAIL_VALUE_ARB, 1},
+      {GL_TEXTURE_MIN_LOD, 1},        {GL_TEXTURE_MAX_LOD, 1},
+      {GL_TEXTURE_BASE_LEVEL, 1},     {GL_TEXTURE_MAX_LEVEL, 1},
+      {GL_GENERATE_MIPMAP, 1},        {GL_TEXTURE_MAX_ANISOTROPY, 1},
+      {GL_TEXTURE_LOD_BIAS, 1},       {GL_DEPTH_TEXTURE_MODE, 1},
+      {GL_TEXTURE_COMPARE_MODE, 1},   {GL_TEXTURE_COMPARE_FUNC, 1},
+      {GL_TEXTURE_MAG_FILTER - 1, 0}, {GL_TEXTURE_WRAP_T + 1, 0},
+      {GL_DEPTH_TEXTURE_MODE - 1, 0}, {GL_TEXTURE_COMPARE_FUNC + 1, 0}}},
     {{glFogfv_op::op, glFogiv_op::op},
-     {{2913, 1}, {2914, 1}, {2915, 1}, {2916, 1}, {2917, 1}, {2918, 4}, {2912, 0}, {33872, 0}}},
+     {{GL_FOG_INDEX, 1},
+      {GL_FOG_DENSITY, 1},
+      {GL_FOG_START, 1},
+      {GL_FOG_END, 1},
+      {GL_FOG_MODE, 1},
+      {GL_FOG_COLOR, 4},
+      {GL_FOG_INDEX - 1, 0},
+      {GL_FOG_COORD_SRC, 0}}},
     {{glPointParameterfv_op::op, glPointParameteriv_op::op},
-     {{33062, 1}, {33063, 1}, {33064, 1}, {36000, 1}, {33065, 3}, {33061, 0}}},
+     {{GL_POINT_SIZE_MIN, 1},
+      {GL_POINT_SIZE_MAX, 1},
+      {GL_POINT_FADE_THRESHOLD_SIZE, 1},
+      {GL_POINT_SPRITE_COORD_ORIGIN, 1},
+      {GL_POINT_DISTANCE_ATTENUATION, 3},
+      {GL_POINT_SIZE_MIN - 1, 0}}},
 };
 
 void check_counted(const ops::row& row, const count_of_pname& counts) {
@@ -296,7 +493,7 @@ TEST_F(threaded_record_test, sized_vectors_copy_what_their_pname_takes) {
       for (const count_of_pname& counts : one.counts) check_counted(ops::of(op), counts);
     }
   }
-  EXPECT_EQ(seen.size(), 17u);
+  EXPECT_EQ(std::ssize(seen), figures::sized_vectors);
 }
 
 TEST_F(threaded_record_test, a_null_sized_vector_becomes_a_zeroed_slot) {
@@ -400,7 +597,7 @@ TEST_F(threaded_record_test, finish_and_flush_wait_for_no_part) {
 TEST_F(threaded_record_test, a_forwarder_sends_the_op_of_the_shorter_name) {
   const __osw_cmd* record = next_record();
   osw_glBindBufferARB(GL_ARRAY_BUFFER, 12);
-  EXPECT_EQ(record->op, 473);
+  EXPECT_EQ(record->op, glBindBuffer_op::op);
   received::expect_parts({driver::expect<glBindBuffer_op>(GL_ARRAY_BUFFER, 12)});
   received::expect_app({driver::expect<glBindBuffer_op>(GL_ARRAY_BUFFER, 12)});
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "pipeline/cmd_queue.h"
+#include "support/wgl_names.h"
 #include "support/wgl_scene.h"
 #include "wgl/pbuffer.h"
 
@@ -16,7 +17,7 @@ using steps = std::vector<scene::step>;
 
 struct wgl_bound_context_test : library::process_test {};
 
-constexpr int some_attributes[] = {0x2083, 1, 0};
+constexpr int some_attributes[] = {WGL_FRONT_LEFT_ARB, 1, 0};
 
 struct application {
   library::rendering rendered;
@@ -38,16 +39,17 @@ application start_application(const library::process_setup& setup = {}) {
 TEST_F(wgl_bound_context_test, threaded_textures_travel_in_the_list) {
   const application app = start_application({.query_on_app_thread = false});
   osw_glClear(1);
-  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, 0x2083), 1);
+  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, WGL_FRONT_LEFT_ARB), 1);
   osw_glClear(2);
-  EXPECT_EQ(osw_wglReleaseTexImageARB(app.pbuffer, 0x2085), 1);
+  EXPECT_EQ(osw_wglReleaseTexImageARB(app.pbuffer, WGL_BACK_LEFT_ARB), 1);
   EXPECT_TRUE(driver::calls().empty());
   library::finish();
   for (int part = 0; part < 2; ++part) {
     const HGLRC child = app.rendered.children[static_cast<std::size_t>(part)];
-    EXPECT_EQ(worker_steps(part),
-              (steps{in<glClear_op>(child, 1u), in<wglBindTexImageARB_op>(child, app.children[part], 0x2083),
-                     in<glClear_op>(child, 2u), in<wglReleaseTexImageARB_op>(child, app.children[part], 0x2085)}));
+    EXPECT_EQ(
+        worker_steps(part),
+        (steps{in<glClear_op>(child, 1u), in<wglBindTexImageARB_op>(child, app.children[part], WGL_FRONT_LEFT_ARB),
+               in<glClear_op>(child, 2u), in<wglReleaseTexImageARB_op>(child, app.children[part], WGL_BACK_LEFT_ARB)}));
   }
   EXPECT_TRUE(own_steps().empty());
 }
@@ -117,20 +119,20 @@ steps sequential_round(const application& app, Argument argument) {
 
 TEST_F(wgl_bound_context_test, sequential_textures) {
   const application app = start_application({.way = library::path::sequential});
-  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, 0x2083), 1);
-  EXPECT_EQ(own_steps(), (sequential_round<wglBindTexImageARB_op>(app, 0x2083)));
+  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, WGL_FRONT_LEFT_ARB), 1);
+  EXPECT_EQ(own_steps(), (sequential_round<wglBindTexImageARB_op>(app, WGL_FRONT_LEFT_ARB)));
   driver::clear_calls();
-  EXPECT_EQ(osw_wglReleaseTexImageARB(app.pbuffer, 0x2085), 1);
-  EXPECT_EQ(own_steps(), (sequential_round<wglReleaseTexImageARB_op>(app, 0x2085)));
+  EXPECT_EQ(osw_wglReleaseTexImageARB(app.pbuffer, WGL_BACK_LEFT_ARB), 1);
+  EXPECT_EQ(own_steps(), (sequential_round<wglReleaseTexImageARB_op>(app, WGL_BACK_LEFT_ARB)));
   for (int part = 0; part < 2; ++part) EXPECT_TRUE(worker_steps(part).empty());
   for (int failing = 1; failing <= 2; ++failing) {
     driver::clear_calls();
     driver::fail_call<wglBindTexImageARB_op>(failing);
-    EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, 0x2083), 0);
-    EXPECT_EQ(own_steps(), (sequential_round<wglBindTexImageARB_op>(app, 0x2083)));
+    EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, WGL_FRONT_LEFT_ARB), 0);
+    EXPECT_EQ(own_steps(), (sequential_round<wglBindTexImageARB_op>(app, WGL_FRONT_LEFT_ARB)));
   }
   driver::set_result<wglBindTexImageARB_op>(3);
-  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, 0x2083), 1);
+  EXPECT_EQ(osw_wglBindTexImageARB(app.pbuffer, WGL_FRONT_LEFT_ARB), 1);
 }
 
 TEST_F(wgl_bound_context_test, sequential_attributes) {
@@ -251,7 +253,7 @@ TEST_F(wgl_bound_context_test, names_with_ext_are_those_with_arb) {
   const HDC pbuffer_hdc = osw_wglGetPbufferDCEXT(pbuffer);
   EXPECT_EQ(__osw_pbuffer_of_hdc(pbuffer_hdc), __osw_pbuffer_lookup(pbuffer));
   int width = 0;
-  EXPECT_TRUE(osw_wglQueryPbufferEXT(pbuffer, 0x2034, &width));
+  EXPECT_TRUE(osw_wglQueryPbufferEXT(pbuffer, WGL_PBUFFER_WIDTH_ARB, &width));
   EXPECT_EQ(width, 9);
   EXPECT_EQ(osw_wglReleasePbufferDCEXT(pbuffer, pbuffer_hdc), 1);
   EXPECT_TRUE(osw_wglDestroyPbufferEXT(pbuffer));

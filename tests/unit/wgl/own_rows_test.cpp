@@ -5,6 +5,7 @@
 #include "dispatch/lookup.h"
 #include "pipeline/cmd_queue.h"
 #include "startup/monitors.h"
+#include "support/wgl_names.h"
 #include "support/wgl_situations.h"
 #include "wgl/glrc.h"
 #include "wgl/pbuffer.h"
@@ -17,7 +18,7 @@ using situations::situation;
 using steps = std::vector<scene::step>;
 
 constexpr int parts = 2;
-constexpr int some_attributes[] = {0x2083, 1, 0};
+constexpr int some_attributes[] = {WGL_FRONT_LEFT_ARB, 1, 0};
 
 struct context_made {
   HGLRC app = nullptr;
@@ -316,14 +317,15 @@ template <class Op>
 void check_texture_row(const wgl_own_rows_test& test, const pbuffer_made& pbuffer, BOOL (*call)(HPBUFFERARB, int)) {
   situations::forget(test.stage);
   BOOL result = -1;
-  test.act([&] { result = call(pbuffer.app, 0x2083); });
+  test.act([&] { result = call(pbuffer.app, WGL_FRONT_LEFT_ARB); });
   EXPECT_EQ(result, test.active() && !test.has_workers() ? 0 : 1);
   const auto child = [&](int part) { return pbuffer.children.at(static_cast<std::size_t>(part)); };
   steps own;
-  if (!test.active()) own = {test.mine<Op>(pbuffer.app, 0x2083)};
-  if (test.sequential()) test.add_round(&own, [&](int part) { return driver::expect<Op>(child(part), 0x2083); });
+  if (!test.active()) own = {test.mine<Op>(pbuffer.app, WGL_FRONT_LEFT_ARB)};
+  if (test.sequential())
+    test.add_round(&own, [&](int part) { return driver::expect<Op>(child(part), WGL_FRONT_LEFT_ARB); });
   test.expect(own, [&](int part) {
-    return test.sequential() ? steps() : steps{test.of_worker<Op>(part, child(part), 0x2083)};
+    return test.sequential() ? steps() : steps{test.of_worker<Op>(part, child(part), WGL_FRONT_LEFT_ARB)};
   });
   EXPECT_EQ(library::reports(), std::vector<std::string>());
 }

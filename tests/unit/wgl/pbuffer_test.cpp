@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "pipeline/cmd_queue.h"
+#include "support/wgl_names.h"
 #include "support/wgl_scene.h"
 #include "wgl/glrc.h"
 #include "wgl/pbuffer.h"
@@ -19,7 +20,7 @@ using steps = std::vector<scene::step>;
 struct wgl_pbuffer_test : library::process_test {};
 
 constexpr char glrc_class[] = "__osw_glrc_window";
-constexpr int some_attributes[] = {0x2033, 1, 0};
+constexpr int some_attributes[] = {WGL_PBUFFER_LARGEST_ARB, 1, 0};
 
 int records() {
   int used = 0;

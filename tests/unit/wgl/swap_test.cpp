@@ -37,7 +37,7 @@ TEST_F(wgl_swap_test, a_swap_travels_with_the_frame) {
   EXPECT_TRUE(osw_wglSwapBuffers(rendered.window.hdc));
   EXPECT_EQ(*own_state()->cmd_queue->fill_count, 2u);
   EXPECT_EQ(last_record().type, static_cast<u32>(__osw_cmd_wgl));
-  EXPECT_EQ(last_record().op, 18);
+  EXPECT_EQ(last_record().op, wglSwapBuffers_op::op);
   EXPECT_EQ(last_record().arg_count, 1u);
   EXPECT_EQ(last_record().args[0], driver::bits_of(rendered.window.hdc));
   // Nothing brings it to the screen before the list goes.
@@ -59,7 +59,7 @@ TEST_F(wgl_swap_test, layers_are_swapped_as_the_main_plane) {
   driver::clear_calls();
   for (const UINT planes : {0u, 1u, 0x8000u, 0xFFFFFFFFu}) {
     EXPECT_TRUE(osw_wglSwapLayerBuffers(rendered.window.hdc, planes));
-    EXPECT_EQ(last_record().op, 18);
+    EXPECT_EQ(last_record().op, wglSwapBuffers_op::op);
     EXPECT_EQ(last_record().arg_count, 2u);
     EXPECT_EQ(last_record().args[1], planes);
   }
@@ -138,7 +138,7 @@ TEST_F(wgl_swap_test, without_a_context_a_swap_still_goes_to_the_workers) {
   driver::clear_calls();
   EXPECT_TRUE(osw_wglSwapBuffers(rendered.window.hdc));
   EXPECT_EQ(own_state()->frame_count, 0);
-  EXPECT_EQ(last_record().op, 18);
+  EXPECT_EQ(last_record().op, wglSwapBuffers_op::op);
   // The next binding takes it along.
   EXPECT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
   for (int part = 0; part < 2; ++part) {
@@ -242,7 +242,7 @@ TEST_F(wgl_swap_test, sequential_without_a_context_the_workers_swap) {
   driver::clear_calls();
   EXPECT_TRUE(osw_wglSwapBuffers(rendered.window.hdc));
   EXPECT_TRUE(driver::calls_of<wglSwapBuffers_op>().empty());
-  EXPECT_EQ(last_record().op, 18);
+  EXPECT_EQ(last_record().op, wglSwapBuffers_op::op);
   EXPECT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
   EXPECT_EQ(driver::calls_of<wglSwapBuffers_op>().size(), 2u);
 }

@@ -1,0 +1,78 @@
+// The figures that the design gives for the op list and for what becomes of it, in the one place where they are
+// changed. None is computed from the list: a test counts for itself and compares.
+#pragma once
+
+namespace figures {
+
+// ---- the op list ----
+
+constexpr int gl_ops = 1102;
+constexpr int wgl_ops = 63;
+
+// The platform's library exports these many ops from the front of each list.
+constexpr int exported_gl_ops = 336;
+constexpr int exported_wgl_ops = 25;
+
+constexpr int synchronous_gl_ops = 641;
+constexpr int asynchronous_gl_ops = 461;
+constexpr int synchronous_wgl_ops = 58;
+constexpr int asynchronous_wgl_ops = 5;
+
+constexpr int gl_ops_with_result = 55;
+constexpr int gl_ops_without_result = 1047;
+
+// GL ops that stand for another one under an ARB or EXT name.
+constexpr int aliases = 280;
+
+// GL ops that only the driver behind the library has.
+constexpr int driver_ops = 2;
+
+// ---- the sequential path: how many slots of its table have which form ----
+
+constexpr int broadcasts_without_result = 773;
+constexpr int broadcasts_with_result = 37;
+constexpr int sequential_reads = 1;
+constexpr int sequential_copies = 6;
+constexpr int sequential_mappings = 3;
+
+// Aliases of a copy or of a mapping, which enter that at their own name.
+constexpr int aliases_of_exceptions = 7;
+
+// ---- the threaded path: how many ops each family of encoders has ----
+
+constexpr int plain_asynchronous = 236;
+constexpr int plain_synchronous = 303;
+constexpr int fixed_vectors = 137;
+constexpr int sized_vectors = 17;
+constexpr int arrays_in_record = 2;
+constexpr int blobs = 42;
+constexpr int draws = 4;
+constexpr int setters = 19;
+constexpr int queries = 165;
+constexpr int copies = 6;
+constexpr int for_workers_only = 2;
+constexpr int forwarders = 169;
+
+// Of the ops whose data travel in a block: those that copy into one of their own, and of them those that take no
+// pixels.
+constexpr int copying_blobs = 41;
+constexpr int copying_blobs_without_pixels = 25;
+
+// Arrays of names, and uniforms, that lie in the record or in a block by their size.
+constexpr int sized_arrays = 5 + 8 + 8;
+
+// ---- replay ----
+
+constexpr int wgl_ops_without_replay = 55;
+
+static_assert(synchronous_gl_ops + asynchronous_gl_ops == gl_ops);
+static_assert(synchronous_wgl_ops + asynchronous_wgl_ops == wgl_ops);
+static_assert(gl_ops_with_result + gl_ops_without_result == gl_ops);
+static_assert(broadcasts_without_result + broadcasts_with_result + sequential_reads + sequential_copies +
+                  sequential_mappings + aliases + driver_ops ==
+              gl_ops);
+static_assert(plain_asynchronous + plain_synchronous + fixed_vectors + sized_vectors + arrays_in_record + blobs +
+                  draws + setters + queries + copies + for_workers_only + forwarders ==
+              gl_ops);
+
+}  // namespace figures
