@@ -4,9 +4,9 @@
 #include <cstdlib>
 
 #include "host.h"
+#include "report.h"
 #include "spare_window.h"
 #include "stand_in.h"
-#include "window_coordinates.h"
 
 namespace {
 
@@ -14,6 +14,7 @@ constexpr DWORD no_slot = TLS_OUT_OF_INDEXES;
 
 DWORD state_slot = no_slot;
 std::atomic<unsigned long long> switch_count;
+void (*settle_binding)(context* c);
 
 void set_bound(thread_state* thread, bool bound) {
   TlsSetValue(driver_bound_slot, bound ? thread : nullptr);
@@ -157,7 +158,8 @@ context* adopt(HGLRC hglrc) {
 extern "C" DWORD driver_bound_slot;
 DWORD driver_bound_slot = no_slot;
 
-bool start_bindings() {
+bool start_bindings(void (*settle)(context*)) {
+  settle_binding = settle;
   state_slot = TlsAlloc();
   driver_bound_slot = TlsAlloc();
   return state_slot != no_slot && driver_bound_slot != no_slot;
@@ -195,7 +197,7 @@ thread_state* bind_current() {
   if (thread->real != c || c->stale) {
     if (!realize(thread)) return nullptr;
     set_bound(thread, true);
-    settle_new_binding(c);
+    settle_binding(c);
   }
   return thread;
 }

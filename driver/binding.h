@@ -24,9 +24,10 @@ struct thread_state {
 // TLS slot that holds the thread's state while its noted binding is real on the host, and null otherwise.
 extern "C" DWORD driver_bound_slot;
 
-// Process and thread life, called by DllMain with the loader lock held. The first returns false when no slot is to be
-// had.
-bool start_bindings();
+// Process and thread life, called by DllMain with the loader lock held. `settle` is called from then on each time that
+// the host was given drawables for a context, on the thread on which it is then current on the host. False when no slot
+// is to be had.
+bool start_bindings(void (*settle)(context* c));
 void stop_bindings();
 void end_thread_binding();
 

@@ -66,6 +66,18 @@ void unregister_context(context* c) {
   ReleaseSRWLockExclusive(&lock);
 }
 
+void note_first_drawable(context* c, HWND hwnd) {
+  if (c->bound_before) {
+    if (hwnd != c->draw.hwnd) c->viewport_pending = c->scissor_pending = false;
+    return;
+  }
+  c->bound_before = true;
+  RECT client;
+  if (hwnd == nullptr || !GetClientRect(hwnd, &client)) return;
+  c->initial_size = {client.right, client.bottom};
+  c->has_initial_size = c->viewport_pending = c->scissor_pending = true;
+}
+
 bool take_ownership(context* c, context* previous, DWORD thread) {
   AcquireSRWLockExclusive(&lock);
   const bool available = c->owner == 0 || c->owner == thread;

@@ -75,6 +75,10 @@ context* find_context(HGLRC hglrc);
 // Frees the record of a context that the host has deleted. The record may be used again for another.
 void unregister_context(context* c);
 
+// Takes the size that the initial viewport and scissor box of a context have, from its first drawable: `hwnd`, or null
+// for one that is no window. On the thread that has the context current.
+void note_first_drawable(context* c, HWND hwnd);
+
 // Makes `thread` the owner of `c` and takes its ownership of `previous` (may be null) away. Returns false, with nothing
 // changed, when another thread owns it.
 bool take_ownership(context* c, context* previous, DWORD thread);

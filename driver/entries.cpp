@@ -1,8 +1,8 @@
 // The driver's entries, exported or handed out by name: one function per op, and what finds them.
 #include <cstring>
 
+#include "drawable_size.h"
 #include "names.h"
-#include "spare_window.h"
 #include "state_queries.h"
 #include "thunks.h"
 #include "wgl_entries.h"

@@ -1,10 +1,11 @@
 #include "host.h"
 
-#include <cstdarg>
-#include <cstdio>
+#include <windows.h>
+
 #include <cstring>
 
-#include "thunks.h"
+#include "report.h"
+#include "thunk_targets.h"
 
 namespace {
 
@@ -134,15 +135,4 @@ bool find_host_gl(int op, const char* name) {
 
 bool find_host_wgl(int op, const char* name) {
   return find_in_host(host_wgl[op], name);
-}
-
-void report(const char* format, ...) {
-  char line[256] = "opengl32sys: ";
-  const std::size_t start = strlen(line);
-  va_list arguments;
-  va_start(arguments, format);
-  vsnprintf(line + start, sizeof line - start - 1, format, arguments);
-  va_end(arguments);
-  strcat(line, "\n");
-  OutputDebugStringA(line);
 }

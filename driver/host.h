@@ -22,9 +22,6 @@ __osw_proc ask_host(const char* name);
 bool find_host_gl(int op, const char* name);
 bool find_host_wgl(int op, const char* name);
 
-// One line to the debugger, at most 255 characters.
-[[gnu::format(__printf__, 1, 2)]] void report(const char* format, ...);
-
 template <class Op>
 inline typename Op::type* host_gl_entry() {
   return reinterpret_cast<typename Op::type*>(host_gl[Op::op]);

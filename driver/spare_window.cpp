@@ -1,6 +1,7 @@
 #include "spare_window.h"
 
 #include "host.h"
+#include "report.h"
 #include "window_thread.h"
 
 namespace {
@@ -42,11 +43,4 @@ void destroy_spare_window(context* c) {
   if (c->spare_window != nullptr) on_window_thread(destroy_on_window_thread, c->spare_window);
   c->spare_window = nullptr;
   c->spare_hdc = nullptr;
-}
-
-template <>
-void forward<glClear_op, void>(GLbitfield mask) {
-  const context* c = calling_context();
-  host_gl_entry<glClear_op>()(mask);
-  if (c != nullptr && c->spared) host_gl_entry<glFlush_op>()();
 }

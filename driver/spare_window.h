@@ -2,7 +2,6 @@
 #pragma once
 
 #include "context.h"
-#include "forward.h"
 
 // The device context of `c`'s spare window, made at the first call; null, with a report, when the pixel format is not
 // one for windows. On the thread that has the context current.
@@ -10,8 +9,3 @@ HDC spare_hdc(context* c);
 
 // Destroys it, if there is one. Any thread; the context is current nowhere.
 void destroy_spare_window(context* c);
-
-// A spared context's frames are never swapped, so nothing else would make the host draw what it has put off: a frame
-// begins with a clear, and what was drawn before is handed over with it.
-template <>
-void forward<glClear_op, void>(GLbitfield mask);

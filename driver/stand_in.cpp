@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "host.h"
+#include "report.h"
 #include "sent_messages.h"
 #include "window_order.h"
 #include "window_thread.h"

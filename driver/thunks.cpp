@@ -1,9 +1,8 @@
 #include "thunks.h"
 
-#include <cstring>
-
 #include "binding.h"
-#include "host.h"
+#include "report.h"
+#include "thunk_targets.h"
 
 #define THUNK_COUNT_TEXT "2048"
 static_assert(thunk_count == 2048);
@@ -77,42 +76,16 @@ driver_bind_for_thunk:
 
 extern "C" const char driver_thunks[];
 
-const char* const thunked_exports[export_thunk_count] = {"GlmfBeginGlsBlock", "GlmfCloseMetaFile", "GlmfEndGlsBlock",
-                                                         "GlmfEndPlayback",   "GlmfInitPlayback",  "GlmfPlayGlsRecord",
-                                                         "glDebugEntry"};
-
-extern "C" __osw_proc thunk_targets[thunk_count];
-__osw_proc thunk_targets[thunk_count];
-
 namespace {
 
-SRWLOCK lock = SRWLOCK_INIT;
-char* names[thunk_count];
-int taken = export_thunk_count;
-
-__osw_proc thunk_at(int index) {
-  return reinterpret_cast<__osw_proc>(const_cast<char*>(driver_thunks + index * 16));
-}
-
-int find_or_take(const char* name, __osw_proc target) {
-  for (int i = export_thunk_count; i < taken; ++i) {
-    if (thunk_targets[i] == target && strcmp(names[i], name) == 0) return i;
-  }
-  if (taken == thunk_count) return -1;
-  char* copy = _strdup(name);
-  if (copy == nullptr) return -1;
-  names[taken] = copy;
-  thunk_targets[taken] = target;
-  return taken++;
+__osw_proc thunk_at(int number) {
+  return reinterpret_cast<__osw_proc>(const_cast<char*>(driver_thunks + number * 16));
 }
 
 }  // namespace
 
 __osw_proc thunk_for(const char* name, __osw_proc target) {
-  AcquireSRWLockExclusive(&lock);
-  const int index = find_or_take(name, target);
-  ReleaseSRWLockExclusive(&lock);
-  if (index >= 0) return thunk_at(index);
+  if (const int number = thunk_to(name, target); number >= 0) return thunk_at(number);
   report("no entry is left for %s", name);
   return nullptr;
 }

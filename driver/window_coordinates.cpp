@@ -30,13 +30,9 @@ GLint host_integer(GLenum name) {
   return value;
 }
 
-bool is_compiling(const context* c) {
-  return c->has_raster_position && host_integer(GL_LIST_INDEX) != 0;
-}
-
 // What would be changed now would go into a display list, or leave a token in the feedback buffer.
 bool is_changeable(const context* c) {
-  return !c->has_raster_position || (host_integer(GL_LIST_INDEX) == 0 && host_integer(GL_RENDER_MODE) == GL_RENDER);
+  return !is_compiling(c) && (!c->has_raster_position || host_integer(GL_RENDER_MODE) == GL_RENDER);
 }
 
 template <class Op>
@@ -179,16 +175,8 @@ void pop_under_other_offset(context* c, const attribute_level& level) {
 
 }  // namespace
 
-void note_first_drawable(context* c, HWND hwnd) {
-  if (c->bound_before) {
-    if (hwnd != c->draw.hwnd) c->viewport_pending = c->scissor_pending = false;
-    return;
-  }
-  c->bound_before = true;
-  RECT client;
-  if (hwnd == nullptr || !GetClientRect(hwnd, &client)) return;
-  c->initial_size = {client.right, client.bottom};
-  c->has_initial_size = c->viewport_pending = c->scissor_pending = true;
+bool is_compiling(const context* c) {
+  return c->has_raster_position && host_integer(GL_LIST_INDEX) != 0;
 }
 
 void settle_new_binding(context* c) {
@@ -208,26 +196,6 @@ void forward<glViewportOffsetZ4_op, void>(GLint x, GLint y) {
   find_window_drawn(c);
   c->offset = {x, y};
   settle(c);
-}
-
-template <>
-void forward<glDrawableSizeZ4_op, void>(GLint width, GLint height) {
-  thread_state* thread = this_thread();
-  context* c = thread == nullptr ? nullptr : thread->current;
-  const bool spared = width == -1 && height == -1;
-  if (c == nullptr || (!spared && (width < 0 || height < 0))) return;
-  // A context starts with the size of its first drawable, which of a pbuffer only the host knows.
-  if (spared && !c->initialized && !c->has_initial_size) bind_current();
-  if (c->spared != spared) {
-    c->spared = spared;
-    unsettle_drawables(thread);
-  }
-  if (spared || (!c->viewport_pending && !c->scissor_pending)) return;
-  if (bind_current() == nullptr || is_compiling(c)) return;
-  const applied_offsets& applied = c->applied;
-  if (c->viewport_pending) host_gl_entry<glViewport_op>()(applied.viewport.x, applied.viewport.y, width, height);
-  if (c->scissor_pending) host_gl_entry<glScissor_op>()(applied.scissor.x, applied.scissor.y, width, height);
-  c->viewport_pending = c->scissor_pending = false;
 }
 
 template <>

@@ -8,27 +8,21 @@
 #include "context.h"
 #include "forward.h"
 
-// Takes the size that the initial viewport and scissor box of a context have, from its first drawable: `hwnd`, or null
-// for one that is no window. No call to the host.
-void note_first_drawable(context* c, HWND hwnd);
-
-// After the host was given drawables for a context that is now current on it: the initial viewport and scissor box at
-// the first time, and an offset that could not be applied before.
+// What start_bindings is given (binding.h): the initial viewport and scissor box at the first time, and an offset that
+// could not be applied before.
 void settle_new_binding(context* c);
 
 // After wglCopyContext: what the host copied contains the source's offsets.
 void copy_offsets(context* destination, const context* source, GLbitfield mask);
 
-// The driver's private calls, on the calling thread's context; without one they do nothing.
-//
-// Offset: x and y in pixels, of the lower left corner of the application's window from that of the drawable; either
-// sign. Size: of the application's window, in pixels. A context that was never given a viewport, or a scissor box, gets
-// it from the first call. (-1, -1): the drawable is not what the user sees, and is spared until the context is bound
-// anew or gets another size. Other negative values do nothing.
+// Whether a call goes into a display list of the calling thread's context, which is current on the host: then it
+// changes nothing now.
+bool is_compiling(const context* c);
+
+// One of the driver's two private calls, on the calling thread's context; without one it does nothing. x and y in
+// pixels, of the lower left corner of the application's window from that of the drawable; either sign.
 template <>
 void forward<glViewportOffsetZ4_op, void>(GLint x, GLint y);
-template <>
-void forward<glDrawableSizeZ4_op, void>(GLint width, GLint height);
 
 template <>
 void forward<glViewport_op, void>(GLint x, GLint y, GLsizei width, GLsizei height);

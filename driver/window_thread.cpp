@@ -1,6 +1,6 @@
 #include "window_thread.h"
 
-#include "host.h"
+#include "report.h"
 
 namespace {
 
