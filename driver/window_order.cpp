@@ -31,6 +31,13 @@ void leave_front(const raised_windows& list, HWND owner) {
   if (list.count == 1) SetWindowPos(list.hwnd[0], owner, 0, 0, 0, 0, order_alone);
 }
 
+// Where the mouse is stands in an answer of the server's, which comes after all that it was asked before; Wine does
+// not ask within 100 ms of a move of the mouse.
+void await_server() {
+  POINT unused;
+  GetCursorPos(&unused);
+}
+
 bool is_owned_by(HWND hwnd, HWND owner) {
   while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
   return hwnd != nullptr;

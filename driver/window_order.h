@@ -31,6 +31,10 @@ void move_to_front(const raised_windows& list, UINT flags);
 // `owner` first. On the thread that owns it.
 void leave_front(const raised_windows& list, HWND owner);
 
+// Returns when the X server has heard what this thread asked for before: it hears of a window from this thread, and of
+// what is drawn in it by another connection. Right after a move of the mouse nothing is awaited.
+void await_server();
+
 bool is_owned_by(HWND hwnd, HWND owner);
 
 // Whether no other window lies over the owner, above which nothing of it may come. Any thread.

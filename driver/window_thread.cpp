@@ -80,6 +80,10 @@ void register_window_class(const char* name, WNDPROC procedure) {
   RegisterClassA(&drawn);
 }
 
+void share_input(HWND hwnd) {
+  AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(hwnd, nullptr), TRUE);
+}
+
 void repeat_on_window_thread(void (*work)(), UINT milliseconds) {
   repeated = work;
   if (work != nullptr) {

@@ -15,6 +15,10 @@ bool on_window_thread(void (*work)(void* argument), void* argument);
 // failure: a class that exists already serves as well.
 void register_window_class(const char* name, WNDPROC procedure);
 
+// Lets the window thread share the input of the thread that `hwnd` belongs to. Without a window manager keys go to the
+// window under the mouse: they are the application's to have. On the window thread.
+void share_input(HWND hwnd);
+
 // Lets the window thread call `work` every `milliseconds`, in place of what was set before; null ends it. On that
 // thread.
 void repeat_on_window_thread(void (*work)(), UINT milliseconds);

@@ -1,0 +1,119 @@
+#include "stand_in_place.h"
+
+#include <cstdlib>
+
+#include "stand_in_raise.h"
+#include "window_order.h"
+#include "window_thread.h"
+
+namespace {
+
+RECT client_on_screen(HWND hwnd) {
+  RECT client{};
+  GetClientRect(hwnd, &client);
+  MapWindowPoints(hwnd, nullptr, reinterpret_cast<POINT*>(&client), 2);
+  return client;
+}
+
+void clip(HWND hwnd, const placement& wanted) {
+  const RECT whole = {0, 0, wanted.place.right - wanted.place.left, wanted.place.bottom - wanted.place.top};
+  SetWindowRgn(hwnd, EqualRect(&wanted.part, &whole) ? nullptr : CreateRectRgnIndirect(&wanted.part), TRUE);
+}
+
+bool has_size_of(const RECT& a, const RECT& b) {
+  return a.right - a.left == b.right - b.left && a.bottom - a.top == b.bottom - b.top;
+}
+
+// A hidden stand-in stays where it is, but has the child's size, which is what the host draws in. The list may have
+// changed on return: while the thread waits for another's window it takes messages.
+void place(stand_in* s, const placement& wanted) {
+  const placement before = s->now;
+  s->settled = false;
+  AcquireSRWLockExclusive(&stand_in_lock);
+  s->now = wanted;
+  ReleaseSRWLockExclusive(&stand_in_lock);
+  HWND hwnd = s->hwnd;
+  const LONG width = wanted.place.right - wanted.place.left, height = wanted.place.bottom - wanted.place.top;
+  UINT flags = SWP_NOOWNERZORDER | SWP_NOACTIVATE;
+  if (wanted.visible && !before.visible) {
+    s->raise = raising::stand_ins;
+    flags |= SWP_SHOWWINDOW;
+  }
+  if (!wanted.visible || before.visible || !is_foremost(s->owner)) flags |= SWP_NOZORDER;
+  if (!wanted.visible) flags |= before.visible ? SWP_NOMOVE | SWP_HIDEWINDOW : SWP_NOMOVE;
+  SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
+               flags);
+  sizing known = sizing::known;
+  if (!has_size_of(before.place, wanted.place)) s->size.compare_exchange_strong(known, sizing::changed);
+  if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
+  await_server();
+  s->settled = true;
+}
+
+void change_owner(stand_in* s, HWND owner) {
+  AcquireSRWLockExclusive(&stand_in_lock);
+  s->owner = owner;
+  ReleaseSRWLockExclusive(&stand_in_lock);
+  watch_owner(owner);
+  share_input(owner);
+  SetWindowLongPtrA(s->hwnd, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(owner));
+  s->raise = raising::stand_ins;
+}
+
+}  // namespace
+
+placement find_placement(HWND child, HWND owner) {
+  placement p = {client_on_screen(child), {}, false};
+  RECT seen = p.place;
+  for (HWND up = GetAncestor(child, GA_PARENT); up && up != GetDesktopWindow(); up = GetAncestor(up, GA_PARENT)) {
+    const RECT client = client_on_screen(up);
+    IntersectRect(&seen, &seen, &client);
+  }
+  p.visible = IsWindowVisible(child) && !IsIconic(owner) && !IsRectEmpty(&seen);
+  p.part = seen;
+  OffsetRect(&p.part, -p.place.left, -p.place.top);
+  return p;
+}
+
+bool is_same(const placement& a, const placement& b) {
+  return a.visible == b.visible && EqualRect(&a.place, &b.place) && EqualRect(&a.part, &b.part);
+}
+
+void destroy(stand_in* s) {
+  remove_stand_in(s);
+  if (!first_stand_in) repeat_on_window_thread(nullptr, 0);
+  DestroyWindow(s->hwnd);
+  free(s);
+}
+
+void follow(stand_in* s) {
+  if (!IsWindow(s->child)) {
+    destroy(s);
+    return;
+  }
+  HWND owner = GetAncestor(s->child, GA_ROOT);
+  if (owner != s->owner) change_owner(s, owner);
+  RECT owner_place{};
+  GetWindowRect(owner, &owner_place);
+  AcquireSRWLockExclusive(&stand_in_lock);
+  s->owner_place = owner_place;
+  ReleaseSRWLockExclusive(&stand_in_lock);
+  const placement wanted = find_placement(s->child, owner);
+  if (!is_same(wanted, s->now)) place(s, wanted);
+}
+
+// Each round starts at the front: the list may have changed meanwhile. What was looked at in this round is passed over.
+void follow_all() {
+  static unsigned round;
+  ++round;
+  look_at_order();
+  for (stand_in* s = first_stand_in; s;) {
+    if (s->looked_at == round) {
+      s = s->next;
+      continue;
+    }
+    s->looked_at = round;
+    follow(s);
+    s = first_stand_in;
+  }
+}

@@ -1,0 +1,19 @@
+// Where stand-ins belong, and that they go there.
+#pragma once
+
+#include "stand_in_record.h"
+
+// Where a child's stand-in belongs now. `owner` is its top window. Any thread that may send messages.
+placement find_placement(HWND child, HWND owner);
+
+bool is_same(const placement& a, const placement& b);
+
+// Brings a stand-in to where its child is, under its child's top window as owner, or destroys it if the child is gone.
+// `s` may be gone on return. On the window thread, as the next two.
+void follow(stand_in* s);
+
+// The same for all, and for what is left behind by its owner a step to the front.
+void follow_all();
+
+// Takes a stand-in off the list, destroys its window and frees it. With the last, the looks at all of them end.
+void destroy(stand_in* s);

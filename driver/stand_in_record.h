@@ -1,0 +1,50 @@
+// The records of the windows that stand in for child windows.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+
+// Where a stand-in belongs.
+struct placement {
+  RECT place;  // of the child's client area, in screen coordinates
+  RECT part;   // what its ancestors let be seen of it, in its own coordinates
+  bool visible;
+};
+
+// What is still to be done to bring an owner's windows to the front.
+enum class raising { none, others, stand_ins };
+
+// Whether the host knows the size of what it draws in.
+enum class sizing { never_drawn, known, changed };
+
+struct stand_in {
+  stand_in* next;
+  HWND child;
+  HWND owner;  // the child's top window
+  HWND hwnd;
+  HDC hdc;
+  WNDPROC child_procedure;  // the one that ours replaced
+  placement now;            // changed under the lock, as the next
+  RECT owner_place;         // at the last look, on the screen
+  unsigned looked_at;
+  bool foremost;  // nothing lay over the owner at the last look
+  // Read by threads that draw; `raise` set to `stand_ins` by those that show windows.
+  std::atomic<raising> raise;
+  std::atomic<bool> settled;  // the X server has it where `now` says
+  std::atomic<sizing> size;
+};
+
+// The list is changed on the window thread alone, under the lock; another thread holds the lock for a look-up, and
+// keeps no pointer. No window is moved, shown or destroyed under it.
+extern SRWLOCK stand_in_lock;
+extern std::atomic<stand_in*> first_stand_in;
+
+// The record with a child, with a window that stands in, or one of those with an owner; or null. On the window thread,
+// or under the lock.
+stand_in* find_stand_in(HWND child);
+stand_in* find_stand_in_by_window(HWND hwnd);
+stand_in* find_stand_in_by_owner(HWND owner);
+
+// Takes a record off the list, takes the lock for it, and frees nothing. On the window thread.
+void remove_stand_in(stand_in* s);
