@@ -29,7 +29,7 @@ BOOL host_make_current(HDC draw, HDC read, HGLRC hglrc) {
 // Gives up what the host has current on this thread.
 BOOL release_real(thread_state* thread) {
   set_bound(thread, false);
-  if (thread->real == nullptr) return TRUE;
+  if (!thread->real) return TRUE;
   const BOOL result = host_make_current(nullptr, nullptr, nullptr);
   set_holder(thread->real, 0);
   thread->real = nullptr;
@@ -39,9 +39,9 @@ BOOL release_real(thread_state* thread) {
 // A window is drawn to for as long as it lives, also when its application gave the device context back.
 HDC lasting_hdc(const drawable& target, drawable& borrowed) {
   if (HDC hdc = stand_in_hdc(target.hwnd)) return hdc;
-  if (target.hwnd == nullptr || WindowFromDC(target.hdc) == target.hwnd) return target.hdc;
+  if (!target.hwnd || WindowFromDC(target.hdc) == target.hwnd) return target.hdc;
   if (borrowed.hwnd != target.hwnd) {
-    if (borrowed.hdc != nullptr) ReleaseDC(borrowed.hwnd, borrowed.hdc);
+    if (borrowed.hdc) ReleaseDC(borrowed.hwnd, borrowed.hdc);
     borrowed = {GetDC(target.hwnd), target.hwnd};
   }
   return borrowed.hdc;
@@ -52,7 +52,7 @@ bool is_same(const drawable& a, const drawable& b) {
 }
 
 BOOL make_current_on(context* c, HDC draw, HDC read) {
-  if (draw == nullptr || !host_make_current(draw, read, c->hglrc)) return FALSE;
+  if (!draw || !host_make_current(draw, read, c->hglrc)) return FALSE;
   c->host_draw = draw;
   c->host_read = read;
   settle_size(c);
@@ -80,7 +80,7 @@ void refuse(thread_state* thread, const char* why) {
 // The host's turn, when what it has is not what the thread noted.
 bool realize(thread_state* thread) {
   context* c = thread->current;
-  if (c->hglrc == nullptr) {
+  if (!c->hglrc) {
     refuse(thread, "it was deleted");
     return false;
   }
@@ -93,7 +93,7 @@ bool realize(thread_state* thread) {
     refuse(thread, "the host refused");
     return false;
   }
-  if (thread->real != nullptr && thread->real != c) set_holder(thread->real, 0);
+  if (thread->real && thread->real != c) set_holder(thread->real, 0);
   thread->real = c;
   set_holder(c, thread->id);
   c->stale = false;
@@ -133,10 +133,10 @@ bool is_acceptable(thread_state* thread, context* c, HDC draw, HDC read) {
 }
 
 BOOL note_none(thread_state* thread, HDC hdc) {
-  if (thread->owned != nullptr) drop_ownership(thread->owned);
-  const bool had_one = thread->current != nullptr;
+  if (thread->owned) drop_ownership(thread->owned);
+  const bool had_one = thread->current;
   thread->owned = thread->current = nullptr;
-  if (thread->real != nullptr) return release_real(thread);
+  if (thread->real) return release_real(thread);
   return had_one ? TRUE : host_wgl_entry<wglMakeCurrent_op>()(hdc, nullptr);
 }
 
@@ -149,7 +149,7 @@ void set_current(thread_state* thread, context* c) {
 // A context that came about in a way that the driver does not know.
 context* adopt(HGLRC hglrc) {
   context* c = register_context(hglrc, 0);
-  if (c == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  if (!c) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return c;
 }
 
@@ -172,8 +172,8 @@ void stop_bindings() {
 
 void end_thread_binding() {
   auto* thread = static_cast<thread_state*>(TlsGetValue(state_slot));
-  if (thread == nullptr) return;
-  if (thread->owned != nullptr) drop_ownership(thread->owned);
+  if (!thread) return;
+  if (thread->owned) drop_ownership(thread->owned);
   release_real(thread);
   TlsSetValue(state_slot, nullptr);
   free(thread);
@@ -181,10 +181,10 @@ void end_thread_binding() {
 
 thread_state* this_thread() {
   auto* thread = static_cast<thread_state*>(TlsGetValue(state_slot));
-  if (thread != nullptr) return thread;
+  if (thread) return thread;
   load_host();
   thread = static_cast<thread_state*>(calloc(1, sizeof(thread_state)));
-  if (thread == nullptr) return nullptr;
+  if (!thread) return nullptr;
   thread->id = GetCurrentThreadId();
   TlsSetValue(state_slot, thread);
   return thread;
@@ -192,7 +192,7 @@ thread_state* this_thread() {
 
 thread_state* bind_current() {
   thread_state* thread = this_thread();
-  if (thread == nullptr || thread->current == nullptr || thread->refused) return nullptr;
+  if (!thread || !thread->current || thread->refused) return nullptr;
   context* c = thread->current;
   if (thread->real != c || c->stale) {
     if (!realize(thread)) return nullptr;
@@ -209,11 +209,11 @@ extern "C" thread_state* driver_bind_current() {
 
 BOOL note_binding(HDC draw, HDC read, HGLRC hglrc) {
   thread_state* thread = this_thread();
-  if (thread == nullptr) return FALSE;
-  if (hglrc == nullptr) return note_none(thread, draw);
+  if (!thread) return FALSE;
+  if (!hglrc) return note_none(thread, draw);
   context* c = find_context(hglrc);
-  const bool adopted = c == nullptr;
-  if (adopted && (c = adopt(hglrc)) == nullptr) return FALSE;
+  const bool adopted = !c;
+  if (adopted && !(c = adopt(hglrc))) return FALSE;
   const DWORD owner = owner_of(c);
   if (owner != 0 && owner != thread->id) {
     SetLastError(ERROR_BUSY);
@@ -239,9 +239,9 @@ BOOL note_binding(HDC draw, HDC read, HGLRC hglrc) {
 
 BOOL switch_to(context* c) {
   thread_state* thread = this_thread();
-  if (thread == nullptr || c == nullptr) return FALSE;
+  if (!thread || !c) return FALSE;
   if (thread->current == c && !thread->refused) return TRUE;
-  if (c->hglrc == nullptr || c->draw.hdc == nullptr) {
+  if (!c->hglrc || !c->draw.hdc) {
     report("a switch to a context that is deleted or was never bound");
     return FALSE;
   }
@@ -256,7 +256,7 @@ BOOL switch_to(context* c) {
 
 void forget_context(context* c) {
   thread_state* thread = this_thread();
-  if (thread == nullptr) return;
+  if (!thread) return;
   if (thread->owned == c) {
     drop_ownership(c);
     thread->owned = nullptr;

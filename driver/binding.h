@@ -49,8 +49,8 @@ thread_state* bind_current();
 // The context that the calling thread's next call to the host will reach, or null.
 inline context* calling_context() {
   thread_state* thread = bound_thread();
-  if (thread == nullptr) thread = bind_current();
-  return thread == nullptr ? nullptr : thread->current;
+  if (!thread) thread = bind_current();
+  return thread ? thread->current : nullptr;
 }
 
 // The calling thread's state, without any binding being made real. Null when there is no memory.

@@ -9,7 +9,7 @@ SRWLOCK lock = SRWLOCK_INIT;
 context* first_context;
 
 context* find_record(HGLRC hglrc) {
-  for (context* c = first_context; c != nullptr; c = c->next) {
+  for (context* c = first_context; c; c = c->next) {
     if (c->hglrc == hglrc) return c;
   }
   return nullptr;
@@ -17,7 +17,7 @@ context* find_record(HGLRC hglrc) {
 
 context* new_record() {
   auto* c = static_cast<context*>(calloc(1, sizeof(context)));
-  if (c == nullptr) return nullptr;
+  if (!c) return nullptr;
   c->next = first_context;
   first_context = c;
   return c;
@@ -42,8 +42,8 @@ void store(DWORD& word, DWORD value) {
 context* register_context(HGLRC hglrc, int pixel_format) {
   AcquireSRWLockExclusive(&lock);
   context* c = find_record(nullptr);
-  if (c == nullptr) c = new_record();
-  if (c != nullptr) {
+  if (!c) c = new_record();
+  if (c) {
     c->hglrc = hglrc;
     c->pixel_format = pixel_format;
     c->withheld_extensions = -1;
@@ -53,7 +53,7 @@ context* register_context(HGLRC hglrc, int pixel_format) {
 }
 
 context* find_context(HGLRC hglrc) {
-  if (hglrc == nullptr) return nullptr;
+  if (!hglrc) return nullptr;
   AcquireSRWLockShared(&lock);
   context* c = find_record(hglrc);
   ReleaseSRWLockShared(&lock);
@@ -73,7 +73,7 @@ void note_first_drawable(context* c, HWND hwnd) {
   }
   c->bound_before = true;
   RECT client;
-  if (hwnd == nullptr || !GetClientRect(hwnd, &client)) return;
+  if (!hwnd || !GetClientRect(hwnd, &client)) return;
   c->initial_size = {client.right, client.bottom};
   c->has_initial_size = c->viewport_pending = c->scissor_pending = true;
 }
@@ -82,7 +82,7 @@ bool take_ownership(context* c, context* previous, DWORD thread) {
   AcquireSRWLockExclusive(&lock);
   const bool available = c->owner == 0 || c->owner == thread;
   if (available) {
-    if (previous != nullptr) store(previous->owner, 0);
+    if (previous) store(previous->owner, 0);
     store(c->owner, thread);
   }
   ReleaseSRWLockExclusive(&lock);

@@ -7,6 +7,6 @@
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* ending) {
   if (reason == DLL_PROCESS_ATTACH) return start_bindings(settle_new_binding);
   if (reason == DLL_THREAD_DETACH) end_thread_binding();
-  if (reason == DLL_PROCESS_DETACH && ending == nullptr) stop_bindings();
+  if (reason == DLL_PROCESS_DETACH && !ending) stop_bindings();
   return TRUE;
 }

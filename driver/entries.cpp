@@ -62,7 +62,7 @@ __osw_proc find_proc(const char* name) {
   if (strcmp(name, "wglCreateContextAttribsARB") == 0) return nullptr;
   bind_current();
   __osw_proc hosts = ask_host(name);
-  if (hosts == nullptr) return nullptr;
+  if (!hosts) return nullptr;
   // What the host exports is called there; it may answer another address to the name.
   if (const int op = position_of(name, gl_entries); op >= 0) {
     find_host_gl(op, name);
@@ -78,5 +78,5 @@ __osw_proc find_proc(const char* name) {
 }  // namespace
 
 PROC find_entry(const char* name) {
-  return name == nullptr ? nullptr : reinterpret_cast<PROC>(find_proc(name));
+  return name ? reinterpret_cast<PROC>(find_proc(name)) : nullptr;
 }

@@ -15,7 +15,7 @@ template <class Op, class Result, class... Arguments>
 
 template <class Op, class Result, class... Arguments>
 inline Result forward(Arguments... arguments) {
-  if (bound_thread() == nullptr) [[unlikely]]
+  if (!bound_thread()) [[unlikely]]
     return bind_and_forward<Op, Result>(arguments...);
   return host_gl_entry<Op>()(arguments...);
 }

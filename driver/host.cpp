@@ -33,13 +33,12 @@ const char* const wgl_names[] = {
 
 // A library that stands on this driver, or is one like it, would call the driver again for every call.
 bool leads_back_here(HMODULE module) {
-  return GetProcAddress(module, "EnablePerformanceOptimization") != nullptr ||
-         GetProcAddress(module, "OswDriverSwitchCount") != nullptr;
+  return GetProcAddress(module, "EnablePerformanceOptimization") || GetProcAddress(module, "OswDriverSwitchCount");
 }
 
 HMODULE load_usable(const char* path) {
   HMODULE module = LoadLibraryA(path);
-  if (module == nullptr) return nullptr;
+  if (!module) return nullptr;
   if (!leads_back_here(module)) return module;
   report("%s stands on this driver and cannot be its host", path);
   FreeLibrary(module);
@@ -54,7 +53,7 @@ HMODULE load_beside_driver(const char* file) {
   const DWORD length = GetModuleFileNameA(self, path, longest_path);
   if (length == 0 || length >= longest_path) return nullptr;
   char* name = strrchr(path, '\\');
-  name = name == nullptr ? path : name + 1;
+  name = name ? name + 1 : path;
   if (static_cast<std::size_t>(path + longest_path - name) <= strlen(file)) return nullptr;
   strcpy(name, file);
   return load_usable(path);
@@ -92,7 +91,7 @@ BOOL CALLBACK load_once(INIT_ONCE*, void*, void**) {
   for (__osw_proc& entry : host_gl) entry = lacking;
   for (__osw_proc& entry : host_wgl) entry = lacking;
   host_module = find_host();
-  if (host_module == nullptr) {
+  if (!host_module) {
     report("no host library was found, error %lu", GetLastError());
     return TRUE;
   }
@@ -107,7 +106,7 @@ BOOL CALLBACK load_once(INIT_ONCE*, void*, void**) {
 bool find_in_host(__osw_proc& slot, const char* name) {
   if (slot != lacking) return true;
   __osw_proc entry = ask_host(name);
-  if (entry == nullptr) return false;
+  if (!entry) return false;
   slot = entry;
   return true;
 }
@@ -120,7 +119,7 @@ __osw_proc host_wgl[wgl_op_count];
 bool load_host() {
   static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
   InitOnceExecuteOnce(&once, load_once, nullptr, nullptr);
-  return host_module != nullptr;
+  return host_module;
 }
 
 __osw_proc ask_host(const char* name) {

@@ -22,11 +22,11 @@ LRESULT CALLBACK receive(int code, WPARAM first, LPARAM second) {
 }
 
 watched_thread* find_or_add(DWORD id) {
-  for (watched_thread* t = threads; t != nullptr; t = t->next) {
+  for (watched_thread* t = threads; t; t = t->next) {
     if (t->id == id) return t;
   }
   auto* added = static_cast<watched_thread*>(calloc(1, sizeof(watched_thread)));
-  if (added == nullptr) return nullptr;
+  if (!added) return nullptr;
   *added = {threads, id, nullptr};
   return threads = added;
 }
@@ -37,11 +37,11 @@ bool watch_sent_messages(DWORD thread, void (*told)(const CWPSTRUCT& sent)) {
   tell = told;
   AcquireSRWLockExclusive(&lock);
   watched_thread* t = find_or_add(thread);
-  if (t != nullptr) {
-    if (t->hook != nullptr) UnhookWindowsHookEx(t->hook);
+  if (t) {
+    if (t->hook) UnhookWindowsHookEx(t->hook);
     t->hook = SetWindowsHookExA(WH_CALLWNDPROC, receive, nullptr, thread);
   }
-  const bool watched = t != nullptr && t->hook != nullptr;
+  const bool watched = t && t->hook;
   ReleaseSRWLockExclusive(&lock);
   return watched;
 }

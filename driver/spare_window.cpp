@@ -6,16 +6,16 @@
 
 namespace {
 
-constexpr const char* class_name = "osw_driver_spare";
+constexpr char class_name[] = "osw_driver_spare";
 
 void make_on_window_thread(void* argument) {
   register_window_class(class_name, DefWindowProcA);
   auto* c = static_cast<context*>(argument);
   HWND hwnd = CreateWindowExA(WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW, class_name, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1,
                               nullptr, nullptr, nullptr, nullptr);
-  if (hwnd == nullptr) return;
+  if (!hwnd) return;
   HDC hdc = GetDC(hwnd);
-  PIXELFORMATDESCRIPTOR descriptor = {};
+  PIXELFORMATDESCRIPTOR descriptor{};
   host_wgl_entry<wglDescribePixelFormat_op>()(hdc, c->pixel_format, sizeof descriptor, &descriptor);
   if (host_wgl_entry<wglSetPixelFormat_op>()(hdc, c->pixel_format, &descriptor)) {
     c->spare_window = hwnd;
@@ -32,15 +32,15 @@ void destroy_on_window_thread(void* hwnd) {
 }  // namespace
 
 HDC spare_hdc(context* c) {
-  if (c->spare_window != nullptr || c->spare_failed) return c->spare_hdc;
+  if (c->spare_window || c->spare_failed) return c->spare_hdc;
   on_window_thread(make_on_window_thread, c);
-  c->spare_failed = c->spare_window == nullptr;
+  c->spare_failed = !c->spare_window;
   if (c->spare_failed) report("no spare drawable of pixel format %d could be made", c->pixel_format);
   return c->spare_hdc;
 }
 
 void destroy_spare_window(context* c) {
-  if (c->spare_window != nullptr) on_window_thread(destroy_on_window_thread, c->spare_window);
+  if (c->spare_window) on_window_thread(destroy_on_window_thread, c->spare_window);
   c->spare_window = nullptr;
   c->spare_hdc = nullptr;
 }

@@ -70,7 +70,7 @@ void make_on_window_thread(void* argument) {
     return;
   }
   enter(s);
-  follow(s);
+  follow_child(s);
 }
 
 void bring_on_window_thread(void* child) {

@@ -79,16 +79,16 @@ bool is_same(const placement& a, const placement& b) {
   return a.visible == b.visible && EqualRect(&a.place, &b.place) && EqualRect(&a.part, &b.part);
 }
 
-void destroy(stand_in* s) {
+void destroy_stand_in(stand_in* s) {
   remove_stand_in(s);
   if (!first_stand_in) repeat_on_window_thread(nullptr, 0);
   DestroyWindow(s->hwnd);
   free(s);
 }
 
-void follow(stand_in* s) {
+void follow_child(stand_in* s) {
   if (!IsWindow(s->child)) {
-    destroy(s);
+    destroy_stand_in(s);
     return;
   }
   HWND owner = GetAncestor(s->child, GA_ROOT);
@@ -113,7 +113,7 @@ void follow_all() {
       continue;
     }
     s->looked_at = round;
-    follow(s);
+    follow_child(s);
     s = first_stand_in;
   }
 }

@@ -10,10 +10,10 @@ bool is_same(const placement& a, const placement& b);
 
 // Brings a stand-in to where its child is, under its child's top window as owner, or destroys it if the child is gone.
 // `s` may be gone on return. On the window thread, as the next two.
-void follow(stand_in* s);
+void follow_child(stand_in* s);
 
 // The same for all, and for what is left behind by its owner a step to the front.
 void follow_all();
 
 // Takes a stand-in off the list, destroys its window and frees it. With the last, the looks at all of them end.
-void destroy(stand_in* s);
+void destroy_stand_in(stand_in* s);

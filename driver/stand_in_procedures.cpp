@@ -6,11 +6,11 @@
 namespace {
 
 void follow_on_window_thread(void* child) {
-  if (stand_in* s = find_stand_in(static_cast<HWND>(child))) follow(s);
+  if (stand_in* s = find_stand_in(static_cast<HWND>(child))) follow_child(s);
 }
 
 void destroy_on_window_thread(void* child) {
-  if (stand_in* s = find_stand_in(static_cast<HWND>(child))) destroy(s);
+  if (stand_in* s = find_stand_in(static_cast<HWND>(child))) destroy_stand_in(s);
 }
 
 WNDPROC procedure_of(HWND child) {

@@ -24,13 +24,13 @@ bool copy_offered(const char* from, char* to) {
     const std::size_t blanks = strspn(from + length, " ");
     if (is_withheld(from, length)) {
       withholds = true;
-    } else if (to != nullptr) {
+    } else if (to) {
       memcpy(to, from, length + blanks);
       to += length + blanks;
     }
     from += length + blanks;
   }
-  if (to != nullptr) *to = 0;
+  if (to) *to = 0;
   return withholds;
 }
 
@@ -44,14 +44,14 @@ SRWLOCK offered_lock = SRWLOCK_INIT;
 offered_string* offered_strings;
 
 const char* find_or_make_offered(const char* extensions) {
-  for (offered_string* s = offered_strings; s != nullptr; s = s->next) {
+  for (offered_string* s = offered_strings; s; s = s->next) {
     if (strcmp(s->from, extensions) == 0) return s->offered;
   }
   auto* made = static_cast<offered_string*>(calloc(1, sizeof(offered_string)));
-  if (made == nullptr) return "";
+  if (!made) return "";
   made->from = _strdup(extensions);
   made->offered = _strdup(extensions);
-  if (made->from == nullptr || made->offered == nullptr) return "";
+  if (!made->from || !made->offered) return "";
   copy_offered(extensions, made->offered);
   made->next = offered_strings;
   offered_strings = made;
@@ -64,7 +64,7 @@ const char* indexed_extension(GLuint index) {
 
 bool is_withheld_at(GLuint index) {
   const char* name = indexed_extension(index);
-  return name != nullptr && is_withheld(name, strlen(name));
+  return name && is_withheld(name, strlen(name));
 }
 
 // The indexed names are few hundred and the same for the life of a context.
@@ -83,7 +83,7 @@ GLuint host_index(GLuint index) {
   GLuint at = 0;
   for (;; ++at) {
     if (is_withheld_at(at)) continue;
-    if (index-- == 0 || indexed_extension(at) == nullptr) return at;
+    if (index-- == 0 || !indexed_extension(at)) return at;
   }
 }
 
@@ -143,7 +143,7 @@ template <class Op, class Value>
 [[gnu::noinline]] void ask_special(GLenum name, Value* values) {
   const auto ask = [name](auto* to) { host_gl_entry<Op>()(name, to); };
   context* c = calling_context();
-  if (c == nullptr) {
+  if (!c) {
     ask(values);
     return;
   }
@@ -158,7 +158,7 @@ template <class Op, class Value>
 
 template <class Op, class Value>
 inline void ask(GLenum name, Value* values) {
-  if (bound_thread() == nullptr) [[unlikely]]
+  if (!bound_thread()) [[unlikely]]
     bind_current();
   if (is_special(name)) {
     ask_special<Op>(name, values);
@@ -172,7 +172,7 @@ template <class Op, class Value>
 void ask_indexed(GLenum name, GLuint index, Value* values) {
   const auto ask = [=](auto* to) { host_gl_entry<Op>()(name, index, to); };
   const context* c = calling_context();
-  const point by = c == nullptr ? point{0, 0} : applied_to(c, name);
+  const point by = c ? applied_to(c, name) : point{0, 0};
   if constexpr (std::is_same_v<Value, GLboolean>) {
     const auto ask_float = [name](GLfloat* to) { host_gl_entry<glGetFloatv_op>()(name, to); };
     answer_boolean(by, values, ask, ask_float);
@@ -184,7 +184,7 @@ void ask_indexed(GLenum name, GLuint index, Value* values) {
 }  // namespace
 
 const char* offered_extensions(const char* extensions) {
-  if (extensions == nullptr || !copy_offered(extensions, nullptr)) return extensions;
+  if (!extensions || !copy_offered(extensions, nullptr)) return extensions;
   AcquireSRWLockExclusive(&offered_lock);
   const char* offered = find_or_make_offered(extensions);
   ReleaseSRWLockExclusive(&offered_lock);
@@ -247,6 +247,6 @@ const GLubyte* forward<glGetString_op, const GLubyte*>(GLenum name) {
 template <>
 const GLubyte* forward<glGetStringi_op, const GLubyte*>(GLenum name, GLuint index) {
   context* c = calling_context();
-  if (c != nullptr && name == GL_EXTENSIONS && withheld_count(c) > 0) index = host_index(index);
+  if (c && name == GL_EXTENSIONS && withheld_count(c) > 0) index = host_index(index);
   return host_gl_entry<glGetStringi_op>()(name, index);
 }

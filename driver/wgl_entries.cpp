@@ -10,8 +10,8 @@ namespace {
 constexpr UINT most_swaps = 16;
 
 HGLRC enter(HDC hdc, HGLRC hglrc) {
-  if (hglrc == nullptr) return nullptr;
-  if (register_context(hglrc, host_wgl_entry<wglGetPixelFormat_op>()(host_hdc(hdc))) != nullptr) return hglrc;
+  if (!hglrc) return nullptr;
+  if (register_context(hglrc, host_wgl_entry<wglGetPixelFormat_op>()(host_hdc(hdc)))) return hglrc;
   host_wgl_entry<wglDeleteContext_op>()(hglrc);
   SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return nullptr;
@@ -23,9 +23,9 @@ bool is_used_elsewhere(const context* c, DWORD thread) {
 }
 
 bool is_drawn_to(const thread_state* thread, HDC hdc) {
-  const context* c = thread == nullptr ? nullptr : thread->current;
-  if (c == nullptr) return false;
-  return c->draw.hdc == hdc || (c->draw.hwnd != nullptr && c->draw.hwnd == WindowFromDC(hdc));
+  const context* c = thread ? thread->current : nullptr;
+  if (!c) return false;
+  return c->draw.hdc == hdc || (c->draw.hwnd && c->draw.hwnd == WindowFromDC(hdc));
 }
 
 // What the host swaps for a device context of the application; null when there is nothing to show. A context that draws
@@ -34,7 +34,7 @@ HDC prepare_swap(HDC hdc) {
   const thread_state* thread = this_thread();
   catch_up(WindowFromDC(hdc));
   if (!is_drawn_to(thread, hdc)) return host_hdc(hdc);
-  if (bind_current() == nullptr) return host_hdc(hdc);
+  if (!bind_current()) return host_hdc(hdc);
   if (!thread->current->spared) return thread->current->host_draw;
   host_gl_entry<glFlush_op>()();
   return nullptr;
@@ -42,7 +42,7 @@ HDC prepare_swap(HDC hdc) {
 
 HDC current_hdc(drawable context::*which) {
   const thread_state* thread = this_thread();
-  return thread == nullptr || thread->current == nullptr ? nullptr : (thread->current->*which).hdc;
+  return thread && thread->current ? (thread->current->*which).hdc : nullptr;
 }
 
 }  // namespace
@@ -62,14 +62,14 @@ OWN_WGL_ENTRY(wglCopyContext, BOOL, HGLRC source, HGLRC destination, UINT mask) 
   const BOOL result = host_wgl_entry<wglCopyContext_op>()(source, destination, mask);
   const context* from = find_context(source);
   context* to = find_context(destination);
-  if (result && from != nullptr && to != nullptr) copy_offsets(to, from, mask);
+  if (result && from && to) copy_offsets(to, from, mask);
   return result;
 }
 
 OWN_WGL_ENTRY(wglDeleteContext, BOOL, HGLRC hglrc) {
   load_host();
   context* c = find_context(hglrc);
-  if (c == nullptr) return host_wgl_entry<wglDeleteContext_op>()(hglrc);
+  if (!c) return host_wgl_entry<wglDeleteContext_op>()(hglrc);
   if (is_used_elsewhere(c, GetCurrentThreadId())) {
     SetLastError(ERROR_BUSY);
     return FALSE;
@@ -77,14 +77,14 @@ OWN_WGL_ENTRY(wglDeleteContext, BOOL, HGLRC hglrc) {
   forget_context(c);
   if (!host_wgl_entry<wglDeleteContext_op>()(hglrc)) return FALSE;
   destroy_spare_window(c);
-  if (c->borrowed.hdc != nullptr) ReleaseDC(c->borrowed.hwnd, c->borrowed.hdc);
+  if (c->borrowed.hdc) ReleaseDC(c->borrowed.hwnd, c->borrowed.hdc);
   unregister_context(c);
   return TRUE;
 }
 
 OWN_WGL_ENTRY(wglGetCurrentContext, HGLRC) {
   const thread_state* thread = this_thread();
-  return thread == nullptr || thread->current == nullptr ? nullptr : thread->current->hglrc;
+  return thread && thread->current ? thread->current->hglrc : nullptr;
 }
 
 OWN_WGL_ENTRY(wglGetCurrentDC, HDC) {
@@ -121,7 +121,7 @@ OWN_WGL_ENTRY(wglMakeContextCurrentEXT, BOOL, HDC draw, HDC read, HGLRC hglrc) {
 
 OWN_WGL_ENTRY(wglSetPixelFormat, BOOL, HDC hdc, int format, const PIXELFORMATDESCRIPTOR* descriptor) {
   thread_state* thread = this_thread();
-  if (thread == nullptr || thread->depth >= deepest) return FALSE;
+  if (!thread || thread->depth >= deepest) return FALSE;
   ++thread->depth;
   make_stand_in(WindowFromDC(hdc), format, descriptor);
   const BOOL result = host_wgl_entry<wglSetPixelFormat_op>()(host_hdc(hdc), format, descriptor);
@@ -131,12 +131,12 @@ OWN_WGL_ENTRY(wglSetPixelFormat, BOOL, HDC hdc, int format, const PIXELFORMATDES
 
 OWN_WGL_ENTRY(wglSwapBuffers, BOOL, HDC hdc) {
   HDC shown = prepare_swap(hdc);
-  return shown == nullptr ? TRUE : host_wgl_entry<wglSwapBuffers_op>()(shown);
+  return shown ? host_wgl_entry<wglSwapBuffers_op>()(shown) : TRUE;
 }
 
 OWN_WGL_ENTRY(wglSwapLayerBuffers, BOOL, HDC hdc, UINT planes) {
   HDC shown = prepare_swap(hdc);
-  return shown == nullptr ? TRUE : host_wgl_entry<wglSwapLayerBuffers_op>()(shown, planes);
+  return shown ? host_wgl_entry<wglSwapLayerBuffers_op>()(shown, planes) : TRUE;
 }
 
 // One by one, as each may need a binding of its own; bit i of the result is set when swap i succeeded.

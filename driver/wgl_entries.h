@@ -82,7 +82,7 @@ constexpr int deepest = 16;
 template <class Op, class Result, class... Arguments>
 inline Result forward_wgl(Arguments... arguments) {
   thread_state* thread = this_thread();
-  if (thread == nullptr || thread->depth >= deepest) return Result();
+  if (!thread || thread->depth >= deepest) return Result();
   if constexpr (asks_current_context<Op>) bind_current();
   ++thread->depth;
   if constexpr (std::is_void_v<Result>) {

@@ -65,7 +65,7 @@ void apply_offset(context* c, point wanted) {
 
 // The offset that drawing has now. It is a window's, and its context may be bound to a pbuffer next.
 point drawing_offset(const context* c) {
-  return c->window_drawn && c->draw.hwnd != nullptr ? c->offset : no_offset;
+  return c->window_drawn && c->draw.hwnd ? c->offset : no_offset;
 }
 
 // Brings the host's values to it.
@@ -79,7 +79,7 @@ void find_window_drawn(context* c) {
 }
 
 bool has_offset(const context* c) {
-  return c != nullptr && c->offset != no_offset;
+  return c && c->offset != no_offset;
 }
 
 // The first call in a context's life, when no error of the application can be pending.
@@ -117,7 +117,7 @@ void blit_framebuffer(const GLint (&source)[4], const GLint (&target)[4], GLbitf
   const context* c = calling_context();
   point from = no_offset, to = no_offset;
   if (has_offset(c)) {
-    if (c->read.hwnd != nullptr && host_integer(GL_READ_FRAMEBUFFER_BINDING) == 0) from = c->offset;
+    if (c->read.hwnd && host_integer(GL_READ_FRAMEBUFFER_BINDING) == 0) from = c->offset;
     to = drawing_offset(c);
   }
   host_gl_entry<Op>()(sum(source[0], from.x), sum(source[1], from.y), sum(source[2], from.x), sum(source[3], from.y),
@@ -127,7 +127,7 @@ void blit_framebuffer(const GLint (&source)[4], const GLint (&target)[4], GLbitf
 
 point raster_offset() {
   const context* c = calling_context();
-  return c == nullptr ? no_offset : c->applied.raster;
+  return c ? c->applied.raster : no_offset;
 }
 
 // Inside glBegin and glEnd, where nothing can be asked: -1.
@@ -150,7 +150,7 @@ struct shifted_values {
 };
 
 shifted_values ask_shifted_values() {
-  shifted_values values = {};
+  shifted_values values{};
   host_gl_entry<glGetIntegerv_op>()(GL_VIEWPORT, values.viewport);
   host_gl_entry<glGetIntegerv_op>()(GL_SCISSOR_BOX, values.scissor);
   host_gl_entry<glGetFloatv_op>()(GL_CURRENT_RASTER_POSITION, values.raster);
@@ -191,7 +191,7 @@ void copy_offsets(context* destination, const context* source, GLbitfield mask) 
 template <>
 void forward<glViewportOffsetZ4_op, void>(GLint x, GLint y) {
   context* c = calling_context();
-  if (c == nullptr) return;
+  if (!c) return;
   settle_size(c);
   find_window_drawn(c);
   c->offset = {x, y};
@@ -201,17 +201,17 @@ void forward<glViewportOffsetZ4_op, void>(GLint x, GLint y) {
 template <>
 void forward<glViewport_op, void>(GLint x, GLint y, GLsizei width, GLsizei height) {
   context* c = calling_context();
-  const point by = c == nullptr ? no_offset : c->applied.viewport;
+  const point by = c ? c->applied.viewport : no_offset;
   host_gl_entry<glViewport_op>()(sum(x, by.x), sum(y, by.y), width, height);
-  if (c != nullptr && c->viewport_pending && !is_compiling(c)) c->viewport_pending = false;
+  if (c && c->viewport_pending && !is_compiling(c)) c->viewport_pending = false;
 }
 
 template <>
 void forward<glScissor_op, void>(GLint x, GLint y, GLsizei width, GLsizei height) {
   context* c = calling_context();
-  const point by = c == nullptr ? no_offset : c->applied.scissor;
+  const point by = c ? c->applied.scissor : no_offset;
   host_gl_entry<glScissor_op>()(sum(x, by.x), sum(y, by.y), width, height);
-  if (c != nullptr && c->scissor_pending && !is_compiling(c)) c->scissor_pending = false;
+  if (c && c->scissor_pending && !is_compiling(c)) c->scissor_pending = false;
 }
 
 // Shorts go to the host as ints: with the offset they may need more bits.
@@ -281,7 +281,7 @@ void forward<glDeleteFramebuffersEXT_op, void>(GLsizei n, const GLuint* framebuf
 template <>
 void forward<glPushAttrib_op, void>(GLbitfield mask) {
   context* c = calling_context();
-  if (c != nullptr) {
+  if (c) {
     const GLint depth = attribute_depth();
     if (depth >= 0 && depth < attribute_level_count) c->levels[depth] = {mask, c->applied};
   }
@@ -291,7 +291,7 @@ void forward<glPushAttrib_op, void>(GLbitfield mask) {
 template <>
 void forward<glPopAttrib_op, void>() {
   context* c = calling_context();
-  const GLint depth = c == nullptr ? -1 : attribute_depth();
+  const GLint depth = c ? attribute_depth() : -1;
   const bool is_noted = depth >= 1 && depth <= attribute_level_count;
   if (is_noted && c->levels[depth - 1].applied != c->applied) {
     pop_under_other_offset(c, c->levels[depth - 1]);
@@ -304,13 +304,13 @@ template <>
 void forward<glEndList_op, void>() {
   context* c = calling_context();
   host_gl_entry<glEndList_op>()();
-  if (c != nullptr) settle(c);
+  if (c) settle(c);
 }
 
 template <>
 GLint forward<glRenderMode_op, GLint>(GLenum mode) {
   context* c = calling_context();
   const GLint result = host_gl_entry<glRenderMode_op>()(mode);
-  if (c != nullptr) settle(c);
+  if (c) settle(c);
   return result;
 }

@@ -8,7 +8,7 @@ constexpr UINT order_alone = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOW
 
 int depth_of(HWND child) {
   int depth = 0;
-  while ((child = GetAncestor(child, GA_PARENT)) != nullptr) ++depth;
+  while ((child = GetAncestor(child, GA_PARENT))) ++depth;
   return depth;
 }
 
@@ -39,14 +39,14 @@ void await_server() {
 }
 
 bool is_owned_by(HWND hwnd, HWND owner) {
-  while (hwnd != nullptr && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
-  return hwnd != nullptr;
+  while (hwnd && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
+  return hwnd;
 }
 
 bool is_foremost(HWND owner) {
   RECT place, other, common;
   GetWindowRect(owner, &place);
-  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV)) != nullptr;) {
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV));) {
     if (!IsWindowVisible(at) || is_owned_by(at, owner)) continue;
     GetWindowRect(at, &other);
     if (IntersectRect(&common, &place, &other)) return false;

@@ -24,14 +24,14 @@ LRESULT CALLBACK control_procedure(HWND hwnd, UINT message, WPARAM first, LPARAM
     return TRUE;
   }
   if (message == WM_TIMER && first == repeat_timer) {
-    if (repeated != nullptr) repeated();
+    if (repeated) repeated();
     return 0;
   }
   return DefWindowProcA(hwnd, message, first, second);
 }
 
 HWND make_control_window(HMODULE self) {
-  WNDCLASSA control = {};
+  WNDCLASSA control{};
   control.lpfnWndProc = control_procedure;
   control.hInstance = self;
   control.lpszClassName = "osw_driver_control";
@@ -43,15 +43,15 @@ DWORD WINAPI serve(void* started) {
   control_window = make_control_window(keep_loaded());
   SetEvent(started);
   MSG message;
-  while (control_window != nullptr && GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
+  while (control_window && GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
   return 0;
 }
 
 BOOL CALLBACK start_once(INIT_ONCE*, void*, void**) {
   keep_loaded();
   HANDLE started = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-  HANDLE thread = started == nullptr ? nullptr : CreateThread(nullptr, 0, serve, started, 0, nullptr);
-  if (thread == nullptr || WaitForSingleObject(started, start_limit) != WAIT_OBJECT_0 || control_window == nullptr) {
+  HANDLE thread = started ? CreateThread(nullptr, 0, serve, started, 0, nullptr) : nullptr;
+  if (!thread || WaitForSingleObject(started, start_limit) != WAIT_OBJECT_0 || !control_window) {
     // The event stays: the thread may yet set it.
     report("the window thread did not start, error %lu", GetLastError());
     return TRUE;
@@ -66,13 +66,13 @@ BOOL CALLBACK start_once(INIT_ONCE*, void*, void**) {
 bool on_window_thread(void (*work)(void*), void* argument) {
   static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
   InitOnceExecuteOnce(&once, start_once, nullptr, nullptr);
-  if (control_window == nullptr) return false;
+  if (!control_window) return false;
   return SendMessageA(control_window, run_message, reinterpret_cast<WPARAM>(work),
                       reinterpret_cast<LPARAM>(argument)) != 0;
 }
 
 void register_window_class(const char* name, WNDPROC procedure) {
-  WNDCLASSA drawn = {};
+  WNDCLASSA drawn{};
   drawn.style = CS_OWNDC | CS_GLOBALCLASS;
   drawn.lpfnWndProc = procedure;
   drawn.hInstance = keep_loaded();
@@ -86,7 +86,7 @@ void share_input(HWND hwnd) {
 
 void repeat_on_window_thread(void (*work)(), UINT milliseconds) {
   repeated = work;
-  if (work != nullptr) {
+  if (work) {
     SetTimer(control_window, repeat_timer, milliseconds, nullptr);
   } else {
     KillTimer(control_window, repeat_timer);
