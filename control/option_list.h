@@ -17,7 +17,7 @@ struct option {
 #define OSW_OPTION(name, kind, fallback, accepted, meaning) \
   {L"" #name, option_kind::kind, fallback, L"" accepted, L"" meaning},
 inline constexpr option option_list[] = {
-#include "startup/options.inc"
+#include "startup/config/options.inc"
 };
 #undef OSW_OPTION
 

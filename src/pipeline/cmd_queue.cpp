@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <utility>
 
 #include "pipeline/replay.h"
-#include "sequential/read_pixels_part.h"
-#include "startup/monitors.h"
-#include "wgl/window_mapping.h"
+#include "sequential/parts/read_pixels_part.h"
+#include "startup/config/monitors.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "dispatch/report.h"
 #include "pipeline/replay.h"
-#include "wgl/glrc.h"
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

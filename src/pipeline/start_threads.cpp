@@ -3,7 +3,7 @@
 
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <type_traits>
 
-#include "sequential/switch.h"
+#include "sequential/parts/switch.h"
 
 // What the op calls: the entry that an alias named, when one is borrowing this body, and else the system's own.
 template <class Op>

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "sequential/exceptions.h"
-#include "wgl/copy_format.h"
+#include "sequential/parts/copy_format.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 #include "sequential/exceptions.h"
-#include "sequential/read_pixels_part.h"
+#include "sequential/parts/read_pixels_part.h"
 
 template <>
 void broadcast<glReadPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,

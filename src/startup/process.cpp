@@ -1,5 +1,4 @@
-#include "startup/process.h"
-
+// The life of the process that has loaded the library. Nothing includes what is here: it stands above everything.
 #include <cstdlib>
 #include <cstring>
 
@@ -10,23 +9,18 @@
 #include "dispatch/system.h"
 #include "pipeline/threads.h"
 #include "sequential/sequential_table.h"
-#include "startup/app_list.h"
-#include "startup/monitors.h"
-#include "startup/options.h"
-#include "startup/shared.h"
+#include "startup/config/app_list.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
+#include "startup/config/process_identity.h"
+#include "startup/config/shared.h"
 #include "startup/thread_life.h"
 #include "threaded/threaded_table.h"
 #include "wgl/child_windows.h"
-#include "wgl/glrc.h"
 #include "wgl/main_table.h"
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
-
-HINSTANCE __osw_hinstance;
-u32 __osw_process_id;
-char __osw_app_exe_name[MAX_PATH];
-i32 __osw_app_special_window;
-u32 __osw_enable_wrapper_bypass;
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "pipeline/idle.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 u32 __osw_destroy_thread_state(__osw_thread_state* state) {
   if (!state) return 1;

@@ -2,8 +2,8 @@
 // context current.
 #pragma once
 
-#include "wgl/client_state.h"
-#include "wgl/glrc.h"
+#include "wgl/records/client_state.h"
+#include "wgl/records/glrc.h"
 
 // The index of an array: 0 to 14 for the client arrays, the texture coordinates of the active client unit among them,
 // attribute + 16 for vertex attributes, 32 for anything unknown. `value` is the array's enum or the attribute's number.

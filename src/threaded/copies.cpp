@@ -2,8 +2,8 @@
 // sent out again as an upload, which reaches every part whole.
 #include <cstdlib>
 
+#include "sequential/parts/copy_format.h"
 #include "threaded/encoders.h"
-#include "wgl/copy_format.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <type_traits>
 
 #include "pipeline/push.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "threaded/parameter_counts.h"
 
 // Whether the application's own context follows every call, so that queries can be answered there.

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "pipeline/cmd.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 // Components of a pixel: 1 for a packed type.
 u32 __osw_pixel_components(GLenum format, GLenum type);

@@ -1,7 +1,7 @@
 // The mirror of the pixel store state that the captures read.
 #pragma once
 
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 // Writes the field of the pack or unpack mirror that `pname` names. An unknown pname, and a value that GL refuses,
 // which leaves its state as it was, write nothing. On the thread that has the context current.

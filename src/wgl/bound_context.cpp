@@ -3,9 +3,9 @@
 #include "dispatch/report.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "sequential/switch.h"
+#include "sequential/parts/switch.h"
 #include "wgl/main_table.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "wgl/child_windows.h"
 
-#include "startup/monitors.h"
-#include "startup/options.h"
-#include "startup/process.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
+#include "startup/config/process_identity.h"
 #include "wgl/follow.h"
 #include "wgl/layout.h"
 

@@ -2,7 +2,7 @@
 // per part inside the application's window.
 #pragma once
 
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 // Held while a window class is registered. Some platforms say of a class that another thread is registering that it
 // exists, and then do not find it. Made and deleted with the process.

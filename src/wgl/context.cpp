@@ -3,10 +3,10 @@
 #include "dispatch/report.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "wgl/child_windows.h"
-#include "wgl/glrc.h"
 #include "wgl/main_table.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
-#include "startup/options.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
 #include "wgl/geometry_commands.h"
 #include "wgl/layout.h"
 

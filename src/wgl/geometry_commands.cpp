@@ -1,10 +1,10 @@
 #include "wgl/geometry_commands.h"
 
 #include "pipeline/push.h"
-#include "sequential/switch.h"
-#include "startup/options.h"
-#include "wgl/glrc.h"
-#include "wgl/window_mapping.h"
+#include "sequential/parts/switch.h"
+#include "startup/config/options.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "wgl/layout.h"
 
-#include "startup/monitors.h"
-#include "startup/options.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
 
 namespace {
 

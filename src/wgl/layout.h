@@ -2,7 +2,7 @@
 // one that binds it.
 #pragma once
 
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 // Each computes `part_rect`, `visible` and the two offsets of part `part` from the mapping's `client_rect`.
 

@@ -2,17 +2,17 @@
 #include "pipeline/push.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
-#include "startup/options.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
 #include "wgl/child_windows.h"
 #include "wgl/context.h"
 #include "wgl/follow.h"
 #include "wgl/geometry_commands.h"
-#include "wgl/glrc.h"
 #include "wgl/layout.h"
 #include "wgl/main_table.h"
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "wgl/child_windows.h"
 #include "wgl/main_table.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/pbuffer.h"
 
 u32 __osw_pbuffer_register(__osw_thread_state* state, HPBUFFERARB hpbuffer, HDC hdc, i32 format, i32 width, i32 height,
                            const int* attributes) {

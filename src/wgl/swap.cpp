@@ -2,9 +2,9 @@
 #include "pipeline/push.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
-#include "sequential/switch.h"
+#include "sequential/parts/switch.h"
 #include "wgl/main_table.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

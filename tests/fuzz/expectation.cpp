@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "dispatch/thread_state.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace fuzz {
 

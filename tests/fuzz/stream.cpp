@@ -5,7 +5,7 @@
 
 #include "pipeline/push.h"
 #include "support/threaded_call.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace fuzz {
 

@@ -5,7 +5,7 @@
 
 #include "dispatch/thread_state.h"
 #include "support/library.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "support/allocation.h"
 #include "support/issuing.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "pipeline/idle.h"
 #include "platform/faults.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/allocation.h"
 #include "support/issuing.h"
 

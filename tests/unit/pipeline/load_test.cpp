@@ -4,7 +4,7 @@
 #include <random>
 #include <thread>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/allocation.h"
 #include "support/issuing.h"
 

@@ -1,6 +1,6 @@
 // Appending commands, and when a list is handed over.
 #include "pipeline/statistics.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/issuing.h"
 
 namespace {

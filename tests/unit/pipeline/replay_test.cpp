@@ -4,12 +4,12 @@
 #include <climits>
 #include <set>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/allocation.h"
 #include "support/expected_figures.h"
 #include "support/issuing.h"
 #include "support/result_widths.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

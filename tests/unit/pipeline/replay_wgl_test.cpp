@@ -1,12 +1,12 @@
 // What replay makes of a wgl command on each part: the part's own handles in the place of the application's.
 #include <set>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/expected_figures.h"
 #include "support/issuing.h"
 #include "support/wgl_names.h"
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

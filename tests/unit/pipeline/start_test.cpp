@@ -1,7 +1,7 @@
 // Starting the pipeline: threads or memory that cannot be had, part counts without parts.
 #include "pipeline/cmd_queue.h"
 #include "platform/faults.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "startup/thread_life.h"
 #include "support/allocation.h"
 #include "support/issuing.h"

@@ -1,6 +1,6 @@
 // Calls that the sequential path repeats on every part: what stands when the parts disagree.
 #include "dispatch/thread_state.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/sequential_steps.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "support/allocation.h"
 #include "support/copy_formats.h"
 #include "support/sequential_steps.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "dispatch/thread_state.h"
 #include "support/received.h"
 #include "support/sequential_steps.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The list of applications that the wrapper is switched on for.
-#include "startup/app_list.h"
+#include "startup/config/app_list.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // The monitor table and the split of one monitor.
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 #include <cstring>
 
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "support/library.h"
 
 bool operator==(const RECT& first, const RECT& second) {

@@ -1,5 +1,5 @@
 // The registry options.
-#include "startup/options.h"
+#include "startup/config/options.h"
 
 #include <thread>
 

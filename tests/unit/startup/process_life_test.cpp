@@ -1,6 +1,4 @@
 // Process attach and detach, thread detach, the bypass decision.
-#include "startup/process.h"
-
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -9,9 +7,10 @@
 #include "dispatch/bypass.h"
 #include "dispatch/system.h"
 #include "dispatch/thread_state.h"
-#include "startup/monitors.h"
-#include "startup/options.h"
-#include "startup/shared.h"
+#include "startup/config/monitors.h"
+#include "startup/config/options.h"
+#include "startup/config/process_identity.h"
+#include "startup/config/shared.h"
 #include "support/allocation.h"
 #include "support/library.h"
 

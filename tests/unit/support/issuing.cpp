@@ -2,8 +2,8 @@
 
 #include <thread>
 
-#include "startup/monitors.h"
-#include "wgl/window_mapping.h"
+#include "startup/config/monitors.h"
+#include "wgl/records/window_mapping.h"
 
 namespace issuing {
 

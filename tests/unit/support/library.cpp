@@ -7,7 +7,7 @@
 #include "dispatch/bypass.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 namespace library {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 namespace scene {
 

@@ -8,7 +8,7 @@
 
 #include "dispatch/thread_state.h"
 #include "support/library.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 namespace scene {
 

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 namespace situations {
 

@@ -3,7 +3,7 @@
 
 #include "dispatch/thread_state.h"
 #include "support/received.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

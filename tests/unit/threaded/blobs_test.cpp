@@ -9,7 +9,7 @@
 #include "support/threaded_call.h"
 #include "threaded/call_lists_size.h"
 #include "threaded/image_size.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "pipeline/push.h"
 #include "support/allocation.h"
 #include "support/received.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

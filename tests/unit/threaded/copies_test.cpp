@@ -3,12 +3,12 @@
 #include <cstring>
 
 #include "pipeline/push.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "support/allocation.h"
 #include "support/copy_formats.h"
 #include "support/received.h"
-#include "wgl/glrc.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

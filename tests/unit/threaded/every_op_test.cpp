@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "pipeline/push.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "support/threaded_call.h"
-#include "wgl/glrc.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <set>
 
 #include "pipeline/push.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "support/expected_figures.h"
 #include "support/threaded_call.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

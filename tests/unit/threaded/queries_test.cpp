@@ -1,6 +1,6 @@
 // Queries on the threaded path: who answers them, at what width, and who has to wait.
 #include "pipeline/push.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 #include "support/received.h"
 
 namespace {

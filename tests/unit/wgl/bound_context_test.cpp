@@ -4,7 +4,7 @@
 #include "pipeline/cmd_queue.h"
 #include "support/wgl_names.h"
 #include "support/wgl_scene.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <cstring>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/wgl_scene.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "pipeline/cmd_queue.h"
 #include "support/wgl_scene.h"
 #include "wgl/context.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

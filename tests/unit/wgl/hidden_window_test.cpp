@@ -1,11 +1,11 @@
 // The hidden windows that give child contexts and child pbuffers their pixel format.
 #include <gtest/gtest.h>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/wgl_scene.h"
 #include "wgl/child_windows.h"
-#include "wgl/glrc.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Where each part's child stands over the application's window, by both methods, and what each part is told of it.
 #include <gtest/gtest.h>
 
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/wgl_scene.h"
 
 namespace {

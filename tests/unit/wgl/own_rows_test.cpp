@@ -4,11 +4,11 @@
 
 #include "dispatch/lookup.h"
 #include "pipeline/cmd_queue.h"
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 #include "support/wgl_names.h"
 #include "support/wgl_situations.h"
-#include "wgl/glrc.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include "pipeline/cmd_queue.h"
 #include "support/wgl_names.h"
 #include "support/wgl_scene.h"
-#include "wgl/glrc.h"
-#include "wgl/pbuffer.h"
 #include "wgl/pbuffer_children.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "support/wgl_scene.h"
-#include "wgl/glrc.h"
-#include "wgl/pbuffer.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "support/allocation.h"
 #include "support/wgl_scene.h"
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "startup/shared.h"
+#include "startup/config/shared.h"
 
 #include <cstring>
 

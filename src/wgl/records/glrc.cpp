@@ -1,6 +1,6 @@
-#include "wgl/glrc.h"
+#include "wgl/records/glrc.h"
 
-#include "wgl/registry.h"
+#include "wgl/records/registry.h"
 
 __osw_glrc __osw_glrc_registry[max_glrcs];
 CRITICAL_SECTION __osw_glrc_lock;

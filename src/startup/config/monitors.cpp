@@ -1,7 +1,7 @@
-#include "startup/monitors.h"
+#include "startup/config/monitors.h"
 
 #include "dispatch/report.h"
-#include "startup/options.h"
+#include "startup/config/options.h"
 
 __osw_monitor __osw_monitor_table[max_parts];
 i32 __osw_part_count;

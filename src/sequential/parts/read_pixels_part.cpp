@@ -1,7 +1,7 @@
-#include "sequential/read_pixels_part.h"
+#include "sequential/parts/read_pixels_part.h"
 
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

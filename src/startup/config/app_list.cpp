@@ -1,4 +1,4 @@
-#include "startup/app_list.h"
+#include "startup/config/app_list.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,11 +1,11 @@
-#include "wgl/copy_format.h"
+#include "sequential/parts/copy_format.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 #include "dispatch/report.h"
-#include "wgl/pbuffer.h"
-#include "wgl/window_mapping.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "wgl/window_mapping.h"
+#include "wgl/records/window_mapping.h"
 
 #include <cstdlib>
 

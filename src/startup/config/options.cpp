@@ -1,9 +1,9 @@
-#include "startup/options.h"
+#include "startup/config/options.h"
 
 #include <cstring>
 
 #define OSW_OPTION(name, ...) u32 name;
-#include "startup/options.inc"
+#include "startup/config/options.inc"
 #undef OSW_OPTION
 
 namespace {
@@ -22,7 +22,7 @@ struct option {
 
 #define OSW_OPTION(name, kind, default_value, ...) {#name, &name, default_value, option_kind::kind},
 const option options[] = {
-#include "startup/options.inc"
+#include "startup/config/options.inc"
 };
 #undef OSW_OPTION
 

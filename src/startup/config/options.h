@@ -4,7 +4,7 @@
 #include "ops/types.h"
 
 #define OSW_OPTION(name, ...) extern u32 name;
-#include "startup/options.inc"
+#include "startup/config/options.inc"
 #undef OSW_OPTION
 
 // Sets every option to its default, then to what the registry says. A value that cannot be read leaves the default, and

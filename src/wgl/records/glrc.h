@@ -2,8 +2,8 @@
 #pragma once
 
 #include "dispatch/thread_state.h"
-#include "wgl/client_state.h"
-#include "wgl/pixel_store.h"
+#include "wgl/records/client_state.h"
+#include "wgl/records/pixel_store.h"
 
 constexpr int max_glrcs = 64;
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "dispatch/thread_state.h"
-#include "wgl/pixel_store.h"
+#include "wgl/records/pixel_store.h"
 
 // All zero for stencil and for bit depths that are not known: the transfer goes ahead, and GL refuses it.
 struct copy_format {

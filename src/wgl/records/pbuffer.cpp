@@ -1,6 +1,6 @@
-#include "wgl/pbuffer.h"
+#include "wgl/records/pbuffer.h"
 
-#include "wgl/registry.h"
+#include "wgl/records/registry.h"
 
 __osw_pbuffer __osw_pbuffer_registry[max_pbuffers];
 CRITICAL_SECTION __osw_pbuffer_lock;

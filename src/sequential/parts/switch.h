@@ -1,8 +1,8 @@
 // Repeating work on every part from the application's own thread, by the driver's fast switch of contexts.
 #pragma once
 
-#include "startup/monitors.h"
-#include "wgl/glrc.h"
+#include "startup/config/monitors.h"
+#include "wgl/records/glrc.h"
 
 // Makes a driver context current on the calling thread, whoever else counts as its owner. The result is of no use.
 inline void __osw_switch_to(const __osw_thread_state* state, HANDLE driver_context) {

@@ -1,10 +1,12 @@
-// The life of the process that has loaded the library.
+// What the process that has loaded the library is: written by DllMain alone, for everybody to read.
 #pragma once
 
 #include "ops/types.h"
 
 // Stored at every call of DllMain, relaxed: other threads may be making windows meanwhile.
 extern HINSTANCE __osw_hinstance;
+
+// The others are set at process attach and only read afterwards.
 extern u32 __osw_process_id;
 extern char __osw_app_exe_name[MAX_PATH];  // without its directory
 
