@@ -5,7 +5,7 @@
 #include <GL/gl.h>
 #include <tlhelp32.h>
 
-#include "check.h"
+#include "support/check.h"
 
 namespace {
 

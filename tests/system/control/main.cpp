@@ -7,17 +7,18 @@
 #include <cstdio>
 #include <string>
 
-#include "check.h"
 #include "place.h"
 #include "roles.h"
+#include "support/check.h"
 #include "tests.h"
 
 static void run_test(const test& one) {
-  const int failed_before = failed_checks();
+  const long failed_before = failed_checks;
+  begin_case(one.name);
   enter_place();
   one.run();
   leave_place();
-  printf("%s %s\n", one.name, failed_checks() == failed_before ? "passed" : "FAILED");
+  printf("%s %s\n", one.name, failed_checks == failed_before ? "passed" : "FAILED");
   fflush(stdout);
 }
 
@@ -39,6 +40,6 @@ int main() {
       ++run;
     }
   }
-  printf("%d tests, %d failed checks\n", run, failed_checks());
-  return run > 0 && failed_checks() == 0 ? 0 : 1;
+  printf("%d tests, %ld failed checks\n", run, failed_checks);
+  return run > 0 && failed_checks == 0 ? 0 : 1;
 }

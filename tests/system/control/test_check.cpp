@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "check.h"
 #include "files.h"
 #include "place.h"
 #include "standins.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -31,27 +31,27 @@ static outcome check_app() {
 // Checks that one thing is wrong, and that the sentence about it has `part`.
 static void check_fails(const wchar_t* part) {
   const outcome result = check_app();
-  CHECK_EQ(result.status, 1);
-  CHECK_EQ(result.err, L"");
-  CHECK_EQ(lines_with(result.out, L"failed  "), 1);
+  CHECK_EQUAL(result.status, 1);
+  CHECK_EQUAL(result.err, L"");
+  CHECK_EQUAL(lines_with(result.out, L"failed  "), 1);
   const size_t sentence = result.out.find(L"failed");
-  if (sentence == std::wstring::npos || !contains(result.out.substr(sentence), part)) CHECK_EQ(result.out, part);
+  if (sentence == std::wstring::npos || !contains(result.out.substr(sentence), part)) CHECK_EQUAL(result.out, part);
   // What is wrong, then what to do.
   CHECK(contains(result.out, L"; "));
 }
 
 static void finds_all_in_order() {
   const outcome result = check_app();
-  CHECK_EQ(result.status, 0);
-  CHECK_EQ(result.err, L"");
-  CHECK_EQ(lines_with(result.out, L"ok      "), 3);
-  CHECK_EQ(lines_with(result.out, L""), 3);
+  CHECK_EQUAL(result.status, 0);
+  CHECK_EQUAL(result.err, L"");
+  CHECK_EQUAL(lines_with(result.out, L"ok      "), 3);
+  CHECK_EQUAL(lines_with(result.out, L""), 3);
 }
 
 static void checks_the_current_folder() {
   const outcome result = run_tool(L"check");
-  CHECK_EQ(result.status, 1);
-  CHECK_EQ(lines_with(result.out, L"failed  "), 2);
+  CHECK_EQUAL(result.status, 1);
+  CHECK_EQUAL(lines_with(result.out, L"failed  "), 2);
   CHECK(contains(result.out, here().work + L"opengl32.dll is missing"));
   CHECK(contains(result.out, here().work + L"opengl32sys.dll is missing"));
 }
@@ -100,7 +100,7 @@ static void survives_damaged_headers() {
     write_bytes(wrapper(), bad);
     const outcome result = check_app();
     CHECK(result.status <= 1);
-    CHECK_EQ(lines_with(result.out, L""), 3);
+    CHECK_EQUAL(lines_with(result.out, L""), 3);
   }
 }
 

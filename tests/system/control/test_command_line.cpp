@@ -1,7 +1,7 @@
-#include "check.h"
 #include "files.h"
 #include "option_values.h"
 #include "place.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -12,11 +12,11 @@ static void check_refused(const std::wstring& line) {
   const auto app = folder_contents(here().app), work = folder_contents(here().work);
   const standin_state* state = hold_wrapper(here().app);
   const outcome result = run_tool(line);
-  const bool is_right = CHECK_EQ(result.status, 2) & CHECK_EQ(result.out, L"") & CHECK(is_one_sentence(result.err)) &
-                        CHECK(read_options() == options) & CHECK(folder_contents(here().app) == app) &
-                        CHECK(folder_contents(here().work) == work) & CHECK(folder_contents(here().temp).empty()) &
-                        CHECK_EQ(state->enable_count, 0);
-  if (!is_right) CHECK_EQ(L"oswctl " + line + L"\n" + result.err, L"refused");
+  const bool is_right = CHECK_EQUAL(result.status, 2) & CHECK_EQUAL(result.out, L"") &
+                        CHECK(is_one_sentence(result.err)) & CHECK(read_options() == options) &
+                        CHECK(folder_contents(here().app) == app) & CHECK(folder_contents(here().work) == work) &
+                        CHECK(folder_contents(here().temp).empty()) & CHECK_EQUAL(state->enable_count, 0);
+  if (!is_right) CHECK_EQUAL(L"oswctl " + line + L"\n" + result.err, L"refused");
 }
 
 static void refuses_what_makes_no_sense() {
@@ -98,8 +98,8 @@ static void refuses_programs_that_cannot_run() {
 static void helps() {
   for (const wchar_t* line : {L"--help", L"-h", L"run --help", L"set --help"}) {
     const outcome result = run_tool(line);
-    CHECK_EQ(result.status, 0);
-    CHECK_EQ(result.err, L"");
+    CHECK_EQUAL(result.status, 0);
+    CHECK_EQUAL(result.err, L"");
     CHECK(contains(result.out, L"Usage"));
     // What check starts is nobody's business.
     CHECK(!contains(result.out, L"probe"));

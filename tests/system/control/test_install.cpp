@@ -1,9 +1,9 @@
 #include <windows.h>
 
-#include "check.h"
 #include "files.h"
 #include "place.h"
 #include "standins.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -28,8 +28,8 @@ static outcome remove() {
 static void check_refused(outcome (*command)(), const wchar_t* part) {
   const auto before = folder_contents(here().work);
   const outcome result = command();
-  CHECK_EQ(result.status, 1);
-  CHECK_EQ(result.out, L"");
+  CHECK_EQUAL(result.status, 1);
+  CHECK_EQUAL(result.out, L"");
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, part));
   CHECK(folder_contents(here().work) == before);
@@ -44,17 +44,17 @@ static void become_another_version(const std::string& version) {
 static void check_installed(const std::string& version) {
   CHECK(read_bytes(wrapper()) == standin_wrapper_bytes() + version);
   CHECK(read_bytes(driver()) == standin_driver_bytes() + version);
-  CHECK_EQ(static_cast<long long>(folder_contents(here().work).size()), 3);
+  CHECK_EQUAL(static_cast<long long>(folder_contents(here().work).size()), 3);
 }
 
 static void places_and_takes_away() {
   write_bytes(here().work + L"program.exe", "not touched");
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   CHECK(read_bytes(wrapper()) == standin_wrapper_bytes());
   CHECK(read_bytes(driver()) == standin_driver_bytes());
-  CHECK_EQ(static_cast<long long>(folder_contents(here().work).size()), 4);
-  CHECK_EQ(install().status, 0);
-  CHECK_EQ(remove().status, 0);
+  CHECK_EQUAL(static_cast<long long>(folder_contents(here().work).size()), 4);
+  CHECK_EQUAL(install().status, 0);
+  CHECK_EQUAL(remove().status, 0);
   const std::map<std::wstring, std::string> left = {{L"program.exe", "not touched"}};
   CHECK(folder_contents(here().work) == left);
 }
@@ -80,22 +80,22 @@ static void places_over_nothing_that_it_did_not_place() {
 }
 
 static void survives_an_upgrade() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   become_another_version("2");
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   check_installed("2");
   // The record is all that the next version has to go by.
   become_another_version("three");
-  CHECK_EQ(remove().status, 0);
+  CHECK_EQUAL(remove().status, 0);
   CHECK(folder_contents(here().work).empty());
 }
 
 static void leaves_what_was_put_in_its_place() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   write_bytes(wrapper(), "somebody's");
   check_refused(install, L"opengl32.dll is there already");
   const outcome result = remove();
-  CHECK_EQ(result.status, 1);
+  CHECK_EQUAL(result.status, 1);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"opengl32.dll is not the file that oswctl placed"));
   const std::map<std::wstring, std::string> left = {{L"opengl32.dll", "somebody's"}};
@@ -103,21 +103,21 @@ static void leaves_what_was_put_in_its_place() {
 }
 
 static void takes_away_what_is_left() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   DeleteFileW(driver().c_str());
-  CHECK_EQ(remove().status, 0);
+  CHECK_EQUAL(remove().status, 0);
   CHECK(folder_contents(here().work).empty());
 }
 
 static void puts_a_lost_library_back() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   DeleteFileW(driver().c_str());
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   check_installed("");
 }
 
 static void trusts_no_record_but_its_own() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   const std::string good = read_bytes(record());
   for (const std::string& bad : {std::string("notes of mine"), std::string(), good.substr(0, good.size() - 3),
                                  good + "opengl32.dll 5\r\n", good + std::string(5000, 'x')}) {
@@ -129,37 +129,37 @@ static void trusts_no_record_but_its_own() {
 
 // The record is written before the first file and holds both versions until the last: what an end in the middle leaves.
 static void goes_on_after_an_end_in_the_middle() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   const std::string old_record = read_bytes(record());
   become_another_version("2");
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   const std::string new_record = read_bytes(record());
   const size_t head = old_record.find('\n') + 1;
   write_bytes(record(), old_record + new_record.substr(head));
   write_bytes(driver(), standin_driver_bytes());
   const auto halfway = folder_contents(here().work);
 
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   check_installed("2");
   for (const auto& [name, bytes] : halfway) write_bytes(here().work + name, bytes);
-  CHECK_EQ(remove().status, 0);
+  CHECK_EQUAL(remove().status, 0);
   CHECK(folder_contents(here().work).empty());
 }
 
 static void leaves_libraries_in_use() {
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   const HMODULE in_use = LoadLibraryW(wrapper().c_str());
   CHECK(in_use != nullptr);
   // Nothing is to be done about the same version.
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   become_another_version("2");
   const outcome result = install();
-  CHECK_EQ(result.status, 1);
+  CHECK_EQUAL(result.status, 1);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"opengl32.dll"));
   CHECK(read_bytes(wrapper()) == standin_wrapper_bytes());
   FreeLibrary(in_use);
-  CHECK_EQ(install().status, 0);
+  CHECK_EQUAL(install().status, 0);
   check_installed("2");
 }
 

@@ -1,9 +1,9 @@
 #include <windows.h>
 
-#include "check.h"
 #include "files.h"
 #include "option_values.h"
 #include "place.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -21,10 +21,10 @@ static std::wstring run_role(const std::wstring& program, const std::wstring& ro
 }
 
 static void check_all_put_back(const standin_state* state) {
-  CHECK_EQ(state->enable_count, 1);
-  CHECK_EQ(state->disable_count, 1);
-  CHECK_EQ(state->is_enabled, 0);
-  CHECK_EQ(state->enabler_detaches, 0);
+  CHECK_EQUAL(state->enable_count, 1);
+  CHECK_EQUAL(state->disable_count, 1);
+  CHECK_EQUAL(state->is_enabled, 0);
+  CHECK_EQUAL(state->enabler_detaches, 0);
   CHECK(folder_contents(here().temp).empty());
   CHECK(!options_key_exists());
 }
@@ -33,8 +33,8 @@ static void check_all_put_back(const standin_state* state) {
 static void puts_back_after_ctrl_c() {
   const standin_state* state = hold_wrapper(here().app);
   const outcome result = finish_tool(start_tool_and_interrupt(run_role(here().program, L"yielding"), ready()));
-  CHECK_EQ(result.status, 33);
-  CHECK_EQ(result.err, L"");
+  CHECK_EQUAL(result.status, 33);
+  CHECK_EQUAL(result.err, L"");
   check_all_put_back(state);
 }
 
@@ -44,12 +44,12 @@ static void waits_for_a_program_that_goes_on() {
   const running_tool running = start_tool_and_interrupt(run_role(here().program, L"stubborn"), ready());
   CHECK(wait_for_file(ready() + L".interrupted"));
   Sleep(500);
-  CHECK_EQ(WaitForSingleObject(running.process, 0), WAIT_TIMEOUT);
-  CHECK_EQ(state->is_enabled, 1);
-  CHECK_EQ(option_number(L"OSW_DW_SplitTwoPartsHorizontal"), 0);
+  CHECK_EQUAL(WaitForSingleObject(running.process, 0), WAIT_TIMEOUT);
+  CHECK_EQUAL(state->is_enabled, 1);
+  CHECK_EQUAL(option_number(L"OSW_DW_SplitTwoPartsHorizontal"), 0);
   write_bytes(go(), "");
   const outcome result = finish_tool(running);
-  CHECK_EQ(result.status, 5);
+  CHECK_EQUAL(result.status, 5);
   check_all_put_back(state);
 }
 
@@ -59,7 +59,7 @@ static void leaves_a_program_with_windows_alone() {
   const std::wstring program = here().app + L"windowed.exe";
   write_bytes(program, with_subsystem(read_bytes(here().program), IMAGE_SUBSYSTEM_WINDOWS_GUI));
   const outcome result = finish_tool(start_tool_and_interrupt(run_role(program, L"stubborn"), ready()));
-  CHECK_EQ(result.status, ended_by_ctrl_c);
+  CHECK_EQUAL(result.status, ended_by_ctrl_c);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"windowed.exe goes on"));
   check_all_put_back(state);

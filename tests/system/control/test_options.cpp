@@ -1,7 +1,7 @@
 #include <sstream>
 
-#include "check.h"
 #include "option_values.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -23,7 +23,7 @@ static const struct {
 // What "oswctl options" prints of an option: value, origin and default, with one blank between.
 static std::wstring printed(const std::wstring& name) {
   const outcome result = run_tool(L"options");
-  CHECK_EQ(result.status, 0);
+  CHECK_EQUAL(result.status, 0);
   std::wistringstream lines(result.out);
   for (std::wstring line; std::getline(lines, line);) {
     std::wistringstream words(line);
@@ -39,7 +39,7 @@ static std::wstring printed(const std::wstring& name) {
 static void prints_defaults() {
   for (const auto& one : all_options) {
     const std::wstring value = std::to_wstring(one.fallback);
-    CHECK_EQ(printed(one.name), value + L" default " + value);
+    CHECK_EQUAL(printed(one.name), value + L" default " + value);
   }
   CHECK(!options_key_exists());
 }
@@ -48,46 +48,46 @@ static void sets_each_option() {
   for (const auto& one : all_options) {
     for (const int value : one.fallback == 4 ? std::vector<int>{1, 2, 4} : std::vector<int>{0, 1}) {
       const outcome result = run_tool(L"set " + std::wstring(one.name) + L" " + std::to_wstring(value));
-      CHECK_EQ(result.status, 0);
-      CHECK_EQ(result.err + result.out, L"");
-      CHECK_EQ(option_number(one.name), value);
-      CHECK_EQ(read_options()[one.name].type, REG_DWORD);
+      CHECK_EQUAL(result.status, 0);
+      CHECK_EQUAL(result.err + result.out, L"");
+      CHECK_EQUAL(option_number(one.name), value);
+      CHECK_EQUAL(read_options()[one.name].type, REG_DWORD);
     }
   }
-  CHECK_EQ(static_cast<long long>(read_options().size()), 9);
-  CHECK_EQ(printed(L"OSW_DW_UseSplitParentMethod"), L"1 registry 0");
-  CHECK_EQ(run_tool(L"set osw_dw_splitparts 2").status, 0);
-  CHECK_EQ(option_number(L"OSW_DW_SplitParts"), 2);
+  CHECK_EQUAL(static_cast<long long>(read_options().size()), 9);
+  CHECK_EQUAL(printed(L"OSW_DW_UseSplitParentMethod"), L"1 registry 0");
+  CHECK_EQUAL(run_tool(L"set osw_dw_splitparts 2").status, 0);
+  CHECK_EQUAL(option_number(L"OSW_DW_SplitParts"), 2);
 }
 
 // What the library makes of a value is what counts, not what was meant by it.
 static void prints_what_the_library_reads() {
   write_option(L"OSW_DW_FakeAsOneMonitor", 7);
-  CHECK_EQ(printed(L"OSW_DW_FakeAsOneMonitor"), L"1 registry 0");
+  CHECK_EQUAL(printed(L"OSW_DW_FakeAsOneMonitor"), L"1 registry 0");
   write_option(L"OSW_DW_SplitTwoPartsHorizontal", 0);
-  CHECK_EQ(printed(L"OSW_DW_SplitTwoPartsHorizontal"), L"0 registry 1");
+  CHECK_EQUAL(printed(L"OSW_DW_SplitTwoPartsHorizontal"), L"0 registry 1");
   write_option(L"OSW_DW_SplitParts", 3);
-  CHECK_EQ(printed(L"OSW_DW_SplitParts"), L"3 registry 4");
+  CHECK_EQUAL(printed(L"OSW_DW_SplitParts"), L"3 registry 4");
   write_option(L"OSW_DW_SplitParts", REG_BINARY, std::string("\2\0\0\0", 4));
-  CHECK_EQ(printed(L"OSW_DW_SplitParts"), L"2 registry 4");
+  CHECK_EQUAL(printed(L"OSW_DW_SplitParts"), L"2 registry 4");
   write_option(L"OSW_DW_SplitParts", REG_BINARY, "");
-  CHECK_EQ(printed(L"OSW_DW_SplitParts"), L"4 default 4");
+  CHECK_EQUAL(printed(L"OSW_DW_SplitParts"), L"4 default 4");
   write_option(L"OSW_DW_SplitParts", REG_QWORD, std::string("\2\0\0\0\0\0\0\0", 8));
-  CHECK_EQ(printed(L"OSW_DW_SplitParts"), L"4 default 4");
+  CHECK_EQUAL(printed(L"OSW_DW_SplitParts"), L"4 default 4");
 }
 
 static void resets_all_options_and_no_more() {
   for (const auto& one : all_options) write_option(one.name, 1);
-  CHECK_EQ(run_tool(L"reset").status, 0);
+  CHECK_EQUAL(run_tool(L"reset").status, 0);
   CHECK(!options_key_exists());
-  CHECK_EQ(run_tool(L"reset").status, 0);
+  CHECK_EQUAL(run_tool(L"reset").status, 0);
   CHECK(!options_key_exists());
 
   for (const auto& one : all_options) write_option(one.name, 1);
   write_option(L"Somebody else's", 5);
-  CHECK_EQ(run_tool(L"reset").status, 0);
-  CHECK_EQ(static_cast<long long>(read_options().size()), 1);
-  CHECK_EQ(option_number(L"Somebody else's"), 5);
+  CHECK_EQUAL(run_tool(L"reset").status, 0);
+  CHECK_EQUAL(static_cast<long long>(read_options().size()), 1);
+  CHECK_EQUAL(option_number(L"Somebody else's"), 5);
 }
 
 std::vector<test> option_tests() {

@@ -1,9 +1,9 @@
 #include <windows.h>
 
-#include "check.h"
 #include "files.h"
 #include "option_values.h"
 #include "place.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -31,7 +31,7 @@ static void passes_arguments_on_exactly() {
                                    L"3",           L"--help",    L"/c",
                                    L"C:\\x\\",     L"tab\there", L"\u00E4\u20AC\u0416",
                                    L"'q'",         L"%PATH%",    L"^&|<>"};
-  CHECK_EQ(run_tool(run_line(L"", L"arguments " + quoted(file) + L" " + line)).status, 0);
+  CHECK_EQUAL(run_tool(run_line(L"", L"arguments " + quoted(file) + L" " + line)).status, 0);
   std::string text;
   for (const wchar_t* word : wanted) {
     char bytes[256] = "";
@@ -44,20 +44,20 @@ static void passes_arguments_on_exactly() {
 static void passes_the_exit_status_on() {
   for (const wchar_t* status : {L"0", L"1", L"7", L"259", L"70000", L"4294967295", L"3221225477"}) {
     const outcome result = run_tool(run_line(L"", L"status " + std::wstring(status)));
-    CHECK_EQ(result.status, static_cast<long long>(wcstoul(status, nullptr, 10)));
-    CHECK_EQ(result.out + result.err, L"");
+    CHECK_EQUAL(result.status, static_cast<long long>(wcstoul(status, nullptr, 10)));
+    CHECK_EQUAL(result.out + result.err, L"");
   }
 }
 
 static void is_on_while_the_program_runs() {
   const standin_state* state = hold_wrapper(here().app);
   std::string report;
-  CHECK_EQ(run_state(L"", report).status, 0);
+  CHECK_EQUAL(run_state(L"", report).status, 0);
   CHECK(report == "on [program.exe\r\n]");
-  CHECK_EQ(state->enable_count, 1);
-  CHECK_EQ(state->disable_count, 1);
-  CHECK_EQ(state->is_enabled, 0);
-  CHECK_EQ(state->enabler_detaches, 0);
+  CHECK_EQUAL(state->enable_count, 1);
+  CHECK_EQUAL(state->disable_count, 1);
+  CHECK_EQUAL(state->is_enabled, 0);
+  CHECK_EQUAL(state->enabler_detaches, 0);
   CHECK(std::string(state->list_path).rfind(std::string(here().temp.begin(), here().temp.end()), 0) == 0);
   CHECK(folder_contents(here().temp).empty());
   CHECK(!options_key_exists());
@@ -66,7 +66,7 @@ static void is_on_while_the_program_runs() {
 // Without anybody else that holds the library, the section lives by the tool alone.
 static void stays_resident() {
   std::string report;
-  CHECK_EQ(run_state(L"", report).status, 0);
+  CHECK_EQUAL(run_state(L"", report).status, 0);
   CHECK(report == "on [program.exe\r\n]");
 }
 
@@ -78,11 +78,11 @@ static void uses_the_copy_that_the_program_loads() {
   const standin_state* beside_tool = hold_wrapper(here().tool);
   const standin_state* in_current_folder = hold_wrapper(here().work);
   std::string report;
-  CHECK_EQ(run_state(L"", report).status, 0);
+  CHECK_EQUAL(run_state(L"", report).status, 0);
   CHECK(report == "on [program.exe\r\n]");
-  CHECK_EQ(beside_program->enable_count, 1);
-  CHECK_EQ(beside_tool->enable_count, 0);
-  CHECK_EQ(in_current_folder->enable_count, 0);
+  CHECK_EQUAL(beside_program->enable_count, 1);
+  CHECK_EQUAL(beside_tool->enable_count, 0);
+  CHECK_EQUAL(in_current_folder->enable_count, 0);
 }
 
 // The next place that a loader looks in is the system's folder, where there always is a library of that name.
@@ -90,7 +90,7 @@ static void refuses_a_program_without_the_wrapper() {
   DeleteFileW((here().app + L"opengl32.dll").c_str());
   std::string report;
   const outcome result = run_state(L"--parts 2", report);
-  CHECK_EQ(result.status, 1);
+  CHECK_EQUAL(result.status, 1);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"oswctl install"));
   CHECK(report.empty());
@@ -99,7 +99,7 @@ static void refuses_a_program_without_the_wrapper() {
 
   write_bytes(here().app + L"opengl32.dll", read_bytes(here().app + L"opengl32sys.dll"));
   const outcome other = run_state(L"", report);
-  CHECK_EQ(other.status, 1);
+  CHECK_EQUAL(other.status, 1);
   CHECK(is_one_sentence(other.err));
   CHECK(contains(other.err, L"not the span wrapper"));
   CHECK(report.empty());
@@ -111,10 +111,10 @@ static void takes_a_list() {
   write_bytes(list, "other.exe\n\tPROGRAM.EXE more.exe");
   std::string report;
   const outcome result = run_state(L"--list " + quoted(list), report);
-  CHECK_EQ(result.status, 0);
-  CHECK_EQ(result.err, L"");
+  CHECK_EQUAL(result.status, 0);
+  CHECK_EQUAL(result.err, L"");
   CHECK(report == "on [other.exe\n\tPROGRAM.EXE more.exe]");
-  CHECK_EQ(state->is_enabled, 0);
+  CHECK_EQUAL(state->is_enabled, 0);
   CHECK(read_bytes(list) == "other.exe\n\tPROGRAM.EXE more.exe");
   CHECK(folder_contents(here().temp).empty());
 }
@@ -122,7 +122,7 @@ static void takes_a_list() {
 static void takes_a_list_by_its_name_in_the_current_folder() {
   write_bytes(here().work + L"apps.txt", "program.exe");
   std::string report;
-  CHECK_EQ(run_state(L"--list apps.txt", report).status, 0);
+  CHECK_EQUAL(run_state(L"--list apps.txt", report).status, 0);
   CHECK(report == "on [program.exe]");
 }
 
@@ -131,7 +131,7 @@ static void says_when_a_list_lacks_the_program() {
   write_bytes(list, "myprogram.exe program.exe.old program");
   std::string report;
   const outcome result = run_state(L"--list " + quoted(list), report);
-  CHECK_EQ(result.status, 0);
+  CHECK_EQUAL(result.status, 0);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"does not name program.exe"));
   CHECK(report == "on [myprogram.exe program.exe.old program]");
@@ -147,10 +147,10 @@ static void refuses_a_list_that_the_library_cannot_open() {
   std::string report;
   const outcome result = run_state(L"--list " + quoted(list), report);
   CloseHandle(reader);
-  CHECK_EQ(result.status, 2);
+  CHECK_EQUAL(result.status, 2);
   CHECK(is_one_sentence(result.err));
   const outcome missing = run_state(L"--list nowhere.txt", report);
-  CHECK_EQ(missing.status, 2);
+  CHECK_EQUAL(missing.status, 2);
   CHECK(is_one_sentence(missing.err));
   CHECK(report.empty());
 }
@@ -161,23 +161,23 @@ static void runs_what_a_list_cannot_name() {
   CopyFileW(here().program.c_str(), program.c_str(), FALSE);
   write_bytes(list, "two words.exe");
   const outcome result = run_tool(L"run --list " + quoted(list) + L" -- " + quoted(program) + L" status 3");
-  CHECK_EQ(result.status, 3);
+  CHECK_EQUAL(result.status, 3);
   CHECK(is_one_sentence(result.err));
 }
 
 static void finds_a_program_as_a_shell_does() {
   const std::wstring list = L"run -- program status 4";
-  CHECK_EQ(run_tool(list).status, 2);
+  CHECK_EQUAL(run_tool(list).status, 2);
 
   wchar_t path[32768] = L"";
   GetEnvironmentVariableW(L"PATH", path, 32768);
   SetEnvironmentVariableW(L"PATH", (L"C:\\nowhere;;" + here().app + L";" + path).c_str());
-  CHECK_EQ(run_tool(list).status, 4);
-  CHECK_EQ(run_tool(L"run -- program.exe status 5").status, 5);
+  CHECK_EQUAL(run_tool(list).status, 4);
+  CHECK_EQUAL(run_tool(L"run -- program.exe status 5").status, 5);
   SetEnvironmentVariableW(L"PATH", path);
 
-  CHECK_EQ(run_tool(L"run -- ..\\app\\program status 6").status, 6);
-  CHECK_EQ(run_tool(L"run -- ../app/program.exe status 7").status, 7);
+  CHECK_EQUAL(run_tool(L"run -- ..\\app\\program status 6").status, 6);
+  CHECK_EQUAL(run_tool(L"run -- ../app/program.exe status 7").status, 7);
 }
 
 // A program whose headers are in order and whose body is missing.
@@ -185,12 +185,12 @@ static void cleans_up_when_the_program_cannot_be_started() {
   const standin_state* state = hold_wrapper(here().app);
   write_bytes(here().app + L"broken.exe", read_bytes(here().program).substr(0, 4096));
   const outcome result = run_tool(L"run --parts 2 --vertical -- " + quoted(here().app + L"broken.exe"));
-  CHECK_EQ(result.status, 1);
+  CHECK_EQUAL(result.status, 1);
   CHECK(is_one_sentence(result.err));
   CHECK(contains(result.err, L"cannot be started"));
-  CHECK_EQ(state->enable_count, 1);
-  CHECK_EQ(state->disable_count, 1);
-  CHECK_EQ(state->is_enabled, 0);
+  CHECK_EQUAL(state->enable_count, 1);
+  CHECK_EQUAL(state->disable_count, 1);
+  CHECK_EQUAL(state->is_enabled, 0);
   CHECK(folder_contents(here().temp).empty());
   CHECK(!options_key_exists());
 }
@@ -199,7 +199,7 @@ static void says_when_no_list_can_be_made() {
   SetEnvironmentVariableW(L"TMP", L"C:\\nowhere\\at\\all");
   SetEnvironmentVariableW(L"TEMP", L"C:\\nowhere\\at\\all");
   const outcome result = run_tool(run_line(L"", L"status 0"));
-  CHECK_EQ(result.status, 1);
+  CHECK_EQUAL(result.status, 1);
   CHECK(is_one_sentence(result.err));
 }
 
@@ -216,12 +216,12 @@ static void leaves_a_later_run_on() {
   const running_tool second = start_tool(line(L"2"));
   CHECK(wait_for_file(root + L"ready2"));
   write_bytes(root + L"go1", "");
-  CHECK_EQ(finish_tool(first).status, 1);
-  CHECK_EQ(state->is_enabled, 1);
-  CHECK_EQ(static_cast<long long>(folder_contents(here().temp).size()), 1);
+  CHECK_EQUAL(finish_tool(first).status, 1);
+  CHECK_EQUAL(state->is_enabled, 1);
+  CHECK_EQUAL(static_cast<long long>(folder_contents(here().temp).size()), 1);
   write_bytes(root + L"go2", "");
-  CHECK_EQ(finish_tool(second).status, 2);
-  CHECK_EQ(state->is_enabled, 0);
+  CHECK_EQUAL(finish_tool(second).status, 2);
+  CHECK_EQUAL(state->is_enabled, 0);
   CHECK(folder_contents(here().temp).empty());
 }
 
@@ -231,13 +231,13 @@ static void is_not_held_by_the_debugging_aids() {
   write_option(L"OSW_DW_DeadLoopWhenLoadDll", 1);
   SetEnvironmentVariableW(L"Z4OSW_DEBUG_BREAK", L"1");
   std::string report;
-  CHECK_EQ(run_state(L"", report).status, 0);
+  CHECK_EQUAL(run_state(L"", report).status, 0);
   SetEnvironmentVariableW(L"Z4OSW_DEBUG_BREAK", nullptr);
   CHECK(report == "on [program.exe\r\n] DeadLoopWhenLoadDll=1 debug break 1");
-  CHECK_EQ(state->enable_count, 1);
-  CHECK_EQ(state->enabler_saw_dead_loop, 0);
-  CHECK_EQ(state->enabler_saw_debug_break, 0);
-  CHECK_EQ(option_number(L"OSW_DW_DeadLoopWhenLoadDll"), 1);
+  CHECK_EQUAL(state->enable_count, 1);
+  CHECK_EQUAL(state->enabler_saw_dead_loop, 0);
+  CHECK_EQUAL(state->enabler_saw_debug_break, 0);
+  CHECK_EQUAL(option_number(L"OSW_DW_DeadLoopWhenLoadDll"), 1);
 }
 
 std::vector<test> run_tests() {

@@ -1,9 +1,9 @@
 #include <windows.h>
 
-#include "check.h"
 #include "files.h"
 #include "option_values.h"
 #include "place.h"
+#include "support/check.h"
 #include "tests.h"
 #include "tool.h"
 
@@ -12,8 +12,8 @@ static std::string options_seen(const std::wstring& options) {
   const std::wstring file = here().root + L"state";
   DeleteFileW(file.c_str());
   const outcome result = run_tool(L"run " + options + L" -- " + quoted(here().program) + L" state " + quoted(file));
-  CHECK_EQ(result.status, 0);
-  CHECK_EQ(result.err, L"");
+  CHECK_EQUAL(result.status, 0);
+  CHECK_EQUAL(result.err, L"");
   const std::string report = read_bytes(file), head = "on [program.exe\r\n]";
   CHECK(report.rfind(head, 0) == 0);
   return report.substr(head.size());
@@ -43,7 +43,7 @@ static void puts_back_what_was_there() {
   write_option(L"OSW_DW_SplitTwoPartsHorizontal", 7);
   write_option(L"OSW_DW_UseSplitParentMethod", 1);
   const option_values before = read_options();
-  CHECK_EQ(static_cast<long long>(before.size()), 4);
+  CHECK_EQUAL(static_cast<long long>(before.size()), 4);
   CHECK(options_seen(L"--parts 2 --vertical") == split(2, true) + " SplitTwoPartsHorizontal=0 UseSplitParentMethod=1");
   CHECK(read_options() == before);
 }
@@ -53,12 +53,12 @@ static void leaves_what_somebody_has_set_meanwhile() {
   const running_tool running =
       start_tool(L"run --parts 4 --vertical -- " + quoted(here().program) + L" wait " + ready + L" " + go + L" 0");
   CHECK(wait_for_file(ready));
-  CHECK_EQ(option_number(L"OSW_DW_SplitParts"), 4);
-  CHECK_EQ(run_tool(L"set OSW_DW_SplitParts 2").status, 0);
+  CHECK_EQUAL(option_number(L"OSW_DW_SplitParts"), 4);
+  CHECK_EQUAL(run_tool(L"set OSW_DW_SplitParts 2").status, 0);
   write_bytes(go, "");
-  CHECK_EQ(finish_tool(running).status, 0);
-  CHECK_EQ(option_number(L"OSW_DW_SplitParts"), 2);
-  CHECK_EQ(static_cast<long long>(read_options().size()), 1);
+  CHECK_EQUAL(finish_tool(running).status, 0);
+  CHECK_EQUAL(option_number(L"OSW_DW_SplitParts"), 2);
+  CHECK_EQUAL(static_cast<long long>(read_options().size()), 1);
 }
 
 static void does_not_mix_the_options_of_two_runs() {
@@ -68,15 +68,15 @@ static void does_not_mix_the_options_of_two_runs() {
   CHECK(wait_for_file(ready));
   const option_values meanwhile = read_options();
   const outcome second = run_tool(L"run --parts 4 -- " + quoted(here().program) + L" status 5");
-  CHECK_EQ(second.status, 1);
+  CHECK_EQUAL(second.status, 1);
   CHECK(is_one_sentence(second.err));
   CHECK(read_options() == meanwhile);
-  CHECK_EQ(run_tool(L"run -- " + quoted(here().program) + L" status 5").status, 5);
+  CHECK_EQUAL(run_tool(L"run -- " + quoted(here().program) + L" status 5").status, 5);
   CHECK(read_options() == meanwhile);
   write_bytes(go, "");
-  CHECK_EQ(finish_tool(first).status, 0);
+  CHECK_EQUAL(finish_tool(first).status, 0);
   CHECK(!options_key_exists());
-  CHECK_EQ(run_tool(L"run --parts 4 -- " + quoted(here().program) + L" status 5").status, 5);
+  CHECK_EQUAL(run_tool(L"run --parts 4 -- " + quoted(here().program) + L" status 5").status, 5);
 }
 
 std::vector<test> run_option_tests() {

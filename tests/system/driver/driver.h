@@ -1,8 +1,8 @@
 // The driver under test, beside the program.
 #pragma once
 
-#include "check.h"
 #include "ops/ops.h"
+#include "support/check.h"
 
 // The driver's entries, by their names: what it exports, and after bind_extensions what it hands out. One that it does
 // not have is null.

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "check.h"
 #include "parts.h"
 #include "processes.h"
 #include "scene.h"
+#include "support/check.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "check.h"
+#include "support/check.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
+#include "support/check.h"
 #include "window.h"
 
 enum scene_role {

@@ -1,6 +1,6 @@
 #include "threads.h"
 
-#include "check.h"
+#include "support/check.h"
 #include "window.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "window.h"
 
-#include "check.h"
+#include "support/check.h"
 
 thread_local bool repaints;
 

@@ -1,6 +1,6 @@
 #include "applications.h"
 
-#include "check.h"
+#include "support/check.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <set>
 
-#include "check.h"
 #include "module.h"
 #include "names.h"
+#include "support/check.h"
 
 namespace {
 

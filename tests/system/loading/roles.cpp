@@ -3,12 +3,12 @@
 #include <cstring>
 #include <string>
 
-#include "check.h"
 #include "look_up.h"
 #include "module.h"
 #include "parts.h"
 #include "picture.h"
 #include "processes.h"
+#include "support/check.h"
 #include "window.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <set>
 
 #include "applications.h"
-#include "check.h"
 #include "module.h"
 #include "names.h"
 #include "roles.h"
+#include "support/check.h"
 
 namespace {
 

@@ -1,7 +1,8 @@
-#include "check.h"
+#include "support/check.h"
 
 #include <windows.h>
 
+#include <cstdio>
 #include <cstring>
 
 long failed_checks;
@@ -9,7 +10,7 @@ long failed_checks;
 namespace {
 
 int case_limit;  // s
-const char* running_case;
+const char* running_case = "start";
 volatile LONG case_number;
 
 // Ends the process when the same case is still running after its time.
@@ -29,6 +30,17 @@ DWORD WINAPI watch(void*) {
   }
 }
 
+// Letters that the output cannot show come out as their numbers.
+std::string readable(const std::wstring& text) {
+  std::string result;
+  for (const wchar_t c : text) {
+    char number[16];
+    snprintf(number, sizeof number, "\\u%04x", static_cast<unsigned>(c));
+    result += c < 127 && (c >= 32 || c == L'\n') ? std::string(1, static_cast<char>(c)) : number;
+  }
+  return result;
+}
+
 bool is_wanted(const char* name, int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     if (strcmp(argv[i], name) == 0) return true;
@@ -45,22 +57,37 @@ void fail(const char* file, int line, const char* what, const char* found) {
   fflush(stdout);
 }
 
-void check_equal(const char* file, int line, const char* what, long long found, long long wanted) {
-  if (found == wanted) return;
+bool check_that(const char* file, int line, const char* what, bool holds) {
+  if (!holds) fail(file, line, what, "");
+  return holds;
+}
+
+bool check_numbers(const char* file, int line, const char* what, long long found, long long wanted) {
+  if (found == wanted) return true;
   char text[80];
   snprintf(text, sizeof text, ": found %lld, not %lld", found, wanted);
   fail(file, line, what, text);
+  return false;
+}
+
+bool check_texts(const char* file, int line, const char* what, const std::wstring& found, const std::wstring& wanted) {
+  if (found == wanted) return true;
+  fail(file, line, what, (" is\n" + readable(found) + "\nnot\n" + readable(wanted)).c_str());
+  return false;
+}
+
+void begin_case(const char* name) {
+  running_case = name;
+  InterlockedIncrement(&case_number);
 }
 
 int run_cases(const test_case* cases, int count, int argc, char** argv, int seconds) {
   case_limit = seconds;
-  running_case = "start";
   CloseHandle(CreateThread(nullptr, 0, watch, nullptr, 0, nullptr));
   int ran = 0;
   for (int i = 0; i < count; ++i) {
     if (!is_wanted(cases[i].name, argc, argv)) continue;
-    running_case = cases[i].name;
-    InterlockedIncrement(&case_number);
+    begin_case(cases[i].name);
     const long before = failed_checks;
     cases[i].run();
     ++ran;
