@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "drawable_size.h"
+#include "extension_names.h"
 #include "names.h"
 #include "state_queries.h"
 #include "thunks.h"

@@ -1,12 +1,7 @@
-// Queries whose answer is not the host's: values in window coordinates without the offset, and the extension names
-// without those that the driver does not offer.
+// Queries of values in window coordinates, which are the host's without the offset.
 #pragma once
 
 #include "forward.h"
-
-// The names in a string of extension names, separated by blanks, that the driver offers. The result is the host's own
-// string if it offers all of them, and lives as long as the process. Null gives null. Any thread.
-const char* offered_extensions(const char* extensions);
 
 template <>
 void forward<glGetBooleanv_op, void>(GLenum name, GLboolean* values);
@@ -27,8 +22,3 @@ template <>
 void forward<glGetBooleanIndexedvEXT_op, void>(GLenum name, GLuint index, GLboolean* values);
 template <>
 void forward<glGetIntegerIndexedvEXT_op, void>(GLenum name, GLuint index, GLint* values);
-
-template <>
-const GLubyte* forward<glGetString_op, const GLubyte*>(GLenum name);
-template <>
-const GLubyte* forward<glGetStringi_op, const GLubyte*>(GLenum name, GLuint index);

@@ -1,8 +1,8 @@
 #include "wgl_entries.h"
 
+#include "extension_names.h"
 #include "names.h"
 #include "spare_window.h"
-#include "state_queries.h"
 #include "window_coordinates.h"
 
 namespace {
@@ -159,7 +159,7 @@ OWN_WGL_ENTRY(wglGetExtensionsStringEXT, const char*) {
   return offered_extensions(host_wgl_entry<wglGetExtensionsStringEXT_op>()());
 }
 
-// Not offered; see state_queries.h.
+// Not offered; see extension_names.cpp.
 OWN_WGL_ENTRY(wglCreateContextAttribsARB, HGLRC, HDC, HGLRC, const int*) {
   return nullptr;
 }
