@@ -1,5 +1,7 @@
 #include "pipeline/flush.h"
 
+#include "pipeline/handshake.h"
+
 namespace {
 
 void count_sync(__osw_cmd_queue* queue) {
@@ -15,41 +17,10 @@ void drop_list(__osw_cmd_queue* queue) {
   *queue->fill_count = 0;
 }
 
-void report_filled(__osw_cmd_queue* queue) {
-  EnterCriticalSection(&queue->done_lock);
-  queue->done_mask |= queue->app_bit;
-  WakeConditionVariable(&queue->done_cond);
-  LeaveCriticalSection(&queue->done_lock);
-}
-
-void wait_for_replay(__osw_cmd_queue* queue) {
-  EnterCriticalSection(&queue->sync_lock);
-  while (queue->sync_mask != queue->worker_bits) {
-    SleepConditionVariableCS(&queue->sync_cond, &queue->sync_lock, INFINITE);
-  }
-  queue->sync_mask = 0;
-  LeaveCriticalSection(&queue->sync_lock);
-}
-
-void wait_for_flip(__osw_cmd_queue* queue) {
-  EnterCriticalSection(&queue->start_lock);
-  while (queue->start_mask & queue->app_bit) {
-    SleepConditionVariableCS(&queue->start_cond, &queue->start_lock, INFINITE);
-  }
-  queue->start_mask |= queue->app_bit;
-  LeaveCriticalSection(&queue->start_lock);
-}
-
-void close_start(__osw_cmd_queue* queue) {
-  EnterCriticalSection(&queue->start_lock);
-  queue->start_mask |= queue->app_bit;
-  LeaveCriticalSection(&queue->start_lock);
-}
-
 void hand_over(__osw_cmd_queue* queue) {
   if (!queue->worker_bits) return drop_list(queue);
-  report_filled(queue);
-  wait_for_flip(queue);
+  report_done(queue, queue->app_bit);
+  wait_for_start(queue, queue->app_bit);
 }
 
 }  // namespace
@@ -58,7 +29,7 @@ void __osw_flush_sync(__osw_thread_state* state) {
   __osw_cmd_queue* queue = state->cmd_queue;
   count_sync(queue);
   if (!queue->worker_bits) return drop_list(queue);
-  report_filled(queue);
+  report_done(queue, queue->app_bit);
   wait_for_replay(queue);
   // Every worker has reported, so the flip that started them has passed and opened the start for this thread too.
   close_start(queue);

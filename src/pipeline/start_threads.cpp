@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "pipeline/handshake.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
 #include "startup/config/monitors.h"
@@ -53,16 +54,6 @@ void close_handles(const __osw_thread_ctrl& ctrl) {
 bool is_running(HANDLE thread) {
   DWORD code = 0;
   return GetExitCodeThread(thread, &code) && code == STILL_ACTIVE;
-}
-
-// Without a swap thread there was never a flip: the workers stand at the start, or are on their way there, and end when
-// it opens.
-void abandon_workers(__osw_cmd_queue* queue) {
-  EnterCriticalSection(&queue->start_lock);
-  queue->abandoned = 1;
-  queue->start_mask = 0;
-  WakeAllConditionVariable(&queue->start_cond);
-  LeaveCriticalSection(&queue->start_lock);
 }
 
 void end_workers(__osw_thread_state* state) {

@@ -1,3 +1,4 @@
+#include "pipeline/handshake.h"
 #include "pipeline/replay.h"
 #include "pipeline/threads.h"
 
@@ -34,31 +35,6 @@ bool issuing_thread_waits(const __osw_cmd_queue* queue, const last_record& last)
   return last.type == cmd_sync;
 }
 
-void report_replayed(__osw_cmd_queue* queue, u32 bit) {
-  EnterCriticalSection(&queue->sync_lock);
-  queue->sync_mask |= bit;
-  WakeConditionVariable(&queue->sync_cond);
-  LeaveCriticalSection(&queue->sync_lock);
-}
-
-void report_done(__osw_cmd_queue* queue, u32 bit, bool leaving) {
-  EnterCriticalSection(&queue->done_lock);
-  queue->done_mask |= bit;
-  if (leaving) queue->exit_mask |= bit;
-  WakeConditionVariable(&queue->done_cond);
-  LeaveCriticalSection(&queue->done_lock);
-}
-
-// Result: whether there will be another list.
-bool wait_for_flip(__osw_cmd_queue* queue, u32 bit) {
-  EnterCriticalSection(&queue->start_lock);
-  while (queue->start_mask & bit) SleepConditionVariableCS(&queue->start_cond, &queue->start_lock, INFINITE);
-  queue->start_mask |= bit;
-  const bool goes_on = !queue->abandoned;
-  LeaveCriticalSection(&queue->start_lock);
-  return goes_on;
-}
-
 }  // namespace
 
 DWORD WINAPI __osw_worker_main(void* start) {
@@ -67,12 +43,18 @@ DWORD WINAPI __osw_worker_main(void* start) {
   __osw_cmd_queue* queue = state->cmd_queue;
   const i32 part = arg->part;
   const u32 bit = 1u << part;
-  last_record last{};
-  do {
-    last = replay_list(state, queue, part);
+  bool goes_on = true;
+  while (goes_on) {
+    const last_record last = replay_list(state, queue, part);
     if (issuing_thread_waits(queue, last)) report_replayed(queue, bit);
-    report_done(queue, bit, last.type == __osw_cmd_exit);
-  } while (last.type != __osw_cmd_exit && wait_for_flip(queue, bit));
+    if (last.type == __osw_cmd_exit) {
+      report_left(queue, bit);
+      goes_on = false;
+    } else {
+      report_done(queue, bit);
+      goes_on = wait_for_start(queue, bit);
+    }
+  }
   __osw_unregister_worker_arg(arg);
   __osw_release_queue(queue);
   __osw_note_thread_left();
