@@ -12,15 +12,15 @@ struct app_list {
   bool is_ours;           // written by make_app_list
 };
 
-// True when the library can find the program in a list at all; else a sentence in `problem` says why not.
-bool can_be_listed(const program& target, std::wstring& problem);
+// True when the library can find the program in a list at all; else a sentence in `*problem` says why not.
+bool can_be_listed(const program& target, std::wstring* problem);
 
 // Writes a list with just the one program, which can be listed, into the folder for temporary files. False, with a
-// sentence in `problem`, when the file cannot be written.
-bool make_app_list(const program& target, app_list& list, std::wstring& problem);
+// sentence in `*problem`, when the file cannot be written.
+bool make_app_list(const program& target, app_list* list, std::wstring* problem);
 
-// Takes a list of the caller's. False, with a sentence in `problem`, when the library could not use the file.
-bool take_app_list(const std::wstring& path, app_list& list, std::wstring& problem);
+// Takes a list of the caller's. False, with a sentence in `*problem`, when the library could not use the file.
+bool take_app_list(const std::wstring& path, app_list* list, std::wstring* problem);
 
 // True when the library will find the program in the list.
 bool list_has(const app_list& list, const program& target);

@@ -5,10 +5,14 @@
 #include "probe.h"
 #include "text.h"
 
-static bool report(const std::wstring& problem, const std::wstring& good) {
+namespace {
+
+bool report(const std::wstring& problem, const std::wstring& good) {
   say(problem.empty() ? L"ok      " + good : L"failed  " + problem);
   return problem.empty();
 }
+
+}  // namespace
 
 int check(const std::wstring& folder) {
   if (!folder_exists(folder)) return fail(status_wrong_input, L"there is no folder " + folder);

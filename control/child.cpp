@@ -1,17 +1,21 @@
 #include "child.h"
 
+namespace {
+
 // Within quotes the C runtime reads backslashes as themselves, unless a quote follows them: then each pair is one.
-static void append_quoted(std::wstring& line, const std::wstring& argument) {
-  line += L'"';
+void append_quoted(std::wstring* line, const std::wstring& argument) {
+  *line += L'"';
   size_t backslashes = 0;
   for (const wchar_t c : argument) {
-    if (c == L'"') line.append(backslashes + 1, L'\\');
+    if (c == L'"') line->append(backslashes + 1, L'\\');
     backslashes = c == L'\\' ? backslashes + 1 : 0;
-    line += c;
+    *line += c;
   }
-  line.append(backslashes, L'\\');
-  line += L'"';
+  line->append(backslashes, L'\\');
+  *line += L'"';
 }
+
+}  // namespace
 
 std::wstring join_arguments(const std::wstring& program, const std::vector<std::wstring>& arguments) {
   // The first word is read by a simpler rule, in which a backslash is nothing special.
@@ -21,7 +25,7 @@ std::wstring join_arguments(const std::wstring& program, const std::vector<std::
     if (!argument.empty() && argument.find_first_of(L" \t\n\v\f\r\"*?'`") == std::wstring::npos) {
       line += argument;
     } else {
-      append_quoted(line, argument);
+      append_quoted(&line, argument);
     }
   }
   return line;

@@ -23,5 +23,5 @@ struct request {
   std::wstring help;           // help: the text to print
 };
 
-// Reads the arguments, without the program's own name. False, with the reason in `problem`, when they make no sense.
-bool read_command_line(const std::vector<std::wstring>& arguments, request& result, std::wstring& problem);
+// Reads the arguments, without the program's own name. False, with the reason in `*problem`, when they make no sense.
+bool read_command_line(const std::vector<std::wstring>& arguments, request* result, std::wstring* problem);

@@ -7,21 +7,23 @@
 #include "paths.h"
 #include "text.h"
 
-static const wchar_t* const library_files[] = {wrapper_file, driver_file};
+namespace {
+
+const wchar_t* const library_files[] = {wrapper_file, driver_file};
 
 enum class file_owner { nobody, oswctl, somebody_else };
 
 // Whose the file at `path` is, going by the record of its folder. What cannot be read counts as somebody else's.
-static file_owner owner_of(const std::vector<placed_file>& placed, const std::wstring& folder, const wchar_t* name) {
+file_owner owner_of(const std::vector<placed_file>& placed, const std::wstring& folder, const wchar_t* name) {
   const std::wstring path = in_folder(folder, name);
   file_print print;
   if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return file_owner::nobody;
-  const bool is_ours = take_print(path, print) && record_has(placed, to_utf8(name), print);
+  const bool is_ours = take_print(path, &print) && record_has(placed, to_utf8(name), print);
   return is_ours ? file_owner::oswctl : file_owner::somebody_else;
 }
 
 // A sentence for a file that could not be written or deleted.
-static std::wstring write_problem(const std::wstring& path, DWORD error) {
+std::wstring write_problem(const std::wstring& path, DWORD error) {
   switch (error) {
     case ERROR_SHARING_VIOLATION:
     case ERROR_USER_MAPPED_FILE:
@@ -33,25 +35,25 @@ static std::wstring write_problem(const std::wstring& path, DWORD error) {
   }
 }
 
-// The libraries to place, with their prints; false, with a sentence in `problem`, when one is not as it must be.
-static bool take_sources(std::vector<placed_file>& sources, std::wstring& problem) {
+// The libraries to place, with their prints; false, with a sentence in `*problem`, when one is not as it must be.
+bool take_sources(std::vector<placed_file>* sources, std::wstring* problem) {
   for (const wchar_t* name : library_files) {
     const std::wstring path = own_folder() + name;
     placed_file source{to_utf8(name), {}};
     if (!file_exists(path)) {
-      problem = path + L" is missing; both libraries have to be beside oswctl.exe to be placed elsewhere";
+      *problem = path + L" is missing; both libraries have to be beside oswctl.exe to be placed elsewhere";
     } else {
-      problem = name == wrapper_file ? wrapper_problem(path) : driver_problem(path);
+      *problem = name == wrapper_file ? wrapper_problem(path) : driver_problem(path);
     }
-    if (problem.empty() && !take_print(path, source.print)) problem = path + L" cannot be read";
-    if (!problem.empty()) return false;
-    sources.push_back(source);
+    if (problem->empty() && !take_print(path, &source.print)) *problem = path + L" cannot be read";
+    if (!problem->empty()) return false;
+    sources->push_back(source);
   }
   return true;
 }
 
 // Copies a library into the folder in one step, so that no half of it ever stands there under its name.
-static DWORD place(const std::wstring& folder, const wchar_t* name, file_owner owner) {
+DWORD place(const std::wstring& folder, const wchar_t* name, file_owner owner) {
   const std::wstring path = in_folder(folder, name), fresh = path + L".oswctl-new";
   const DWORD flags = owner == file_owner::oswctl ? MOVEFILE_REPLACE_EXISTING : 0;
   // A write-protected file of the same name would stop both calls.
@@ -65,7 +67,7 @@ static DWORD place(const std::wstring& folder, const wchar_t* name, file_owner o
 }
 
 // Deletes what of the record still is as it was placed.
-static DWORD take_away(const std::vector<placed_file>& placed, const std::wstring& folder) {
+DWORD take_away(const std::vector<placed_file>& placed, const std::wstring& folder) {
   DWORD result = ERROR_SUCCESS;
   for (const wchar_t* name : library_files) {
     if (owner_of(placed, folder, name) != file_owner::oswctl) continue;
@@ -75,21 +77,21 @@ static DWORD take_away(const std::vector<placed_file>& placed, const std::wstrin
 }
 
 // Reads the record, and refuses a folder in which a file of somebody else's is in the way.
-static bool look_before_install(const std::wstring& folder, std::vector<placed_file>& placed, std::wstring& problem) {
+bool look_before_install(const std::wstring& folder, std::vector<placed_file>* placed, std::wstring* problem) {
   if (!read_record(folder, placed)) {
-    problem = in_folder(folder, record_file) + L" is not of oswctl's making; move it away and try again";
+    *problem = in_folder(folder, record_file) + L" is not of oswctl's making; move it away and try again";
     return false;
   }
   for (const wchar_t* name : library_files) {
-    if (owner_of(placed, folder, name) != file_owner::somebody_else) continue;
-    problem = in_folder(folder, name) + L" is there already and was not placed by oswctl; move it away and try again";
+    if (owner_of(*placed, folder, name) != file_owner::somebody_else) continue;
+    *problem = in_folder(folder, name) + L" is there already and was not placed by oswctl; move it away and try again";
     return false;
   }
   return true;
 }
 
-static int place_all(const std::wstring& folder, const std::vector<placed_file>& placed,
-                     const std::vector<placed_file>& sources) {
+int place_all(const std::wstring& folder, const std::vector<placed_file>& placed,
+              const std::vector<placed_file>& sources) {
   // Old and new are both on record before the first file changes, so that whatever ends this in the middle leaves
   // nothing that a later install or remove would not know.
   std::vector<placed_file> both = placed;
@@ -116,12 +118,14 @@ static int place_all(const std::wstring& folder, const std::vector<placed_file>&
   return status_ok;
 }
 
+}  // namespace
+
 int install_libraries(const std::wstring& named_folder) {
   if (!folder_exists(named_folder)) return fail(status_wrong_input, L"there is no folder " + named_folder);
   const std::wstring folder = full_path(named_folder);
   std::vector<placed_file> sources, placed;
   std::wstring problem;
-  if (!take_sources(sources, problem) || !look_before_install(folder, placed, problem)) {
+  if (!take_sources(&sources, &problem) || !look_before_install(folder, &placed, &problem)) {
     return fail(status_failed, problem);
   }
   return place_all(folder, placed, sources);
@@ -131,7 +135,7 @@ int remove_libraries(const std::wstring& named_folder) {
   if (!folder_exists(named_folder)) return fail(status_wrong_input, L"there is no folder " + named_folder);
   const std::wstring folder = full_path(named_folder), record = in_folder(folder, record_file);
   std::vector<placed_file> placed;
-  if (!read_record(folder, placed)) {
+  if (!read_record(folder, &placed)) {
     return fail(status_failed, record + L" is not of oswctl's making, so nothing in that folder is touched");
   }
   if (placed.empty()) return fail(status_failed, L"oswctl has placed nothing in " + folder);

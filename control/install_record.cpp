@@ -6,73 +6,44 @@
 
 #include "paths.h"
 
-static const char first_line[] = "Placed by oswctl; \"oswctl remove\" takes these files away. Name, bytes, hash:\r\n";
+namespace {
+
+constexpr char first_line[] = "Placed by oswctl; \"oswctl remove\" takes these files away. Name, bytes, hash:\r\n";
 
 // FNV-1a: nobody forges a library to have it taken away, so a short hash will do.
-static uint64_t hash_of(uint64_t hash, const unsigned char* bytes, size_t size) {
+uint64_t hash_of(uint64_t hash, const unsigned char* bytes, size_t size) {
   for (size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 0x100000001B3u;
   return hash;
 }
 
-static HANDLE open_to_read(const std::wstring& path) {
+HANDLE open_to_read(const std::wstring& path) {
   return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                      FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
 }
 
-bool take_print(const std::wstring& path, file_print& print) {
-  const HANDLE file = open_to_read(path);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  std::vector<unsigned char> buffer(1 << 16);
-  DWORD count = 0;
-  print = {0, 0xCBF29CE484222325u};
-  bool is_good = false;
-  while ((is_good = ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr)) && count > 0) {
-    print.size += count;
-    print.hash = hash_of(print.hash, buffer.data(), count);
-  }
-  CloseHandle(file);
-  return is_good;
-}
-
-static bool read_text(const std::wstring& path, std::string& text) {
+bool read_text(const std::wstring& path, std::string* text) {
   const HANDLE file = open_to_read(path);
   if (file == INVALID_HANDLE_VALUE) return false;
   // A record has a few lines; a file with more is none, and its beginning shows that.
-  text.resize(4096);
+  text->resize(4096);
   DWORD count = 0;
-  const bool is_good = ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &count, nullptr);
+  const bool is_good = ReadFile(file, text->data(), static_cast<DWORD>(text->size()), &count, nullptr);
   CloseHandle(file);
-  text.resize(count);
+  text->resize(count);
   return is_good;
 }
 
-static bool read_line(const std::string& line, placed_file& placed) {
+bool read_line(const std::string& line, placed_file* placed) {
   char name[64] = "";
   unsigned long long size = 0, hash = 0;
   int end = 0;
   if (sscanf(line.c_str(), "%63s %llu %llx%n", name, &size, &hash, &end) != 3) return false;
   if (static_cast<size_t>(end) != line.size()) return false;
-  placed = {name, {size, hash}};
+  *placed = {name, {size, hash}};
   return true;
 }
 
-bool read_record(const std::wstring& folder, std::vector<placed_file>& placed) {
-  const std::wstring path = in_folder(folder, record_file);
-  placed.clear();
-  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return true;
-  std::string text;
-  if (!read_text(path, text) || text.compare(0, sizeof first_line - 1, first_line) != 0) return false;
-  for (size_t start = sizeof first_line - 1; start < text.size();) {
-    const size_t end = text.find("\r\n", start);
-    placed_file one;
-    if (end == std::string::npos || !read_line(text.substr(start, end - start), one)) return false;
-    placed.push_back(one);
-    start = end + 2;
-  }
-  return true;
-}
-
-static bool write_text(const std::wstring& path, const std::string& text) {
+bool write_text(const std::wstring& path, const std::string& text) {
   const HANDLE file =
       CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return false;
@@ -82,6 +53,39 @@ static bool write_text(const std::wstring& path, const std::string& text) {
   CloseHandle(file);
   SetLastError(error);
   return is_good;
+}
+
+}  // namespace
+
+bool take_print(const std::wstring& path, file_print* print) {
+  const HANDLE file = open_to_read(path);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  std::vector<unsigned char> buffer(1 << 16);
+  DWORD count = 0;
+  *print = {0, 0xCBF29CE484222325u};
+  bool is_good = false;
+  while ((is_good = ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr)) && count > 0) {
+    print->size += count;
+    print->hash = hash_of(print->hash, buffer.data(), count);
+  }
+  CloseHandle(file);
+  return is_good;
+}
+
+bool read_record(const std::wstring& folder, std::vector<placed_file>* placed) {
+  const std::wstring path = in_folder(folder, record_file);
+  placed->clear();
+  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return true;
+  std::string text;
+  if (!read_text(path, &text) || text.compare(0, sizeof first_line - 1, first_line) != 0) return false;
+  for (size_t start = sizeof first_line - 1; start < text.size();) {
+    const size_t end = text.find("\r\n", start);
+    placed_file one;
+    if (end == std::string::npos || !read_line(text.substr(start, end - start), &one)) return false;
+    placed->push_back(one);
+    start = end + 2;
+  }
+  return true;
 }
 
 bool write_record(const std::wstring& folder, const std::vector<placed_file>& placed) {

@@ -21,10 +21,10 @@ struct placed_file {
 inline constexpr wchar_t record_file[] = L"oswctl-installed.txt";
 
 // The print of the file at `path`; false when it cannot be read.
-bool take_print(const std::wstring& path, file_print& print);
+bool take_print(const std::wstring& path, file_print* print);
 
 // Reads the record of a folder. No file is an empty record. False when there is a file of that name which is no record.
-bool read_record(const std::wstring& folder, std::vector<placed_file>& placed);
+bool read_record(const std::wstring& folder, std::vector<placed_file>* placed);
 
 // Writes the record of a folder, in one step: an end in the middle leaves the old one. False, with GetLastError set,
 // when it cannot be written.

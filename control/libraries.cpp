@@ -3,12 +3,14 @@
 #include "paths.h"
 #include "pe.h"
 
-static bool is_wrapper(const pe_image& image) {
+namespace {
+
+bool is_wrapper(const pe_image& image) {
   return exports_name(image, "EnablePerformanceOptimization") && exports_name(image, "DisablePerformanceOptimization");
 }
 
 // What holds for both libraries alike.
-static std::wstring library_problem(const std::wstring& path, pe_image& image) {
+std::wstring library_problem(const std::wstring& path, pe_image* image) {
   static const std::wstring again = L"; put the one that came with oswctl.exe in its place";
   if (!file_exists(path)) return path + L" is missing; place both libraries with \"oswctl install\"";
   switch (read_pe(path, image)) {
@@ -23,12 +25,14 @@ static std::wstring library_problem(const std::wstring& path, pe_image& image) {
     case pe_kind::for_64_bit:
       break;
   }
-  return image.is_library ? L"" : path + L" is a program, not a library" + again;
+  return image->is_library ? L"" : path + L" is a program, not a library" + again;
 }
+
+}  // namespace
 
 std::wstring wrapper_problem(const std::wstring& path) {
   pe_image image;
-  const std::wstring problem = library_problem(path, image);
+  const std::wstring problem = library_problem(path, &image);
   if (!problem.empty() || is_wrapper(image)) return problem;
   return path +
          L" is another OpenGL library, not the span wrapper; put the wrapper in its place, the one that came with "
@@ -37,7 +41,7 @@ std::wstring wrapper_problem(const std::wstring& path) {
 
 std::wstring driver_problem(const std::wstring& path) {
   pe_image image;
-  const std::wstring problem = library_problem(path, image);
+  const std::wstring problem = library_problem(path, &image);
   if (!problem.empty()) return problem;
   if (is_wrapper(image)) {
     return path + L" is the span wrapper itself, which must not stand under this name; put the system library there";

@@ -11,7 +11,9 @@
 #include "run.h"
 #include "text.h"
 
-static int act_on(const request& wanted) {
+namespace {
+
+int act_on(const request& wanted) {
   switch (wanted.what) {
     case command::run:
       return run(wanted.run);
@@ -36,6 +38,8 @@ static int act_on(const request& wanted) {
   return status_ok;
 }
 
+}  // namespace
+
 int main() {
   // The arguments of main have lost the letters that are not in the code page, and "*" is replaced by file names.
   int count = 0;
@@ -43,7 +47,8 @@ int main() {
   const std::vector<std::wstring> arguments(words + (count > 0), words + count);
   request wanted{};
   std::wstring problem;
-  const int status = read_command_line(arguments, wanted, problem) ? act_on(wanted) : fail(status_wrong_input, problem);
+  const int status =
+      read_command_line(arguments, &wanted, &problem) ? act_on(wanted) : fail(status_wrong_input, problem);
   // No library is told of the end: see load_wrapper. Nothing that we print is kept back.
   TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
 }

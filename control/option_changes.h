@@ -12,8 +12,8 @@ struct option_change {
   bool made;
 };
 
-// Sets every option of `changes`, and notes what was there. All are made or, on an error, none.
-LSTATUS make_changes(std::vector<option_change>& changes);
+// Sets every option of `*changes`, and notes what was there. All are made or, on an error, none.
+LSTATUS make_changes(std::vector<option_change>* changes);
 
 // Puts back what make_changes has changed. An option that somebody has set to another number since then stays as it is.
-LSTATUS undo_changes(std::vector<option_change>& changes);
+LSTATUS undo_changes(std::vector<option_change>* changes);

@@ -5,35 +5,15 @@
 #include "registry.h"
 #include "text.h"
 
-const option* find_option(const std::wstring& name) {
-  for (const option& one : option_list) {
-    if (_wcsicmp(one.name, name.c_str()) == 0) return &one;
-  }
-  return nullptr;
-}
+namespace {
 
-static std::wstring padded(std::wstring text, size_t width) {
+std::wstring padded(std::wstring text, size_t width) {
   if (text.size() < width) text.append(width - text.size(), L' ');
   return text + L"  ";
 }
 
-int print_options() {
-  constexpr size_t name_width = 37;
-  stored_value probe;
-  const LSTATUS error = read_stored(option_list[0].name, probe);
-  if (error != ERROR_SUCCESS) return fail(status_failed, registry_problem(error));
-  say(padded(L"option", name_width) + padded(L"value", 5) + padded(L"from", 8) + padded(L"default", 7) + L"meaning");
-  for (const option& one : option_list) {
-    bool is_set = false;
-    const std::wstring value = std::to_wstring(value_in_force(one, is_set));
-    say(padded(one.name, name_width) + padded(value, 5) + padded(is_set ? L"registry" : L"default", 8) +
-        padded(std::to_wstring(one.fallback), 7) + one.meaning);
-  }
-  return status_ok;
-}
-
 // The accepted values as a sentence has them: "0 or 1".
-static std::wstring choices(const option& option) {
+std::wstring choices(const option& option) {
   std::wstring text;
   const std::wstring values = option.accepted;
   for (size_t i = 0; i < values.size(); ++i) {
@@ -41,6 +21,23 @@ static std::wstring choices(const option& option) {
     text += values[i];
   }
   return text;
+}
+
+}  // namespace
+
+int print_options() {
+  constexpr size_t name_width = 37;
+  stored_value probe;
+  const LSTATUS error = read_stored(option_list[0].name, &probe);
+  if (error != ERROR_SUCCESS) return fail(status_failed, registry_problem(error));
+  say(padded(L"option", name_width) + padded(L"value", 5) + padded(L"from", 8) + padded(L"default", 7) + L"meaning");
+  for (const option& one : option_list) {
+    bool is_set = false;
+    const std::wstring value = std::to_wstring(value_in_force(one, &is_set));
+    say(padded(one.name, name_width) + padded(value, 5) + padded(is_set ? L"registry" : L"default", 8) +
+        padded(std::to_wstring(one.fallback), 7) + one.meaning);
+  }
+  return status_ok;
 }
 
 int set_option(const std::wstring& name, const std::wstring& value) {

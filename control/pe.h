@@ -12,9 +12,9 @@ struct pe_image {
   std::vector<std::string> exports;  // names only
 };
 
-// Reads the headers of the file at `path`. `image` is filled for for_64_bit, which stands for the x64 processor, and
+// Reads the headers of the file at `path`. `*image` is filled for for_64_bit, which stands for the x64 processor, and
 // left alone for anything else. A file cut short or with offsets that point outside it counts as not_pe.
-pe_kind read_pe(const std::wstring& path, pe_image& image);
+pe_kind read_pe(const std::wstring& path, pe_image* image);
 
 // True when `image` exports `name`.
 bool exports_name(const pe_image& image, const char* name);

@@ -9,8 +9,10 @@
 #include "paths.h"
 #include "text.h"
 
-static const char* const private_entries[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
-                                              "glDrawableSizeZ4"};
+namespace {
+
+constexpr const char* private_entries[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
+                                           "glDrawableSizeZ4"};
 
 // Exit statuses of the trying process. The mark in the upper half is there so that no status of another making is taken
 // for one of these. The low four bits have one bit for each private entry that is missing.
@@ -22,7 +24,7 @@ enum : DWORD {
   probe_crashed = probe_mark | 0x40,
 };
 
-static constexpr DWORD probe_patience_ms = 20000;
+constexpr DWORD probe_patience_ms = 20000;
 
 using get_proc_address = PROC(WINAPI*)(const char*);
 
@@ -36,16 +38,16 @@ struct driver_functions {
   get_proc_address find_extension;
 };
 
-static bool find_functions(HMODULE module, driver_functions& driver) {
-  return find_export(module, "wglCreateContext", driver.create_context) &&
-         find_export(module, "wglMakeCurrent", driver.make_current) &&
-         find_export(module, "wglDeleteContext", driver.delete_context) &&
-         find_export(module, "wglChoosePixelFormat", driver.choose_pixel_format) &&
-         find_export(module, "wglSetPixelFormat", driver.set_pixel_format) &&
-         find_export(module, "wglGetProcAddress", driver.find_extension);
+bool find_functions(HMODULE module, driver_functions* driver) {
+  return find_export(module, "wglCreateContext", &driver->create_context) &&
+         find_export(module, "wglMakeCurrent", &driver->make_current) &&
+         find_export(module, "wglDeleteContext", &driver->delete_context) &&
+         find_export(module, "wglChoosePixelFormat", &driver->choose_pixel_format) &&
+         find_export(module, "wglSetPixelFormat", &driver->set_pixel_format) &&
+         find_export(module, "wglGetProcAddress", &driver->find_extension);
 }
 
-static DWORD missing_entries(HMODULE module, get_proc_address find_extension) {
+DWORD missing_entries(HMODULE module, get_proc_address find_extension) {
   DWORD missing = 0;
   for (unsigned i = 0; i < std::size(private_entries); ++i) {
     if (GetProcAddress(module, private_entries[i])) continue;
@@ -57,7 +59,7 @@ static DWORD missing_entries(HMODULE module, get_proc_address find_extension) {
 }
 
 // Looks the entries up under a context, without which a driver need not answer.
-static DWORD probe_with_context(HMODULE module, const driver_functions& driver, HDC dc) {
+DWORD probe_with_context(HMODULE module, const driver_functions& driver, HDC dc) {
   PIXELFORMATDESCRIPTOR format{};
   format.nSize = sizeof format;
   format.nVersion = 1;
@@ -75,26 +77,12 @@ static DWORD probe_with_context(HMODULE module, const driver_functions& driver, 
   return probe_mark | missing;
 }
 
-static LONG WINAPI end_after_crash(EXCEPTION_POINTERS*) {
+LONG WINAPI end_after_crash(EXCEPTION_POINTERS*) {
   TerminateProcess(GetCurrentProcess(), probe_crashed);
   return EXCEPTION_EXECUTE_HANDLER;
 }
 
-int probe(const std::wstring& library) {
-  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-  SetUnhandledExceptionFilter(end_after_crash);
-  const HMODULE module = LoadLibraryExW(full_path(library).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  driver_functions driver{};
-  if (!module) return static_cast<int>(probe_not_loaded);
-  if (missing_entries(module, nullptr) == 0) return static_cast<int>(probe_mark);
-  if (!find_functions(module, driver)) return static_cast<int>(probe_no_context);
-
-  const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 16, 16, nullptr, nullptr, nullptr, nullptr);
-  const HDC dc = window ? GetDC(window) : nullptr;
-  return static_cast<int>(dc ? probe_with_context(module, driver, dc) : probe_no_context);
-}
-
-static std::wstring names_of(DWORD missing) {
+std::wstring names_of(DWORD missing) {
   std::wstring names;
   for (unsigned i = 0; i < std::size(private_entries); ++i) {
     if (missing & (1u << i)) names += (names.empty() ? L"" : L", ") + from_utf8(private_entries[i]);
@@ -102,7 +90,7 @@ static std::wstring names_of(DWORD missing) {
   return names;
 }
 
-static std::wstring answer_problem(const std::wstring& library, DWORD answer) {
+std::wstring answer_problem(const std::wstring& library, DWORD answer) {
   switch (answer) {
     case probe_not_loaded:
       return library +
@@ -123,6 +111,22 @@ static std::wstring answer_problem(const std::wstring& library, DWORD answer) {
            L"; put the library that came with oswctl.exe there, which does";
   }
   return library + L" ended the process that tried it; put the library that came with oswctl.exe there";
+}
+
+}  // namespace
+
+int probe(const std::wstring& library) {
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+  SetUnhandledExceptionFilter(end_after_crash);
+  const HMODULE module = LoadLibraryExW(full_path(library).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  driver_functions driver{};
+  if (!module) return static_cast<int>(probe_not_loaded);
+  if (missing_entries(module, nullptr) == 0) return static_cast<int>(probe_mark);
+  if (!find_functions(module, &driver)) return static_cast<int>(probe_no_context);
+
+  const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 16, 16, nullptr, nullptr, nullptr, nullptr);
+  const HDC dc = window ? GetDC(window) : nullptr;
+  return static_cast<int>(dc ? probe_with_context(module, driver, dc) : probe_no_context);
 }
 
 std::wstring probe_problem(const std::wstring& library) {

@@ -5,13 +5,15 @@
 #include "paths.h"
 #include "pe.h"
 
+namespace {
+
 // The file that `path` means with or without ".exe"; empty when there is neither.
-static std::wstring with_extension(const std::wstring& path) {
+std::wstring with_extension(const std::wstring& path) {
   if (file_exists(path)) return path;
   return file_exists(path + L".exe") ? path + L".exe" : L"";
 }
 
-static std::wstring along_path(const std::wstring& name) {
+std::wstring along_path(const std::wstring& name) {
   std::wstring list(32768, L'\0');
   list.resize(GetEnvironmentVariableW(L"PATH", list.data(), static_cast<DWORD>(list.size())));
   for (size_t start = 0; start < list.size();) {
@@ -24,13 +26,13 @@ static std::wstring along_path(const std::wstring& name) {
   return L"";
 }
 
-static std::wstring locate(const std::wstring& given) {
+std::wstring locate(const std::wstring& given) {
   const std::wstring path = with_extension(full_path(given));
   const bool has_folder = given.find_first_of(L"\\/:") != std::wstring::npos;
   return path.empty() && !has_folder ? along_path(given) : path;
 }
 
-static std::wstring kind_problem(const std::wstring& path, pe_kind kind) {
+std::wstring kind_problem(const std::wstring& path, pe_kind kind) {
   switch (kind) {
     case pe_kind::unreadable:
       return path + L" cannot be read";
@@ -46,22 +48,24 @@ static std::wstring kind_problem(const std::wstring& path, pe_kind kind) {
   return L"";
 }
 
-bool find_program(const std::wstring& given, program& found, std::wstring& problem) {
+}  // namespace
+
+bool find_program(const std::wstring& given, program* found, std::wstring* problem) {
   const std::wstring located = locate(given);
   if (located.empty()) {
-    problem = L"there is no program " + given;
+    *problem = L"there is no program " + given;
     return false;
   }
   const std::wstring path = full_path(located);
   pe_image image{};
-  problem = kind_problem(path, read_pe(path, image));
-  if (problem.empty() && image.is_library) problem = path + L" is a library, not a program";
-  if (!problem.empty()) return false;
+  *problem = kind_problem(path, read_pe(path, &image));
+  if (problem->empty() && image.is_library) *problem = path + L" is a library, not a program";
+  if (!problem->empty()) return false;
 
   const size_t name_start = path.find_last_of(L'\\') + 1;
-  found.path = path;
-  found.folder = path.substr(0, name_start);
-  found.name = path.substr(name_start);
-  found.uses_console = image.uses_console;
+  found->path = path;
+  found->folder = path.substr(0, name_start);
+  found->name = path.substr(name_start);
+  found->uses_console = image.uses_console;
   return true;
 }

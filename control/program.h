@@ -11,6 +11,6 @@ struct program {
 };
 
 // Finds the program that the caller means: a name without a folder is looked for in the current folder and then along
-// PATH, and ".exe" may be left out. Only a 64-bit program is found. False, with a sentence in `problem`, when there is
+// PATH, and ".exe" may be left out. Only a 64-bit program is found. False, with a sentence in `*problem`, when there is
 // none.
-bool find_program(const std::wstring& given, program& found, std::wstring& problem);
+bool find_program(const std::wstring& given, program* found, std::wstring* problem);

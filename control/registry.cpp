@@ -4,31 +4,16 @@
 
 #include "text.h"
 
-static const wchar_t vendor_path[] = L"Software\\Z4graphics";
-static const wchar_t key_path[] = L"Software\\Z4graphics\\OGLSPANWrapper";
+namespace {
 
-static bool is_missing(LSTATUS error) {
+const wchar_t vendor_path[] = L"Software\\Z4graphics";
+const wchar_t key_path[] = L"Software\\Z4graphics\\OGLSPANWrapper";
+
+bool is_missing(LSTATUS error) {
   return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
-LSTATUS read_stored(const wchar_t* name, stored_value& value) {
-  value = {};
-  HKEY key = nullptr;
-  LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, key_path, 0, KEY_QUERY_VALUE, &key);
-  if (error != ERROR_SUCCESS) return is_missing(error) ? ERROR_SUCCESS : error;
-  DWORD size = 0;
-  do {
-    value.data.resize(size);
-    error = RegQueryValueExW(key, name, nullptr, &value.type, value.data.data(), &size);
-    // Without room the call gives the size, as a success.
-  } while (error == ERROR_MORE_DATA || (error == ERROR_SUCCESS && size > value.data.size()));
-  RegCloseKey(key);
-  value.present = error == ERROR_SUCCESS;
-  value.data.resize(value.present ? size : 0);
-  return is_missing(error) ? ERROR_SUCCESS : error;
-}
-
-static LSTATUS write_value(const wchar_t* name, DWORD type, const BYTE* data, size_t size) {
+LSTATUS write_value(const wchar_t* name, DWORD type, const BYTE* data, size_t size) {
   HKEY key = nullptr;
   LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, key_path, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr);
   if (error != ERROR_SUCCESS) return error;
@@ -37,13 +22,42 @@ static LSTATUS write_value(const wchar_t* name, DWORD type, const BYTE* data, si
   return error;
 }
 
-static LSTATUS delete_value(const wchar_t* name) {
+LSTATUS delete_value(const wchar_t* name) {
   HKEY key = nullptr;
   LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, key_path, 0, KEY_SET_VALUE, &key);
   if (error == ERROR_SUCCESS) {
     error = RegDeleteValueW(key, name);
     RegCloseKey(key);
   }
+  return is_missing(error) ? ERROR_SUCCESS : error;
+}
+
+bool remove_if_empty(const wchar_t* path) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+  DWORD keys = 1, values = 1;
+  RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
+                   nullptr);
+  RegCloseKey(key);
+  return keys == 0 && values == 0 && RegDeleteKeyW(HKEY_LOCAL_MACHINE, path) == ERROR_SUCCESS;
+}
+
+}  // namespace
+
+LSTATUS read_stored(const wchar_t* name, stored_value* value) {
+  *value = {};
+  HKEY key = nullptr;
+  LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, key_path, 0, KEY_QUERY_VALUE, &key);
+  if (error != ERROR_SUCCESS) return is_missing(error) ? ERROR_SUCCESS : error;
+  DWORD size = 0;
+  do {
+    value->data.resize(size);
+    error = RegQueryValueExW(key, name, nullptr, &value->type, value->data.data(), &size);
+    // Without room the call gives the size, as a success.
+  } while (error == ERROR_MORE_DATA || (error == ERROR_SUCCESS && size > value->data.size()));
+  RegCloseKey(key);
+  value->present = error == ERROR_SUCCESS;
+  value->data.resize(value->present ? size : 0);
   return is_missing(error) ? ERROR_SUCCESS : error;
 }
 
@@ -55,33 +69,23 @@ LSTATUS write_stored(const wchar_t* name, const stored_value& value) {
   return value.present ? write_value(name, value.type, value.data.data(), value.data.size()) : delete_value(name);
 }
 
-static bool remove_if_empty(const wchar_t* path) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-  DWORD keys = 1, values = 1;
-  RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
-                   nullptr);
-  RegCloseKey(key);
-  return keys == 0 && values == 0 && RegDeleteKeyW(HKEY_LOCAL_MACHINE, path) == ERROR_SUCCESS;
-}
-
 void remove_empty_keys() {
   if (remove_if_empty(key_path)) remove_if_empty(vendor_path);
 }
 
-bool number_of(const stored_value& value, uint32_t& number) {
+bool number_of(const stored_value& value, uint32_t* number) {
   // The library has room for four bytes, looks at no type and counts an empty value as not set. What a shorter value
   // leaves of them is zero.
-  if (!value.present || value.data.empty() || value.data.size() > sizeof number) return false;
-  number = 0;
-  memcpy(&number, value.data.data(), value.data.size());
+  if (!value.present || value.data.empty() || value.data.size() > sizeof *number) return false;
+  *number = 0;
+  memcpy(number, value.data.data(), value.data.size());
   return true;
 }
 
-uint32_t value_in_force(const option& option, bool& is_set) {
+uint32_t value_in_force(const option& option, bool* is_set) {
   stored_value stored;
   uint32_t number = option.fallback;
-  is_set = read_stored(option.name, stored) == ERROR_SUCCESS && number_of(stored, number);
+  *is_set = read_stored(option.name, &stored) == ERROR_SUCCESS && number_of(stored, &number);
   return option.kind == option_kind::flag ? number != 0 : number;
 }
 

@@ -16,7 +16,7 @@ struct stored_value {
 
 // All of these give a Windows error code, ERROR_SUCCESS when done. A missing key or value is no error: it reads as not
 // present.
-LSTATUS read_stored(const wchar_t* name, stored_value& value);
+LSTATUS read_stored(const wchar_t* name, stored_value* value);
 LSTATUS write_number(const wchar_t* name, uint32_t number);
 
 // Writes the value back as it was read, or deletes it when it was not present.
@@ -26,10 +26,10 @@ LSTATUS write_stored(const wchar_t* name, const stored_value& value);
 void remove_empty_keys();
 
 // The number that the library would take from the value: false when it would take none and the default holds.
-bool number_of(const stored_value& value, uint32_t& number);
+bool number_of(const stored_value& value, uint32_t* number);
 
-// What holds for the option, read as the library reads it; `is_set` tells whether it comes from the registry.
-uint32_t value_in_force(const option& option, bool& is_set);
+// What holds for the option, read as the library reads it; `*is_set` tells whether it comes from the registry.
+uint32_t value_in_force(const option& option, bool* is_set);
 
 // A sentence for an error of the functions above.
 std::wstring registry_problem(LSTATUS error);

@@ -1,13 +1,8 @@
 #include "text.h"
 
-std::wstring from_utf8(const std::string& text) {
-  const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-  std::wstring result(static_cast<size_t>(length), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), length);
-  return result;
-}
+namespace {
 
-static std::string to_code_page(UINT code_page, const std::wstring& text) {
+std::string to_code_page(UINT code_page, const std::wstring& text) {
   const int size = static_cast<int>(text.size());
   const int length = WideCharToMultiByte(code_page, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
   std::string result(static_cast<size_t>(length), '\0');
@@ -15,23 +10,7 @@ static std::string to_code_page(UINT code_page, const std::wstring& text) {
   return result;
 }
 
-std::string to_utf8(const std::wstring& text) {
-  return to_code_page(CP_UTF8, text);
-}
-
-bool to_ansi(const std::wstring& text, std::string& result) {
-  // The way back shows a replaced character in every code page, UTF-8 included, where the conversion cannot report it.
-  const std::string narrow = to_code_page(CP_ACP, text);
-  std::wstring back(text.size() + 1, L'\0');
-  const int length = MultiByteToWideChar(CP_ACP, 0, narrow.data(), static_cast<int>(narrow.size()), back.data(),
-                                         static_cast<int>(back.size()));
-  back.resize(static_cast<size_t>(length));
-  if (back != text) return false;
-  result = narrow;
-  return true;
-}
-
-static void print(DWORD stream, const std::wstring& text) {
+void print(DWORD stream, const std::wstring& text) {
   const HANDLE handle = GetStdHandle(stream);
   DWORD mode = 0, written = 0;
   if (GetConsoleMode(handle, &mode)) {
@@ -42,12 +21,37 @@ static void print(DWORD stream, const std::wstring& text) {
   WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 
-static std::wstring one_line(std::wstring text) {
+std::wstring one_line(std::wstring text) {
   while (!text.empty() && (text.back() == L'\n' || text.back() == L'\r' || text.back() == L' ')) text.pop_back();
   for (wchar_t& c : text) {
     if (c == L'\n' || c == L'\r') c = L' ';
   }
   return text;
+}
+
+}  // namespace
+
+std::wstring from_utf8(const std::string& text) {
+  const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+  std::wstring result(static_cast<size_t>(length), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), length);
+  return result;
+}
+
+std::string to_utf8(const std::wstring& text) {
+  return to_code_page(CP_UTF8, text);
+}
+
+bool to_ansi(const std::wstring& text, std::string* result) {
+  // The way back shows a replaced character in every code page, UTF-8 included, where the conversion cannot report it.
+  const std::string narrow = to_code_page(CP_ACP, text);
+  std::wstring back(text.size() + 1, L'\0');
+  const int length = MultiByteToWideChar(CP_ACP, 0, narrow.data(), static_cast<int>(narrow.size()), back.data(),
+                                         static_cast<int>(back.size()));
+  back.resize(static_cast<size_t>(length));
+  if (back != text) return false;
+  *result = narrow;
+  return true;
 }
 
 void say(const std::wstring& line) {

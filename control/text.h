@@ -12,8 +12,8 @@ std::wstring from_utf8(const std::string& text);
 std::string to_utf8(const std::wstring& text);
 
 // The same text in the machine's ANSI code page, which is what the library reads and compares names in. False, with
-// `result` untouched, when the code page lacks a character.
-bool to_ansi(const std::wstring& text, std::string& result);
+// `*result` untouched, when the code page lacks a character.
+bool to_ansi(const std::wstring& text, std::string* result);
 
 // Prints one line on standard output.
 void say(const std::wstring& line);

@@ -9,6 +9,31 @@
 #include "paths.h"
 #include "text.h"
 
+namespace {
+
+// The library waits at its load for a debugger when it is told to: that is meant for the program, not for us.
+HMODULE load_without_waiting(const std::wstring& path, std::wstring* problem) {
+  std::vector<option_change> changes;
+  bool is_set = false;
+  const option* wait = find_option(L"OSW_DW_DeadLoopWhenLoadDll");
+  if (value_in_force(*wait, &is_set) != 0) changes.push_back({wait->name, 0, {}, false});
+  LSTATUS error = make_changes(&changes);
+  if (error != ERROR_SUCCESS) {
+    *problem = std::wstring(wait->name) + L" is set: " + registry_problem(error);
+    return nullptr;
+  }
+  // This one is read through the C runtime, whose copy and the system's are both changed by this call.
+  _wputenv(L"Z4OSW_DEBUG_BREAK=");
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!module) *problem = path + L" cannot be loaded" + system_reason(GetLastError());
+  error = undo_changes(&changes);
+  if (error != ERROR_SUCCESS) complain(std::wstring(wait->name) + L" was not put back: " + registry_problem(error));
+  return module;
+}
+
+}  // namespace
+
 std::wstring find_wrapper(const std::wstring& program_folder) {
   wchar_t system[MAX_PATH] = L"", windows[MAX_PATH] = L"";
   GetSystemDirectoryW(system, MAX_PATH);
@@ -24,44 +49,25 @@ std::wstring find_wrapper(const std::wstring& program_folder) {
   return path;
 }
 
-// The library waits at its load for a debugger when it is told to: that is meant for the program, not for us.
-static bool load_without_waiting(const std::wstring& path, HMODULE& module, std::wstring& problem) {
-  std::vector<option_change> changes;
-  bool is_set = false;
-  const option* wait = find_option(L"OSW_DW_DeadLoopWhenLoadDll");
-  if (value_in_force(*wait, is_set) != 0) changes.push_back({wait->name, 0, {}, false});
-  LSTATUS error = make_changes(changes);
-  if (error != ERROR_SUCCESS) {
-    problem = std::wstring(wait->name) + L" is set: " + registry_problem(error);
-    return false;
-  }
-  // This one is read through the C runtime, whose copy and the system's are both changed by this call.
-  _wputenv(L"Z4OSW_DEBUG_BREAK=");
-  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-  module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  if (!module) problem = path + L" cannot be loaded" + system_reason(GetLastError());
-  error = undo_changes(changes);
-  if (error != ERROR_SUCCESS) complain(std::wstring(wait->name) + L" was not put back: " + registry_problem(error));
-  return module != nullptr;
-}
-
-bool load_wrapper(const std::wstring& path, wrapper& loaded, std::wstring& problem) {
-  problem = wrapper_problem(path);
-  loaded = {};
-  if (!problem.empty() || !load_without_waiting(path, loaded.module, problem)) return false;
-  if (find_export(loaded.module, "EnablePerformanceOptimization", loaded.enable) &&
-      find_export(loaded.module, "DisablePerformanceOptimization", loaded.disable)) {
+bool load_wrapper(const std::wstring& path, wrapper* loaded, std::wstring* problem) {
+  *problem = wrapper_problem(path);
+  *loaded = {};
+  if (!problem->empty()) return false;
+  loaded->module = load_without_waiting(path, problem);
+  if (!loaded->module) return false;
+  if (find_export(loaded->module, "EnablePerformanceOptimization", &loaded->enable) &&
+      find_export(loaded->module, "DisablePerformanceOptimization", &loaded->disable)) {
     return true;
   }
-  problem = L"Windows loaded another library in place of " + path + L"; see that nothing redirects that name";
+  *problem = L"Windows loaded another library in place of " + path + L"; see that nothing redirects that name";
   return false;
 }
 
-void enable_wrapper(wrapper& loaded, const std::string& list_path) {
-  loaded.list_in_force = static_cast<const char*>(loaded.enable(list_path.c_str()));
+void enable_wrapper(wrapper* loaded, const std::string& list_path) {
+  loaded->list_in_force = static_cast<const char*>(loaded->enable(list_path.c_str()));
 }
 
-void disable_wrapper(wrapper& loaded, const std::string& list_path) {
-  if (loaded.list_in_force && list_path == loaded.list_in_force) loaded.disable();
-  loaded.list_in_force = nullptr;
+void disable_wrapper(wrapper* loaded, const std::string& list_path) {
+  if (loaded->list_in_force && list_path == loaded->list_in_force) loaded->disable();
+  loaded->list_in_force = nullptr;
 }

@@ -18,15 +18,15 @@ struct wrapper {
 };
 
 // Loads the library at `path` into this process, where it stays for as long as the feature is to be on. The options
-// that make a process wait at the load are kept off meanwhile. False, with a sentence in `problem`, when it cannot be
+// that make a process wait at the load are kept off meanwhile. False, with a sentence in `*problem`, when it cannot be
 // done.
 //
 // The library is never freed, and this process has to end without telling its libraries (TerminateProcess): what the
 // library does at a detach is made for programs that render, and starts with loading the driver.
-bool load_wrapper(const std::wstring& path, wrapper& loaded, std::wstring& problem);
+bool load_wrapper(const std::wstring& path, wrapper* loaded, std::wstring* problem);
 
 // Switches the feature on for processes that load the library from now on and are named in the list.
-void enable_wrapper(wrapper& loaded, const std::string& list_path);
+void enable_wrapper(wrapper* loaded, const std::string& list_path);
 
 // Switches it off again, unless somebody else has meanwhile switched it on with another list.
-void disable_wrapper(wrapper& loaded, const std::string& list_path);
+void disable_wrapper(wrapper* loaded, const std::string& list_path);
