@@ -3,5 +3,5 @@
 
 #include "renderer.h"
 
-// Finds the functions and fills self's buffers. False, with a line in *why, if GL has no buffer objects.
+// Finds the functions and fills self's buffers. False, with a line in `*why`, if GL has no buffer objects.
 bool make_buffers(drawing* self, std::string* why);

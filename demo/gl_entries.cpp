@@ -1,19 +1,23 @@
 #include "gl_entries.h"
 
+namespace {
+
+template <class Entry>
+bool find_entry(const char* name, Entry* found, std::string* why) {
+  *found = reinterpret_cast<Entry>(reinterpret_cast<void*>(wglGetProcAddress(name)));
+  if (*found) return true;
+  *why = std::string("OpenGL has no ") + name + " here";
+  return false;
+}
+
+}  // namespace
+
 namespace gl {
 #define DEFINE_ENTRY(type, name) type name;
 BUFFER_ENTRIES(DEFINE_ENTRY)
 SHADER_ENTRIES(DEFINE_ENTRY)
 #undef DEFINE_ENTRY
 }  // namespace gl
-
-template <class Entry>
-static bool find_entry(const char* name, Entry* found, std::string* why) {
-  *found = reinterpret_cast<Entry>(reinterpret_cast<void*>(wglGetProcAddress(name)));
-  if (*found) return true;
-  *why = std::string("OpenGL has no ") + name + " here";
-  return false;
-}
 
 #define FIND_ENTRY(type, name) &&find_entry(#name, &gl::name, why)
 

@@ -43,6 +43,6 @@ SHADER_ENTRIES(DECLARE_ENTRY)
 }  // namespace gl
 #undef DECLARE_ENTRY
 
-// Look the entries up, which needs a current context. The result is false, with a line in *why, if one is missing.
+// Look the entries up, which needs a current context. The result is false, with a line in `*why`, if one is missing.
 bool find_buffer_entries(std::string* why);
 bool find_shader_entries(std::string* why);

@@ -1,6 +1,6 @@
 #include <cstdio>
 
-#include "model.h"
+#include "load_model.h"
 #include "options.h"
 #include "window.h"
 
@@ -12,7 +12,7 @@ int main(int count, char** words) {
   model shown;
   std::string why;
   if (!load_model(chosen.model, &shown, &why)) {
-    std::fprintf(stderr, "viewer: %s: %s\n", chosen.model.c_str(), why.c_str());
+    fprintf(stderr, "viewer: %s: %s\n", chosen.model.c_str(), why.c_str());
     return 1;
   }
   return show_model(chosen, shown);

@@ -42,10 +42,5 @@ struct model {
   vec3 low, high;                   // the smallest box that holds all corners
 };
 
-// Reads a Wavefront OBJ file (ending .obj) or an STL file (ending .stl, binary or text) into *result, with normals,
-// edges and box computed. OBJ files have y up and are turned; STL files have z up. On failure the result is false, *why
-// says in one line what is wrong, without the file's name, and *result is not to be used.
-bool load_model(const std::string& path, model* result, std::string* why);
-
 // A material in the usual grey of a part without one.
 material plain_material(const std::string& name);

@@ -4,44 +4,46 @@
 
 #include "model_files.h"
 
-// Binary: 80 bytes of anything, the number of triangles, and for each its normal, three corners and two spare bytes.
-static const size_t binary_head = 84;
-static const size_t binary_triangle = 50;
+namespace {
 
-static uint32_t binary_count(const std::string& bytes) {
+// Binary: 80 bytes of anything, the number of triangles, and for each its normal, three corners and two spare bytes.
+constexpr size_t binary_head = 84;
+constexpr size_t binary_triangle = 50;
+
+uint32_t binary_count(const std::string& bytes) {
   uint32_t count = 0;
-  if (bytes.size() >= binary_head) std::memcpy(&count, bytes.data() + 80, sizeof count);
+  if (bytes.size() >= binary_head) memcpy(&count, bytes.data() + 80, sizeof count);
   return count;
 }
 
-static void read_binary(const std::string& bytes, model* result) {
-  uint32_t count = binary_count(bytes);
+void read_binary(const std::string& bytes, model* result) {
+  const uint32_t count = binary_count(bytes);
   result->triangles.resize(count, triangle());
   for (uint32_t i = 0; i < count; ++i) {
     const char* at = bytes.data() + binary_head + i * binary_triangle + sizeof(vec3);
-    std::memcpy(result->triangles[i].corners, at, 3 * sizeof(vec3));
+    memcpy(result->triangles[i].corners, at, 3 * sizeof(vec3));
   }
 }
 
-// The next word of a text, in *word; false at its end.
-static bool next_word(const char** at, std::string* word) {
-  while (**at && std::strchr(" \t\r\n", **at)) ++*at;
+// The next word of a text, in `*word`; false at its end.
+bool next_word(const char** at, std::string* word) {
+  while (**at && strchr(" \t\r\n", **at)) ++*at;
   const char* start = *at;
-  while (**at && !std::strchr(" \t\r\n", **at)) ++*at;
+  while (**at && !strchr(" \t\r\n", **at)) ++*at;
   word->assign(start, *at);
   return !word->empty();
 }
 
-static bool next_coordinate(const char** at, float* value) {
+bool next_coordinate(const char** at, float* value) {
   std::string word;
   if (!next_word(at, &word)) return false;
   char* end;
-  *value = std::strtof(word.c_str(), &end);
+  *value = strtof(word.c_str(), &end);
   return !*end;
 }
 
 // Text: "facet normal x y z outer loop", three times "vertex x y z", "endloop endfacet". The normals are not used.
-static bool read_text(const std::string& text, model* result, std::string* why) {
+bool read_text(const std::string& text, model* result, std::string* why) {
   const char* at = text.c_str();
   std::string word;
   triangle added = {};
@@ -49,7 +51,7 @@ static bool read_text(const std::string& text, model* result, std::string* why) 
   while (next_word(&at, &word)) {
     if (word == "solid" || word == "endsolid") {
       // The name may hold any word.
-      at += std::strcspn(at, "\n");
+      at += strcspn(at, "\n");
     } else if (word == "facet") {
       corner = 0;
     } else if (word == "vertex") {
@@ -70,6 +72,8 @@ static bool read_text(const std::string& text, model* result, std::string* why) 
   }
   return true;
 }
+
+}  // namespace
 
 bool read_stl(const std::string& path, model* result, std::string* why) {
   std::string bytes;

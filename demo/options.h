@@ -18,6 +18,6 @@ struct options {
   int x, y;              // of the picture's upper left corner on the desktop
 };
 
-// Reads the command line. On success the result is true. Otherwise the program is to end with *status: after a wrong
+// Reads the command line. On success the result is true. Otherwise the program is to end with `*status`: after a wrong
 // word, one line about it on standard error, 2; after a request for help, that on standard output, 0.
 bool read_options(int count, char** words, options* result, int* status);

@@ -6,21 +6,23 @@
 
 #include <algorithm>
 
-static const int margin = 16;
-static const int bar_height = 22;
+namespace {
+
+constexpr int margin = 16;
+constexpr int bar_height = 22;
 
 // Puts the raster position into the middle of a pixel, where no rounding can move it to the next.
-static void text_in_window(const font& letters, int x, int y, const std::string& text) {
+void text_in_window(const font& letters, int x, int y, const std::string& text) {
   glRasterPos2f(static_cast<GLfloat>(x) + 0.5f, static_cast<GLfloat>(y) + 0.5f);
   draw_text(letters, text);
 }
 
-static void fill_rectangle(int x, int y, int width, int height) {
+void fill_rectangle(int x, int y, int width, int height) {
   glRecti(x, y, x + width, y + height);
 }
 
 // Across the middle of the window, where most seams between screens are.
-static void draw_title(const scene& drawn, int width, int height) {
+void draw_title(const scene& drawn, int width, int height) {
   const std::string& name = drawn.shown->name;
   glColor3f(0.93f, 0.94f, 0.96f);
   text_in_window(drawn.large, std::max(0, (width - text_width(drawn.large, name)) / 2), height - margin - 14, name);
@@ -31,10 +33,10 @@ static void draw_title(const scene& drawn, int width, int height) {
 }
 
 // A swatch and a name for each material, down the left side around the middle.
-static void draw_materials(const scene& drawn, int height) {
+void draw_materials(const scene& drawn, int height) {
   const std::vector<material>& all = drawn.shown->materials;
   const int row = 18, most = std::max(1, (height / 2) / row);
-  int rows = std::min(static_cast<int>(all.size()), most);
+  const int rows = std::min(static_cast<int>(all.size()), most);
   int y = height / 2 + rows * row / 2;
   for (int i = 0; i < rows; ++i) {
     const material& of = all[static_cast<size_t>(i)];
@@ -46,7 +48,7 @@ static void draw_materials(const scene& drawn, int height) {
   }
 }
 
-static void draw_status(const scene& drawn, int width, const std::string& status) {
+void draw_status(const scene& drawn, int width, const std::string& status) {
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   glColor4f(0.20f, 0.30f, 0.46f, 0.75f);
@@ -54,13 +56,13 @@ static void draw_status(const scene& drawn, int width, const std::string& status
   glDisable(GL_BLEND);
   glColor3f(0.90f, 0.93f, 0.97f);
   text_in_window(drawn.small, margin, 8, status);
-  std::string hints = "left: rotate  right: pan  wheel: zoom  R: reset  G E L: ground edges labels";
-  int x = width - margin - text_width(drawn.small, hints);
+  const std::string hints = "left: rotate  right: pan  wheel: zoom  R: reset  G E L: ground edges labels";
+  const int x = width - margin - text_width(drawn.small, hints);
   if (x > margin + text_width(drawn.small, status)) text_in_window(drawn.small, x, 8, hints);
 }
 
 // The three directions, in a square of their own in the lower left corner.
-static void draw_axes(const scene& drawn, const camera& view) {
+void draw_axes(const scene& drawn, const camera& view) {
   const int size = 96;
   glViewport(margin, bar_height + margin, size, size);
   glMatrixMode(GL_PROJECTION);
@@ -88,7 +90,10 @@ static void draw_axes(const scene& drawn, const camera& view) {
   glLineWidth(1);
 }
 
+}  // namespace
+
 void draw_overlay(const scene& drawn, const camera& view, int width, int height, const std::string& status) {
+  if (!drawn.show_labels) return;
   glDisable(GL_DEPTH_TEST);
   glMatrixMode(GL_PROJECTION);
   glLoadIdentity();

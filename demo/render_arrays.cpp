@@ -3,10 +3,12 @@
 #include "gl_entries.h"
 #include "renderer.h"
 
-static const unsigned array_target = GL_ARRAY_BUFFER, index_target = GL_ELEMENT_ARRAY_BUFFER;
+namespace {
+
+constexpr unsigned array_target = GL_ARRAY_BUFFER, index_target = GL_ELEMENT_ARRAY_BUFFER;
 
 template <class Element>
-static unsigned fill_buffer(GLenum target, const std::vector<Element>& elements) {
+unsigned fill_buffer(GLenum target, const std::vector<Element>& elements) {
   GLuint buffer;
   gl::glGenBuffers(1, &buffer);
   gl::glBindBuffer(target, buffer);
@@ -15,38 +17,29 @@ static unsigned fill_buffer(GLenum target, const std::vector<Element>& elements)
   return buffer;
 }
 
-bool make_buffers(drawing* self, std::string* why) {
-  if (!find_buffer_entries(why)) return false;
-  self->ground_buffer = fill_buffer(array_target, self->shapes.ground);
-  self->faces_buffer = fill_buffer(array_target, self->shapes.faces);
-  self->edge_places_buffer = fill_buffer(array_target, self->shapes.edge_places);
-  self->edges_buffer = fill_buffer(index_target, self->shapes.edges);
-  return true;
-}
-
-static bool prepare_arrays(drawing*, std::string*) {
+bool prepare_arrays(drawing*, std::string*) {
   return true;
 }
 
 // Binds a buffer, if there is one. The result is what an array's pointers count from.
 template <class Element>
-static const Element* base_of(GLenum target, unsigned buffer, const std::vector<Element>& elements) {
+const Element* base_of(GLenum target, unsigned buffer, const std::vector<Element>& elements) {
   if (!buffer) return elements.data();
   gl::glBindBuffer(target, buffer);
   return nullptr;
 }
 
-static void release(GLenum target, unsigned buffer) {
+void release(GLenum target, unsigned buffer) {
   if (buffer) gl::glBindBuffer(target, 0);
 }
 
 // A member's place in an array's first element, which is not there when the array is in a buffer.
 template <class Element>
-static const void* member(const Element* base, size_t offset) {
+const void* member(const Element* base, size_t offset) {
   return reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(base) + offset);
 }
 
-static void draw_ground(const drawing& self) {
+void draw_ground(const drawing& self) {
   const ground_vertex* base = base_of(array_target, self.ground_buffer, self.shapes.ground);
   glEnableClientState(GL_COLOR_ARRAY);
   glEnableClientState(GL_VERTEX_ARRAY);
@@ -58,7 +51,7 @@ static void draw_ground(const drawing& self) {
   release(array_target, self.ground_buffer);
 }
 
-static void draw_faces(const drawing& self) {
+void draw_faces(const drawing& self) {
   const face_vertex* base = base_of(array_target, self.faces_buffer, self.shapes.faces);
   glEnableClientState(GL_NORMAL_ARRAY);
   glEnableClientState(GL_VERTEX_ARRAY);
@@ -73,7 +66,7 @@ static void draw_faces(const drawing& self) {
   release(array_target, self.faces_buffer);
 }
 
-static void draw_edges(const drawing& self) {
+void draw_edges(const drawing& self) {
   const vec3* base = base_of(array_target, self.edge_places_buffer, self.shapes.edge_places);
   const uint32_t* indices = base_of(index_target, self.edges_buffer, self.shapes.edges);
   glColor3fv(&edge_colour.x);
@@ -83,6 +76,17 @@ static void draw_edges(const drawing& self) {
   glDisableClientState(GL_VERTEX_ARRAY);
   release(index_target, self.edges_buffer);
   release(array_target, self.edge_places_buffer);
+}
+
+}  // namespace
+
+bool make_buffers(drawing* self, std::string* why) {
+  if (!find_buffer_entries(why)) return false;
+  self->ground_buffer = fill_buffer(array_target, self->shapes.ground);
+  self->faces_buffer = fill_buffer(array_target, self->shapes.faces);
+  self->edge_places_buffer = fill_buffer(array_target, self->shapes.edge_places);
+  self->edges_buffer = fill_buffer(index_target, self->shapes.edges);
+  return true;
 }
 
 const renderer arrays_renderer = {"arrays", prepare_arrays, draw_ground, draw_faces, draw_edges};

@@ -4,7 +4,9 @@
 
 #include "renderer.h"
 
-static void compile_ground(const drawing& self) {
+namespace {
+
+void compile_ground(const drawing& self) {
   glNewList(self.ground_list, GL_COMPILE);
   glBegin(GL_LINES);
   for (const ground_vertex& end : self.shapes.ground) {
@@ -15,7 +17,7 @@ static void compile_ground(const drawing& self) {
   glEndList();
 }
 
-static void compile_faces(const drawing& self) {
+void compile_faces(const drawing& self) {
   glNewList(self.faces_list, GL_COMPILE);
   for (const material_run& run : self.shapes.runs) {
     set_material(self.shown->materials[static_cast<size_t>(run.material)]);
@@ -30,7 +32,7 @@ static void compile_faces(const drawing& self) {
   glEndList();
 }
 
-static void compile_edges(const drawing& self) {
+void compile_edges(const drawing& self) {
   glNewList(self.edges_list, GL_COMPILE);
   glBegin(GL_LINES);
   for (uint32_t end : self.shapes.edges) glVertex3fv(&self.shapes.edge_places[end].x);
@@ -38,7 +40,7 @@ static void compile_edges(const drawing& self) {
   glEndList();
 }
 
-static bool prepare(drawing* self, std::string*) {
+bool prepare(drawing* self, std::string*) {
   self->ground_list = glGenLists(3);
   self->faces_list = self->ground_list + 1;
   self->edges_list = self->ground_list + 2;
@@ -48,17 +50,19 @@ static bool prepare(drawing* self, std::string*) {
   return true;
 }
 
-static void draw_ground(const drawing& self) {
+void draw_ground(const drawing& self) {
   glCallList(self.ground_list);
 }
 
-static void draw_faces(const drawing& self) {
+void draw_faces(const drawing& self) {
   glCallList(self.faces_list);
 }
 
-static void draw_edges(const drawing& self) {
+void draw_edges(const drawing& self) {
   glColor3fv(&edge_colour.x);
   glCallList(self.edges_list);
 }
+
+}  // namespace
 
 const renderer lists_renderer = {"lists", prepare, draw_ground, draw_faces, draw_edges};

@@ -2,11 +2,13 @@
 #include "gl_entries.h"
 #include "renderer.h"
 
+namespace {
+
 // Attributes of a vertex; place is 0, which every vertex must have.
 enum : GLuint { place_attribute, normal_attribute, colour_attribute };
 
 // Light is computed for each pixel, from GL's own lights and the material of the faces.
-static const char face_vertex_source[] = R"(#version 120
+constexpr char face_vertex_source[] = R"(#version 120
 attribute vec3 place, normal;
 varying vec3 seen_place, seen_normal;
 void main() {
@@ -17,7 +19,7 @@ void main() {
 }
 )";
 
-static const char face_fragment_source[] = R"(#version 120
+constexpr char face_fragment_source[] = R"(#version 120
 uniform vec4 ambient, diffuse, specular;
 uniform float shininess;
 varying vec3 seen_place, seen_normal;
@@ -36,7 +38,7 @@ void main() {
 }
 )";
 
-static const char line_vertex_source[] = R"(#version 120
+constexpr char line_vertex_source[] = R"(#version 120
 attribute vec3 place, colour;
 varying vec3 line_colour;
 void main() {
@@ -45,7 +47,7 @@ void main() {
 }
 )";
 
-static const char line_fragment_source[] = R"(#version 120
+constexpr char line_fragment_source[] = R"(#version 120
 // In place of the vertices' colours, unless its last value is 0.
 uniform vec4 tint;
 varying vec3 line_colour;
@@ -54,12 +56,12 @@ void main() {
 }
 )";
 
-static std::string first_line(const char* text) {
-  std::string line = text;
+std::string first_line(const char* text) {
+  const std::string line = text;
   return line.substr(0, line.find('\n'));
 }
 
-static bool add_shader(GLuint program, GLenum kind, const char* source, std::string* why) {
+bool add_shader(GLuint program, GLenum kind, const char* source, std::string* why) {
   const GLuint shader = gl::glCreateShader(kind);
   gl::glShaderSource(shader, 1, &source, nullptr);
   gl::glCompileShader(shader);
@@ -73,7 +75,7 @@ static bool add_shader(GLuint program, GLenum kind, const char* source, std::str
   return false;
 }
 
-static bool make_program(const char* vertex, const char* fragment, unsigned* result, std::string* why) {
+bool make_program(const char* vertex, const char* fragment, unsigned* result, std::string* why) {
   const GLuint program = *result = gl::glCreateProgram();
   if (!add_shader(program, GL_VERTEX_SHADER, vertex, why) || !add_shader(program, GL_FRAGMENT_SHADER, fragment, why)) {
     return false;
@@ -91,7 +93,7 @@ static bool make_program(const char* vertex, const char* fragment, unsigned* res
   return false;
 }
 
-static bool prepare(drawing* self, std::string* why) {
+bool prepare(drawing* self, std::string* why) {
   face_program& faces = self->for_faces;
   line_program& lines = self->for_lines;
   if (!make_buffers(self, why) || !find_shader_entries(why) ||
@@ -107,19 +109,19 @@ static bool prepare(drawing* self, std::string* why) {
   return true;
 }
 
-static void set_attribute(GLuint attribute, size_t stride, size_t offset) {
+void set_attribute(GLuint attribute, size_t stride, size_t offset) {
   gl::glEnableVertexAttribArray(attribute);
   gl::glVertexAttribPointer(attribute, 3, GL_FLOAT, GL_FALSE, static_cast<GLsizei>(stride),
                             reinterpret_cast<const void*>(offset));
 }
 
-static void end_drawing(GLuint last_attribute) {
+void end_drawing(GLuint last_attribute) {
   for (GLuint i = 0; i <= last_attribute; ++i) gl::glDisableVertexAttribArray(i);
   gl::glBindBuffer(GL_ARRAY_BUFFER, 0);
   gl::glUseProgram(0);
 }
 
-static void draw_ground(const drawing& self) {
+void draw_ground(const drawing& self) {
   static const GLfloat none[4] = {0, 0, 0, 0};
   gl::glUseProgram(self.for_lines.program);
   gl::glUniform4fv(self.for_lines.tint, 1, none);
@@ -130,7 +132,7 @@ static void draw_ground(const drawing& self) {
   end_drawing(colour_attribute);
 }
 
-static void draw_faces(const drawing& self) {
+void draw_faces(const drawing& self) {
   gl::glUseProgram(self.for_faces.program);
   gl::glBindBuffer(GL_ARRAY_BUFFER, self.faces_buffer);
   set_attribute(place_attribute, sizeof(face_vertex), offsetof(face_vertex, place));
@@ -146,7 +148,7 @@ static void draw_faces(const drawing& self) {
   end_drawing(normal_attribute);
 }
 
-static void draw_edges(const drawing& self) {
+void draw_edges(const drawing& self) {
   const GLfloat tint[4] = {edge_colour.x, edge_colour.y, edge_colour.z, 1};
   gl::glUseProgram(self.for_lines.program);
   gl::glUniform4fv(self.for_lines.tint, 1, tint);
@@ -157,5 +159,7 @@ static void draw_edges(const drawing& self) {
   gl::glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
   end_drawing(place_attribute);
 }
+
+}  // namespace
 
 const renderer shaders_renderer = {"shaders", prepare, draw_ground, draw_faces, draw_edges};

@@ -30,7 +30,7 @@ struct drawing {
 struct renderer {
   const char* name;
   // Makes what the pictures need of drawing's shapes. Like all of these it needs a current context. On failure the
-  // result is false, and *why says in one line what GL does not have.
+  // result is false, and `*why` says in one line what GL does not have.
   bool (*prepare)(drawing* self, std::string* why);
   // Each draws with the matrices and the lights that are set, the edges in one dark colour.
   void (*draw_ground)(const drawing& self);
@@ -51,4 +51,4 @@ const renderer* find_renderer(const std::string& name);
 // Sets GL's material.
 void set_material(const material& of);
 
-const vec3 edge_colour = {0.05f, 0.06f, 0.08f};
+constexpr vec3 edge_colour = {0.05f, 0.06f, 0.08f};

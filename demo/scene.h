@@ -1,4 +1,4 @@
-// What the viewer draws: the model on its ground, axes, dimensions, and the lines of text around them.
+// What stands in the space that the viewer shows: the model on its ground, with its dimensions.
 #pragma once
 
 #include "camera.h"
@@ -15,8 +15,8 @@ struct scene {
 };
 
 // Prepares the renderer and sets the state that all pictures share. Needs a current context; the model stays with the
-// caller and must outlive the scene. On failure the result is false, and *why says in one line what GL does not have.
+// caller and must outlive the scene. On failure the result is false, and `*why` says in one line what GL does not have.
 bool make_scene(const model& shown, const renderer& by, scene* result, std::string* why);
 
-// Draws one picture of width by height pixels into the back buffer. status is the line at the bottom.
-void draw_scene(const scene& drawn, const camera& view, int width, int height, const std::string& status);
+// Clears the back buffer and draws one picture of `width` by `height` pixels into it.
+void draw_scene(const scene& drawn, const camera& view, int width, int height);

@@ -6,8 +6,10 @@
 #include <map>
 #include <tuple>
 
+namespace {
+
 // The cosine of 40 degrees: below it a bend is sharp. Mechanical parts show their edges, round ones look smooth.
-static const float crease_cosine = 0.766f;
+constexpr float crease_cosine = 0.766f;
 
 // Corners at the same place, numbered: files repeat positions, STL always does.
 struct welded {
@@ -16,17 +18,17 @@ struct welded {
   std::vector<vec3> face_normals;                // for each triangle; zero if it has no area
 };
 
-static welded weld(const std::vector<triangle>& triangles) {
+welded weld(const std::vector<triangle>& triangles) {
   welded result;
   std::map<std::tuple<float, float, float>, uint32_t> numbers;
   for (uint32_t i = 0; i < triangles.size(); ++i) {
     const vec3* corners = triangles[i].corners;
-    vec3 across = cross(corners[1] - corners[0], corners[2] - corners[0]);
+    const vec3 across = cross(corners[1] - corners[0], corners[2] - corners[0]);
     result.face_normals.push_back(dot(across, across) > 0 ? unit(across) : vec3{0, 0, 0});
     for (int corner = 0; corner < 3; ++corner) {
-      vec3 at = corners[corner];
-      uint32_t next = static_cast<uint32_t>(numbers.size());
-      uint32_t place = numbers.try_emplace({at.x, at.y, at.z}, next).first->second;
+      const vec3 at = corners[corner];
+      const uint32_t next = static_cast<uint32_t>(numbers.size());
+      const uint32_t place = numbers.try_emplace({at.x, at.y, at.z}, next).first->second;
       if (place == next) result.triangles.emplace_back();
       result.places.push_back(place);
       result.triangles[place].push_back(i);
@@ -35,7 +37,7 @@ static welded weld(const std::vector<triangle>& triangles) {
   return result;
 }
 
-static void complete_normals(const welded& places, std::vector<triangle>* triangles) {
+void complete_normals(const welded& places, std::vector<triangle>* triangles) {
   for (uint32_t i = 0; i < triangles->size(); ++i) {
     triangle& face = (*triangles)[i];
     for (int corner = 0; corner < 3; ++corner) {
@@ -43,7 +45,7 @@ static void complete_normals(const welded& places, std::vector<triangle>* triang
       if (dot(normal, normal) > 0) continue;
       vec3 sum = {0, 0, 0};
       for (uint32_t other : places.triangles[places.places[i * 3 + corner]]) {
-        vec3 candidate = places.face_normals[other];
+        const vec3 candidate = places.face_normals[other];
         if (dot(candidate, places.face_normals[i]) >= crease_cosine) sum = sum + candidate;
       }
       normal = unit(sum);
@@ -51,12 +53,12 @@ static void complete_normals(const welded& places, std::vector<triangle>* triang
   }
 }
 
-static void find_edges(const welded& places, model* shown) {
+void find_edges(const welded& places, model* shown) {
   // The triangles at each edge, by its two places, the lower first.
   std::map<std::pair<uint32_t, uint32_t>, std::vector<uint32_t>> touching;
   for (uint32_t i = 0; i < shown->triangles.size(); ++i) {
     for (int corner = 0; corner < 3; ++corner) {
-      uint32_t a = places.places[i * 3 + corner], b = places.places[i * 3 + (corner + 1) % 3];
+      const uint32_t a = places.places[i * 3 + corner], b = places.places[i * 3 + (corner + 1) % 3];
       if (a != b) touching[std::minmax(a, b)].push_back(i);
     }
   }
@@ -70,6 +72,8 @@ static void find_edges(const welded& places, model* shown) {
     if (!smooth) shown->edges.push_back({positions[ends.first], positions[ends.second]});
   }
 }
+
+}  // namespace
 
 void complete_surface(model* shown) {
   welded places = weld(shown->triangles);

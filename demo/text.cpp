@@ -8,11 +8,13 @@
 
 #include "glyphs.h"
 
-static constexpr int largest_scale = 3;
-static constexpr int row_bytes = (glyph_columns * largest_scale + 7) / 8;
+namespace {
+
+constexpr int largest_scale = 3;
+constexpr int row_bytes = (glyph_columns * largest_scale + 7) / 8;
 
 // A glyph's dots blown up, as glBitmap takes them: rows from the bottom, the leftmost dot in the highest bit.
-static void blow_up(const uint8_t* glyph, int scale, GLubyte (*rows)[row_bytes]) {
+void blow_up(const uint8_t* glyph, int scale, GLubyte (*rows)[row_bytes]) {
   for (int y = 0; y < glyph_rows * scale; ++y) {
     unsigned dots = glyph[glyph_rows - 1 - y / scale], bits = 0;
     for (int x = 0; x < glyph_columns * scale; ++x) {
@@ -22,16 +24,18 @@ static void blow_up(const uint8_t* glyph, int scale, GLubyte (*rows)[row_bytes])
   }
 }
 
+}  // namespace
+
 font make_font(int scale) {
   const int count = last_glyph - first_glyph + 1;
-  font result = {glGenLists(count), (glyph_columns + 1) * scale, glyph_rows * scale};
+  const font result = {glGenLists(count), (glyph_columns + 1) * scale, glyph_rows * scale};
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, row_bytes * 8);
   for (int i = 0; i < count; ++i) {
     GLubyte rows[glyph_rows * largest_scale][row_bytes];
     blow_up(glyphs[i], scale, rows);
     glNewList(result.lists + static_cast<GLuint>(i), GL_COMPILE);
-    int below = std::strchr(hanging_glyphs, first_glyph + i) ? hanging_dots * scale : 0;
+    const int below = strchr(hanging_glyphs, first_glyph + i) ? hanging_dots * scale : 0;
     glBitmap(glyph_columns * scale, glyph_rows * scale, 0, static_cast<GLfloat>(below),
              static_cast<GLfloat>(result.advance), 0, rows[0]);
     glEndList();

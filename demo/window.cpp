@@ -8,7 +8,10 @@
 #include <cstdio>
 #include <vector>
 
+#include "overlay.h"
 #include "scene.h"
+
+namespace {
 
 struct viewer {
   const options* chosen;
@@ -28,39 +31,40 @@ struct viewer {
 
 enum : UINT_PTR { settled_timer = 1, watch_timer };
 // The picture counts as seen when the window has been left alone for so long, in milliseconds.
-static const UINT settle_time = 400;
-static const UINT watch_interval = 50;
+constexpr UINT settle_time = 400;
+constexpr UINT watch_interval = 50;
 
-static viewer* viewer_of(HWND window) {
+viewer* viewer_of(HWND window) {
   return reinterpret_cast<viewer*>(GetWindowLongPtrA(window, GWLP_USERDATA));
 }
 
-static void draw(viewer* self) {
+void draw(viewer* self) {
   RECT client;
   GetClientRect(self->window, &client);
   char status[160];
-  std::snprintf(status, sizeof status, "picture %d   azimuth %.1f   elevation %.1f   grid %g", self->frame,
-                static_cast<double>(self->view.azimuth), static_cast<double>(self->view.elevation),
-                static_cast<double>(self->drawn.grid_step));
-  draw_scene(self->drawn, self->view, client.right, client.bottom, status);
+  snprintf(status, sizeof status, "picture %d   azimuth %.1f   elevation %.1f   grid %g", self->frame,
+           static_cast<double>(self->view.azimuth), static_cast<double>(self->view.elevation),
+           static_cast<double>(self->drawn.grid_step));
+  draw_scene(self->drawn, self->view, client.right, client.bottom);
+  draw_overlay(self->drawn, self->view, client.right, client.bottom, status);
   SwapBuffers(self->dc);
 }
 
-static void redraw(viewer* self) {
+void redraw(viewer* self) {
   InvalidateRect(self->window, nullptr, FALSE);
 }
 
-static void set_frame(viewer* self, int frame) {
+void set_frame(viewer* self, int frame) {
   self->frame = frame;
   self->view = camera_of_frame(frame, *self->shown);
 }
 
-static void end(viewer* self, int status) {
+void end(viewer* self, int status) {
   self->status = status;
   DestroyWindow(self->window);
 }
 
-static void announce(viewer* self) {
+void announce(viewer* self) {
   self->announced = true;
   self->shown_at = GetTickCount();
   const char* path = self->chosen->ready.c_str();
@@ -69,24 +73,24 @@ static void announce(viewer* self) {
   GetClientRect(self->window, &client);
   POINT corner = {0, 0};
   ClientToScreen(self->window, &corner);
-  FILE* file = std::fopen(path, "w");
+  FILE* file = fopen(path, "w");
   if (!file) {
-    std::fprintf(stderr, "viewer: %s cannot be written\n", path);
+    fprintf(stderr, "viewer: %s cannot be written\n", path);
     end(self, 1);
     return;
   }
-  std::fprintf(file, "%ld %ld %ld %ld\n", corner.x, corner.y, client.right, client.bottom);
-  std::fclose(file);
+  fprintf(file, "%ld %ld %ld %ld\n", corner.x, corner.y, client.right, client.bottom);
+  fclose(file);
 }
 
 // The picture has been seen: whoever waited for it has taken the ready file away, or its time is over.
-static bool seen(const viewer& self) {
+bool seen(const viewer& self) {
   const options& chosen = *self.chosen;
   if (!chosen.ready.empty() && GetFileAttributesA(chosen.ready.c_str()) == INVALID_FILE_ATTRIBUTES) return true;
   return GetTickCount() - self.shown_at >= static_cast<DWORD>(chosen.hold * 1000);
 }
 
-static void on_timer(viewer* self, UINT_PTR timer) {
+void on_timer(viewer* self, UINT_PTR timer) {
   if (timer == settled_timer) {
     KillTimer(self->window, settled_timer);
     if (!self->announced) announce(self);
@@ -96,8 +100,8 @@ static void on_timer(viewer* self, UINT_PTR timer) {
   }
 }
 
-static void on_mouse_move(viewer* self, POINT at, WPARAM buttons) {
-  int dx = at.x - self->mouse.x, dy = at.y - self->mouse.y;
+void on_mouse_move(viewer* self, POINT at, WPARAM buttons) {
+  const int dx = at.x - self->mouse.x, dy = at.y - self->mouse.y;
   self->mouse = at;
   RECT client;
   GetClientRect(self->window, &client);
@@ -111,7 +115,7 @@ static void on_mouse_move(viewer* self, POINT at, WPARAM buttons) {
   redraw(self);
 }
 
-static void on_key(viewer* self, WPARAM key) {
+void on_key(viewer* self, WPARAM key) {
   switch (key) {
     case 'R':
       set_frame(self, self->chosen->frame);
@@ -134,19 +138,52 @@ static void on_key(viewer* self, WPARAM key) {
   redraw(self);
 }
 
-static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+void on_paint(viewer* self) {
+  PAINTSTRUCT paint;
+  BeginPaint(self->window, &paint);
+  draw(self);
+  EndPaint(self->window, &paint);
+  if (self->at_rest && !self->announced) SetTimer(self->window, settled_timer, settle_time, nullptr);
+}
+
+// The messages of mouse and keyboard. Result: whether it was one of them.
+bool on_input(viewer* self, UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_MBUTTONDOWN:
+    case WM_RBUTTONDOWN:
+      self->mouse = {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
+      SetCapture(self->window);
+      return true;
+    case WM_LBUTTONUP:
+    case WM_MBUTTONUP:
+    case WM_RBUTTONUP:
+      if (!(wparam & (MK_LBUTTON | MK_MBUTTON | MK_RBUTTON))) ReleaseCapture();
+      return true;
+    case WM_MOUSEMOVE:
+      on_mouse_move(self, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)}, wparam);
+      return true;
+    case WM_MOUSEWHEEL:
+      zoom(&self->view, GET_WHEEL_DELTA_WPARAM(wparam));
+      redraw(self);
+      return true;
+    case WM_KEYDOWN:
+      on_key(self, wparam);
+      return true;
+    default:
+      return false;
+  }
+}
+
+LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   viewer* self = viewer_of(window);
   // Until the context is there, only the system's own answers are needed.
   if (!self || !self->context) return DefWindowProcA(window, message, wparam, lparam);
+  if (on_input(self, message, wparam, lparam)) return 0;
   switch (message) {
-    case WM_PAINT: {
-      PAINTSTRUCT paint;
-      BeginPaint(window, &paint);
-      draw(self);
-      EndPaint(window, &paint);
-      if (self->at_rest && !self->announced) SetTimer(window, settled_timer, settle_time, nullptr);
+    case WM_PAINT:
+      on_paint(self);
       return 0;
-    }
     case WM_ERASEBKGND:
       return 1;
     case WM_SIZE:
@@ -154,27 +191,6 @@ static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wpara
       return 0;
     case WM_TIMER:
       on_timer(self, wparam);
-      return 0;
-    case WM_LBUTTONDOWN:
-    case WM_MBUTTONDOWN:
-    case WM_RBUTTONDOWN:
-      self->mouse = {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
-      SetCapture(window);
-      return 0;
-    case WM_LBUTTONUP:
-    case WM_MBUTTONUP:
-    case WM_RBUTTONUP:
-      if (!(wparam & (MK_LBUTTON | MK_MBUTTON | MK_RBUTTON))) ReleaseCapture();
-      return 0;
-    case WM_MOUSEMOVE:
-      on_mouse_move(self, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)}, wparam);
-      return 0;
-    case WM_MOUSEWHEEL:
-      zoom(&self->view, GET_WHEEL_DELTA_WPARAM(wparam));
-      redraw(self);
-      return 0;
-    case WM_KEYDOWN:
-      on_key(self, wparam);
       return 0;
     case WM_DESTROY:
       PostQuitMessage(0);
@@ -184,7 +200,7 @@ static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wpara
   }
 }
 
-static bool open_window(viewer* self) {
+bool open_window(viewer* self) {
   WNDCLASSA described = {};
   described.style = CS_OWNDC;
   described.lpfnWndProc = window_procedure;
@@ -206,7 +222,7 @@ static bool open_window(viewer* self) {
   return true;
 }
 
-static bool open_context(viewer* self) {
+bool open_context(viewer* self) {
   PIXELFORMATDESCRIPTOR wanted = {};
   wanted.nSize = sizeof wanted;
   wanted.nVersion = 1;
@@ -215,13 +231,13 @@ static bool open_context(viewer* self) {
   wanted.cColorBits = 24;
   wanted.cDepthBits = 24;
   self->dc = GetDC(self->window);
-  int format = ChoosePixelFormat(self->dc, &wanted);
+  const int format = ChoosePixelFormat(self->dc, &wanted);
   if (!format || !SetPixelFormat(self->dc, format, &wanted)) return false;
   self->context = wglCreateContext(self->dc);
   return self->context && wglMakeCurrent(self->dc, self->context);
 }
 
-static bool pump_messages() {
+bool pump_messages() {
   MSG message;
   while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
     if (message.message == WM_QUIT) return false;
@@ -232,30 +248,32 @@ static bool pump_messages() {
 }
 
 // How often the driver has changed the context of a thread in this process, or -1 where the driver does not count.
-static double count_switches() {
-  HMODULE driver = GetModuleHandleA("opengl32sys.dll");
-  FARPROC found = driver ? GetProcAddress(driver, "OswDriverSwitchCount") : nullptr;
+double count_switches() {
+  const HMODULE driver = GetModuleHandleA("opengl32sys.dll");
+  const FARPROC found = driver ? GetProcAddress(driver, "OswDriverSwitchCount") : nullptr;
   if (!found) return -1;
   auto* count = reinterpret_cast<unsigned long long (*)()>(reinterpret_cast<void*>(found));
   return static_cast<double>(count());
 }
 
 // Seconds for which the processors were busy with this process, on all of its threads.
-static double busy_seconds() {
+double busy_seconds() {
   FILETIME made, ended, kernel, user;
   GetProcessTimes(GetCurrentProcess(), &made, &ended, &kernel, &user);
-  auto seconds = [](const FILETIME& time) { return 429.4967296 * time.dwHighDateTime + 1e-7 * time.dwLowDateTime; };
+  const auto seconds = [](const FILETIME& time) {
+    return 429.4967296 * time.dwHighDateTime + 1e-7 * time.dwLowDateTime;
+  };
   return seconds(kernel) + seconds(user);
 }
 
 // Reads the picture back, which cannot end before all of it is there.
-static void wait_for_picture(const options& chosen) {
+void wait_for_picture(const options& chosen) {
   std::vector<unsigned char> pixels(static_cast<size_t>(chosen.width) * static_cast<size_t>(chosen.height) * 4);
   glReadPixels(0, 0, chosen.width, chosen.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
 }
 
 // Draws pictures 0 to count - 1 and prints how long it took. False if the window was closed.
-static bool run_benchmark(viewer* self, int count) {
+bool run_benchmark(viewer* self, int count) {
   LARGE_INTEGER frequency, start, stop;
   QueryPerformanceFrequency(&frequency);
   // The first picture pays for what is set up with it.
@@ -270,32 +288,34 @@ static bool run_benchmark(viewer* self, int count) {
   }
   wait_for_picture(*self->chosen);
   QueryPerformanceCounter(&stop);
-  double seconds = static_cast<double>(stop.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
-  std::printf("%d frames in %.3f seconds, %.1f frames per second", count, seconds, count / seconds);
-  std::printf(", busy for %.2f ms per frame", 1000 * (busy_seconds() - busy) / count);
-  if (switches >= 0) std::printf(", %.1f context switches per frame", (count_switches() - switches) / count);
-  std::printf("\n");
-  std::fflush(stdout);
+  const double seconds = static_cast<double>(stop.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
+  printf("%d frames in %.3f seconds, %.1f frames per second", count, seconds, count / seconds);
+  printf(", busy for %.2f ms per frame", 1000 * (busy_seconds() - busy) / count);
+  if (switches >= 0) printf(", %.1f context switches per frame", (count_switches() - switches) / count);
+  printf("\n");
+  fflush(stdout);
   return true;
 }
+
+}  // namespace
 
 int show_model(const options& chosen, const model& shown) {
   viewer self = {};
   self.chosen = &chosen;
   self.shown = &shown;
   if (!open_window(&self) || !open_context(&self)) {
-    std::fprintf(stderr, "viewer: no window with OpenGL could be opened (error %lu)\n", GetLastError());
+    fprintf(stderr, "viewer: no window with OpenGL could be opened (error %lu)\n", GetLastError());
     return 1;
   }
   std::string why;
   if (!make_scene(shown, *chosen.by, &self.drawn, &why)) {
-    std::fprintf(stderr, "viewer: the renderer %s cannot be used: %s\n", chosen.by->name, why.c_str());
+    fprintf(stderr, "viewer: the renderer %s cannot be used: %s\n", chosen.by->name, why.c_str());
     return 1;
   }
   set_frame(&self, chosen.frame);
   ShowWindow(self.window, SW_SHOW);
 
-  bool open = chosen.benchmark_frames == 0 || run_benchmark(&self, chosen.benchmark_frames);
+  const bool open = chosen.benchmark_frames == 0 || run_benchmark(&self, chosen.benchmark_frames);
   if (open) {
     self.at_rest = true;
     set_frame(&self, chosen.frame);

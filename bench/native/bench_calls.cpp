@@ -46,7 +46,7 @@ const way ways[] = {
 
 const way* find_way(const char* name) {
   for (const way& one : ways) {
-    if (!std::strcmp(one.name, name)) return &one;
+    if (strcmp(one.name, name) == 0) return &one;
   }
   return nullptr;
 }
@@ -110,16 +110,16 @@ void list_benchmarks(const way& chosen) {
 int main(int count, char** words) {
   benchmark::Initialize(&count, words);
   const way* chosen = count == 3 ? find_way(words[1]) : nullptr;
-  const int parts = count == 3 ? std::atoi(words[2]) : 0;
+  const int parts = count == 3 ? atoi(words[2]) : 0;
   if (!chosen || parts < 1 || parts > max_parts) {
-    std::fprintf(stderr, "bench_calls: takes a way and a number of parts, 1 to %d, before the benchmark's options\n",
-                 max_parts);
+    fprintf(stderr, "bench_calls: takes a way and a number of parts, 1 to %d, before the benchmark's options\n",
+            max_parts);
     return 2;
   }
   start(*chosen, parts);
   list_benchmarks(*chosen);
   benchmark::RunSpecifiedBenchmarks();
-  std::fflush(nullptr);
+  fflush(nullptr);
   // The library's threads still run, and would use what the end of main takes away.
-  std::_Exit(0);
+  _Exit(0);
 }

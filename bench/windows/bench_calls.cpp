@@ -73,14 +73,14 @@ figures measure(const measured_call& call) {
 }
 
 void print(const char* label, const figures& found) {
-  std::printf("\"%s_least\",%d,%.4g,%.4g,ns\n", label, repetitions, found.passed, found.busy);
-  std::fflush(stdout);
+  printf("\"%s_least\",%d,%.4g,%.4g,ns\n", label, repetitions, found.passed, found.busy);
+  fflush(stdout);
 }
 
 BOOL CALLBACK count_part(HWND hwnd, LPARAM count) {
   char name[64] = {};
   GetClassNameA(hwnd, name, sizeof name);
-  if (!std::strcmp(name, "__osw_child_window")) ++*reinterpret_cast<int*>(count);
+  if (strcmp(name, "__osw_child_window") == 0) ++*reinterpret_cast<int*>(count);
   return TRUE;
 }
 
@@ -115,13 +115,13 @@ HWND open_window() {
 }
 
 HMODULE library_of(const char* way) {
-  if (!std::strcmp(way, "host")) return GetModuleHandleA("opengl32host.dll");
-  if (!std::strcmp(way, "direct")) return GetModuleHandleA("opengl32sys.dll");
+  if (strcmp(way, "host") == 0) return GetModuleHandleA("opengl32host.dll");
+  if (strcmp(way, "direct") == 0) return GetModuleHandleA("opengl32sys.dll");
   return GetModuleHandleA("opengl32.dll");
 }
 
 int fail(const char* why) {
-  std::fprintf(stderr, "bench_calls: %s\n", why);
+  fprintf(stderr, "bench_calls: %s\n", why);
   return 1;
 }
 
@@ -138,11 +138,11 @@ int main(int count, char** words) {
   glFinish();
   library = library_of(words[1]);
   if (!library) return fail("the library of that way is not loaded");
-  if (parts_of(window) != std::atoi(words[2])) return fail("the window is not spanned over so many parts");
+  if (parts_of(window) != atoi(words[2])) return fail("the window is not spanned over so many parts");
 
   print("nothing", measure_nothing());
   for (int i = 0; i < measured_call_count; ++i) print(measured_calls[i].label, measure(measured_calls[i]));
-  if (!std::strcmp(words[1], "direct")) {
+  if (strcmp(words[1], "direct") == 0) {
     switch_figures found;
     if (!measure_switches(through, wglGetCurrentDC(), wglGetCurrentContext(), &found)) {
       return fail("contexts cannot be switched as they should");

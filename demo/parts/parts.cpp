@@ -7,36 +7,40 @@
 
 #include "program_of.h"
 
+namespace {
+
 struct search {
   const char* program;
   int found;
 };
 
-static const char part_class[] = "__osw_child_window";
+constexpr char part_class[] = "__osw_child_window";
 // A part's window has the part's number plus this as its identifier.
-static const int first_identifier = 100;
+constexpr int first_identifier = 100;
 
-static BOOL CALLBACK print_part(HWND window, LPARAM parameter) {
+BOOL CALLBACK print_part(HWND window, LPARAM parameter) {
   char name[64];
-  if (!GetClassNameA(window, name, sizeof name) || std::strcmp(name, part_class) != 0) return TRUE;
+  if (!GetClassNameA(window, name, sizeof name) || strcmp(name, part_class) != 0) return TRUE;
   RECT at;
   GetWindowRect(window, &at);
-  std::printf("%d %ld %ld %ld %ld %s\n", GetDlgCtrlID(window) - first_identifier, at.left, at.top, at.right - at.left,
-              at.bottom - at.top, IsWindowVisible(window) ? "visible" : "hidden");
+  printf("%d %ld %ld %ld %ld %s\n", GetDlgCtrlID(window) - first_identifier, at.left, at.top, at.right - at.left,
+         at.bottom - at.top, IsWindowVisible(window) ? "visible" : "hidden");
   ++reinterpret_cast<search*>(parameter)->found;
   return TRUE;
 }
 
-static BOOL CALLBACK look_into(HWND window, LPARAM parameter) {
+BOOL CALLBACK look_into(HWND window, LPARAM parameter) {
   if (is_window_of(window, reinterpret_cast<search*>(parameter)->program)) {
     EnumChildWindows(window, print_part, parameter);
   }
   return TRUE;
 }
 
+}  // namespace
+
 int main(int count, char** words) {
   if (count != 2) {
-    std::fprintf(stderr, "parts: takes the file name of a running program\n");
+    fprintf(stderr, "parts: takes the file name of a running program\n");
     return 2;
   }
   search wanted = {words[1], 0};

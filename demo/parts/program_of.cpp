@@ -5,13 +5,13 @@
 bool is_window_of(HWND window, const char* program) {
   DWORD process_id;
   GetWindowThreadProcessId(window, &process_id);
-  HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process_id);
+  const HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process_id);
   if (!process) return false;
   char path[MAX_PATH];
   DWORD length = sizeof path;
-  bool known = QueryFullProcessImageNameA(process, 0, path, &length);
+  const bool known = QueryFullProcessImageNameA(process, 0, path, &length);
   CloseHandle(process);
   if (!known) return false;
-  const char* last = std::strrchr(path, '\\');
-  return !_stricmp(last ? last + 1 : path, program);
+  const char* last = strrchr(path, '\\');
+  return _stricmp(last ? last + 1 : path, program) == 0;
 }
