@@ -117,7 +117,7 @@ void choose_map(stream* run, const ops::row& row, const call_shape& shape, drive
 }
 
 void choose_parameters(stream* run, const ops::row& row, const call_shape& shape, driver::argument_bits* arguments) {
-  const parameter_set set = set_of(ops::of(row.base >= 0 ? row.base : row.op));
+  const ops::parameter_set set = ops::set_of(ops::of(row.base >= 0 ? row.base : row.op));
   constexpr GLenum first_names[] = {GL_LIGHT_MODEL_LOCAL_VIEWER,
                                     GL_FOG_INDEX,
                                     GL_AMBIENT,
@@ -132,7 +132,8 @@ void choose_parameters(stream* run, const ops::row& row, const call_shape& shape
                                     GL_TEXTURE_PRIORITY};
   const GLenum pname = one_of(&run->random, first_names) + below(&run->random, 6);
   (*arguments)[shape.count_at] = pname;
-  (*arguments)[shape.data_at] = data_of(run, u64{values_of(set, pname)} * row.parameters[shape.data_at].element_size);
+  (*arguments)[shape.data_at] =
+      data_of(run, u64{ops::values_of(set, pname)} * row.parameters[shape.data_at].element_size);
 }
 
 constexpr GLenum formats[] = {GL_RGB,
@@ -495,7 +496,7 @@ void choose_by_shape(stream* run, const ops::row& row, int body, driver::argumen
     case reads::lists:
       return choose_lists(run, arguments);
     case reads::stipple:
-      (*arguments)[0] = has_unpack_buffer(*run, shape) ? any_offset(&run->random) : data_of(run, stipple_bytes);
+      (*arguments)[0] = has_unpack_buffer(*run, shape) ? any_offset(&run->random) : data_of(run, ops::stipple_bytes);
       return;
     case reads::text:
       return choose_name(run, arguments);
@@ -507,6 +508,7 @@ void choose_by_shape(stream* run, const ops::row& row, int body, driver::argumen
       return choose_element_draw(run, shape, arguments);
     case reads::array_element:
       return choose_element(run, arguments);
+    case reads::unknown:
     case reads::some_bytes:
     case reads::nothing:
       return;

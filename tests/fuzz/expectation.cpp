@@ -63,7 +63,7 @@ void expect_buffer_data(expectation* all, int op, const driver::argument_bits& a
   driver::argument_bits without_data = arguments;
   without_data[data_at] = 0;
   expect_mirror(all, op, without_data);
-  const auto size = static_cast<std::int64_t>(arguments[data_at - (op == glBufferData_op::op ? 1 : 1)]);
+  const auto size = static_cast<std::int64_t>(arguments[data_at - 1]);
   const bool copies = arguments[data_at] && size >= 0;
   driver::argument_bits sent = arguments;
   if (!copies) sent[data_at] = 0;

@@ -234,7 +234,7 @@ void read_vectors(event* seen, const ops::row& row, arguments_of a, u32 elements
 
 void read_some(event* seen, const ops::row& row, arguments_of a) {
   for (u32 i = 0; i < row.count; ++i) {
-    if (row.parameters[i].is_pointer && row.parameters[i].is_const) read(seen, a[i], some_bytes);
+    if (row.parameters[i].is_pointer && row.parameters[i].is_const) read(seen, a[i], ops::some_bytes);
   }
 }
 
@@ -274,6 +274,7 @@ void read_memory(const gl_context& context, event* seen, const ops::row& row, ar
   const u64 data = a[shape.data_at];
   if (shape.unpacks && context.unpack_buffer) return;
   switch (shape.what) {
+    case reads::unknown:
     case reads::nothing:
       return;
     case reads::some_bytes:
@@ -281,8 +282,9 @@ void read_memory(const gl_context& context, event* seen, const ops::row& row, ar
     case reads::vectors:
       return read_vectors(seen, row, a, shape.item_bytes);
     case reads::parameters:
-      return read(seen, data,
-                  u64{values_of(set_of(row), name(a[shape.count_at]))} * row.parameters[shape.data_at].element_size);
+      return read(
+          seen, data,
+          u64{ops::values_of(ops::set_of(row), name(a[shape.count_at]))} * row.parameters[shape.data_at].element_size);
     case reads::items:
       return read(seen, data, sane_bytes(number(a[shape.count_at]), shape.item_bytes));
     case reads::image:
@@ -292,7 +294,7 @@ void read_memory(const gl_context& context, event* seen, const ops::row& row, ar
     case reads::lists:
       return read(seen, data, sane_bytes(number(a[0]), list_bytes(name(a[1]))));
     case reads::stipple:
-      return read(seen, data, stipple_bytes);
+      return read(seen, data, ops::stipple_bytes);
     case reads::text:
       return data < lowest_address ? void() : read(seen, data, std::strlen(static_cast<const char*>(at(data))) + 1);
     case reads::source:
@@ -450,6 +452,17 @@ u32 index_in_buffer(u64 offset) {
 GLenum internal_format_of(GLenum target) {
   constexpr GLenum formats[] = {GL_RGBA8, GL_DEPTH_COMPONENT24, GL_STENCIL_INDEX, GL_DEPTH_COMPONENT32};
   return formats[target % 4];
+}
+
+image image_of(const call_shape& shape, const ops::row& row, const driver::argument_bits& arguments) {
+  image named;
+  i32* const sizes[] = {&named.width, &named.height, &named.depth};
+  for (int i = 0; i < shape.dimensions; ++i)
+    *sizes[i] = static_cast<i32>(arguments[shape.count_at + static_cast<u32>(i)]);
+  named.dimensions = shape.dimensions;
+  named.format = static_cast<GLenum>(arguments[row.count - 3]);
+  named.type = static_cast<GLenum>(arguments[row.count - 2]);
+  return named;
 }
 
 }  // namespace fuzz

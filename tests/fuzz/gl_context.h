@@ -11,9 +11,13 @@
 #pragma once
 
 #include "pixel_bytes.h"
-#include "support/op_rows.h"
+#include "support/call_shapes.h"
 
 namespace fuzz {
+
+using ops::call_shape;
+using ops::reads;
+using ops::shape_of;
 
 struct client_array {
   bool is_set = false;
@@ -89,42 +93,6 @@ u32 index_in_buffer(u64 offset);
 
 // The format of a texture's first level.
 GLenum internal_format_of(GLenum target);
-
-// How many values a pname of the sized parameter calls takes.
-u32 values_of(parameter_set set, GLenum pname);
-parameter_set set_of(const ops::row& row);
-
-// ---- what calls read ----
-
-enum class reads {
-  nothing,
-  some_bytes,  // of each pointer, the same number for every call
-  vectors,     // a number of elements that the function's name says
-  parameters,  // as many as the pname says
-  items,       // as many as an argument says
-  image,
-  sized,  // bytes that an argument says
-  lists,
-  stipple,
-  text,
-  source,
-  array_draw,
-  element_draw,
-  array_element
-};
-
-struct call_shape {
-  reads what = reads::nothing;
-  u32 count_at = 0;  // argument: a count, the first index, or the first size of an image
-  u32 item_bytes = 0;
-  u32 data_at = 0;       // argument
-  int dimensions = 0;    // of an image
-  bool unpacks = false;  // with an unpack buffer bound the pointer is an offset
-};
-const call_shape& shape_of(int op);
-
-constexpr u32 some_bytes = 16;
-constexpr u32 stipple_bytes = 1024;  // what the library copies; the pattern itself is shorter
 
 // The image that an image call names.
 image image_of(const call_shape& shape, const ops::row& row, const driver::argument_bits& arguments);

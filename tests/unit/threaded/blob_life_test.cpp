@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "support/allocation.h"
+#include "support/call_shapes.h"
 #include "support/expected_figures.h"
 #include "support/threaded_call.h"
 
@@ -40,12 +41,7 @@ std::vector<const ops::row*> copying_rows() {
 }
 
 u32 data_argument(const ops::row& row) {
-  if (is_one_of(row.op, {glBufferData_op::op, glShaderSource_op::op})) return 2;
-  return row.count - 1;
-}
-
-u32 count_argument(const ops::row& row) {
-  return row.threaded == ops::family::uniform ? 1 : 0;
+  return ops::shape_of(row.op).data_at;
 }
 
 bool fits_the_record_when_small(const ops::row& row) {
@@ -59,7 +55,7 @@ threaded::prepared_call prepare_large(const ops::row& row) {
     constexpr u64 items = 100;
     constexpr std::size_t largest_item = 16 * sizeof(GLfloat);
     threaded::point_at_memory(&call, data_argument(row), items * largest_item);
-    call.arguments[count_argument(row)] = items;
+    call.arguments[ops::shape_of(row.op).count_at] = items;
   }
   return call;
 }
@@ -164,7 +160,7 @@ std::vector<driver::call> without_memory(const threaded::prepared_call& call) {
   driver::argument_bits left = call.arguments;
   left[data_argument(row)] = 0;
   if (fits_the_record_when_small(row)) {
-    left[count_argument(row)] = 0;
+    left[ops::shape_of(row.op).count_at] = 0;
   } else if (row.op == glCallLists_op::op) {
     left[0] = 0;
   } else if (row.op == glBufferSubData_op::op) {

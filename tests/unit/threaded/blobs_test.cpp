@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "support/allocation.h"
+#include "support/call_shapes.h"
 #include "support/expected_figures.h"
 #include "support/threaded_call.h"
 #include "threaded/call_lists_size.h"
@@ -206,13 +207,6 @@ TEST_F(threaded_blobs_test, sizes_and_packing_of_each_type) {
 
 // ---- small or large ----
 
-u32 components_of(const std::string& name) {
-  const std::size_t at = name.find_first_of("0123456789");
-  const u32 first = static_cast<u32>(name[at] - '0');
-  if (name.find("Matrix") == std::string::npos) return first;
-  return first * (name[at + 1] == 'x' ? static_cast<u32>(name[at + 2] - '0') : first);
-}
-
 struct sized_array {
   const ops::row* row;
   u32 count_argument;
@@ -223,8 +217,9 @@ struct sized_array {
 std::vector<sized_array> sized_arrays() {
   std::vector<sized_array> found;
   for (const ops::row& row : ops::all()) {
-    if (row.threaded == ops::family::names) found.push_back({&row, 0, sizeof(GLuint)});
-    if (row.threaded == ops::family::uniform) found.push_back({&row, 1, components_of(row.name) * sizeof(GLfloat)});
+    if (row.threaded != ops::family::names && row.threaded != ops::family::uniform) continue;
+    const ops::call_shape& shape = ops::shape_of(row.op);
+    found.push_back({&row, shape.count_at, shape.item_bytes});
   }
   return found;
 }

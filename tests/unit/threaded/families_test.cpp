@@ -5,6 +5,7 @@
 
 #include "pipeline/push.h"
 #include "startup/config/options.h"
+#include "support/call_shapes.h"
 #include "support/expected_figures.h"
 #include "support/threaded_call.h"
 #include "wgl/records/glrc.h"
@@ -260,6 +261,10 @@ TEST(threaded_families_test, ops_with_a_form_of_their_own_are_those_named_here) 
     if (row.threaded == ops::family::own) own.insert(row.op);
   }
   EXPECT_EQ(own, named);
+}
+
+TEST(threaded_families_test, what_ops_with_a_form_of_their_own_read_is_known) {
+  EXPECT_EQ(ops::ops_without_shape(), std::vector<std::string>());
 }
 
 TEST(threaded_families_test, queries_and_forwarders_are_those_of_the_list) {

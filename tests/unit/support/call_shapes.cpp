@@ -1,11 +1,9 @@
-// What each function reads of the application's memory.
+#include "support/call_shapes.h"
+
 #include <array>
 #include <string>
 
-#include "gl_context.h"
-#include "support/threaded_call.h"
-
-namespace fuzz {
+namespace ops {
 
 namespace {
 
@@ -22,7 +20,16 @@ u32 components_by_name(const std::string& name) {
   return first * (name[at + 1] == 'x' ? static_cast<u32>(name[at + 2] - '0') : first);
 }
 
-u32 last(const ops::row& row) {
+// Elements of each vector that the name of an op of the fixed vector family says.
+u32 elements_by_name(const std::string& name) {
+  if (name.starts_with("glRect")) return 2;
+  if (name == "glClipPlane") return 4;
+  if (name.find("Matrix") != std::string::npos) return 16;
+  const u32 digit = first_digit(name);
+  return digit ? digit : 1;  // glIndex, glEdgeFlag, glFogCoord
+}
+
+u32 last(const row& row) {
   return row.count - 1;
 }
 
@@ -34,7 +41,7 @@ call_shape sized(u32 count_at, u32 data_at, bool unpacks) {
   return {.what = reads::sized, .count_at = count_at, .data_at = data_at, .unpacks = unpacks};
 }
 
-call_shape image_call(const ops::row& row) {
+call_shape image_call(const row& row) {
   const std::string name = row.name;
   const int dimensions = name == "glDrawPixels" ? 2 : static_cast<int>(first_digit(name));
   u32 first_size = 3;
@@ -48,7 +55,7 @@ call_shape draw(reads what, u32 count_at, u32 data_at) {
   return {.what = what, .count_at = count_at, .data_at = data_at};
 }
 
-call_shape own_shape(const ops::row& row) {
+call_shape own_shape(const row& row) {
   switch (row.op) {
     case glPolygonStipple_op::op:
       return {.what = reads::stipple, .data_at = 0, .unpacks = true};
@@ -81,12 +88,44 @@ call_shape own_shape(const ops::row& row) {
       return draw(reads::element_draw, 3, 5);
     case glArrayElement_op::op:
       return draw(reads::array_element, 0, 0);
+    case glBindBuffer_op::op:
+    case glBindFramebuffer_op::op:
+    case glClientActiveTexture_op::op:
+    case glColorPointer_op::op:
+    case glCopyPixels_op::op:
+    case glCopyTexImage1D_op::op:
+    case glCopyTexImage2D_op::op:
+    case glCopyTexSubImage1D_op::op:
+    case glCopyTexSubImage2D_op::op:
+    case glCopyTexSubImage3D_op::op:
+    case glCreateProgram_op::op:
+    case glCreateShader_op::op:
+    case glDisableClientState_op::op:
+    case glDisableVertexAttribArray_op::op:
+    case glEdgeFlagPointer_op::op:
+    case glEnableClientState_op::op:
+    case glEnableVertexAttribArray_op::op:
+    case glFinish_op::op:
+    case glFlush_op::op:
+    case glFogCoordPointer_op::op:
+    case glGetBufferSubData_op::op:
+    case glIndexPointer_op::op:
+    case glNormalPointer_op::op:
+    case glPixelStoref_op::op:
+    case glPixelStorei_op::op:
+    case glReadPixels_op::op:
+    case glSecondaryColorPointer_op::op:
+    case glTexCoordPointer_op::op:
+    case glVertexAttribIPointer_op::op:
+    case glVertexAttribPointer_op::op:
+    case glVertexPointer_op::op:
+      return {.what = reads::nothing};
     default:
-      return {};
+      return {.what = reads::unknown};
   }
 }
 
-call_shape plain_shape(const ops::row& row) {
+call_shape plain_shape(const row& row) {
   switch (row.op) {
     case glDrawPixels_op::op:
       return image_call(row);
@@ -104,27 +143,27 @@ call_shape plain_shape(const ops::row& row) {
   }
 }
 
-call_shape make_shape(const ops::row& row) {
+call_shape make_shape(const row& row) {
   switch (row.threaded) {
-    case ops::family::plain:
+    case family::plain:
       return plain_shape(row);
-    case ops::family::query:
+    case family::query:
       return {.what = reads::some_bytes};
-    case ops::family::vector:
-      return {.what = reads::vectors, .item_bytes = threaded::elements_by_name(row.name)};
-    case ops::family::parameters:
+    case family::vector:
+      return {.what = reads::vectors, .item_bytes = elements_by_name(row.name)};
+    case family::parameters:
       return {.what = reads::parameters, .count_at = row.count - 2, .data_at = last(row)};
-    case ops::family::names:
+    case family::names:
       return items(0, sizeof(GLuint), 1);
-    case ops::family::uniform:
+    case family::uniform:
       return items(1, components_by_name(row.name) * u32{sizeof(GLfloat)}, last(row));
-    case ops::family::image:
+    case family::image:
       return image_call(row);
-    case ops::family::compressed:
+    case family::compressed:
       return sized(row.count - 2, last(row), true);
-    case ops::family::own:
+    case family::own:
       return own_shape(row);
-    case ops::family::alias:
+    case family::alias:
       return {};
   }
   return {};
@@ -133,8 +172,8 @@ call_shape make_shape(const ops::row& row) {
 // A name of the same function reads the same.
 std::array<call_shape, gl_op_count> make_shapes() {
   std::array<call_shape, gl_op_count> shapes;
-  for (const ops::row& row : ops::all()) {
-    shapes[static_cast<std::size_t>(row.op)] = make_shape(row.base >= 0 ? ops::of(row.base) : row);
+  for (const row& row : all()) {
+    shapes[static_cast<std::size_t>(row.op)] = make_shape(row.base >= 0 ? of(row.base) : row);
   }
   return shapes;
 }
@@ -183,6 +222,14 @@ const call_shape& shape_of(int op) {
   return shapes[static_cast<std::size_t>(op)];
 }
 
+std::vector<std::string> ops_without_shape() {
+  std::vector<std::string> names;
+  for (const row& row : all()) {
+    if (shape_of(row.op).what == reads::unknown) names.push_back(row.name);
+  }
+  return names;
+}
+
 u32 values_of(parameter_set set, GLenum pname) {
   for (const pname_values& one : pnames) {
     if (one.set == set && pname >= one.first && pname <= one.last) return one.values;
@@ -190,7 +237,7 @@ u32 values_of(parameter_set set, GLenum pname) {
   return 0;
 }
 
-parameter_set set_of(const ops::row& row) {
+parameter_set set_of(const row& row) {
   const std::string name = row.name;
   if (name.starts_with("glLightModel")) return parameter_set::light_model;
   if (name.starts_with("glLight")) return parameter_set::light;
@@ -202,15 +249,4 @@ parameter_set set_of(const ops::row& row) {
   return parameter_set::point;
 }
 
-image image_of(const call_shape& shape, const ops::row& row, const driver::argument_bits& arguments) {
-  image named;
-  i32* const sizes[] = {&named.width, &named.height, &named.depth};
-  for (int i = 0; i < shape.dimensions; ++i)
-    *sizes[i] = static_cast<i32>(arguments[shape.count_at + static_cast<u32>(i)]);
-  named.dimensions = shape.dimensions;
-  named.format = static_cast<GLenum>(arguments[row.count - 3]);
-  named.type = static_cast<GLenum>(arguments[row.count - 2]);
-  return named;
-}
-
-}  // namespace fuzz
+}  // namespace ops
