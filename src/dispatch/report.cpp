@@ -11,3 +11,7 @@ void __osw_send_report(const char* severity, const char* message) {
   OutputDebugStringA(line);
   OutputDebugStringA(message);
 }
+
+void show_failure(HWND owner, const char* text) {
+  MessageBoxA(owner, text, "OSW Error", 0);
+}

@@ -1,5 +1,7 @@
 #include "pipeline/push.h"
 
+#include "pipeline/threads.h"
+
 namespace {
 
 void append_bare(__osw_thread_state* state, u32 type) {
@@ -31,6 +33,10 @@ void __osw_push_wgl_cmd(__osw_thread_state* state, i32 op, u32 arg_count, const 
 
 void __osw_send_sync_cmd(__osw_thread_state* state) {
   append_bare(state, cmd_sync);
+}
+
+void wait_for_workers(__osw_thread_state* state) {
+  if (__osw_has_pipeline(state)) __osw_send_sync_cmd(state);
 }
 
 void __osw_send_exit_cmd(__osw_thread_state* state) {

@@ -29,5 +29,8 @@ void __osw_push_wgl_cmd(__osw_thread_state* state, i32 op, u32 arg_count, const 
 // Appends a command that does nothing and waits until the workers have replayed all that came before it.
 void __osw_send_sync_cmd(__osw_thread_state* state);
 
+// The same, and nothing on a thread without workers.
+void wait_for_workers(__osw_thread_state* state);
+
 // Appends the command that ends the workers, and waits until the swap thread has seen them all take it.
 void __osw_send_exit_cmd(__osw_thread_state* state);

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "dispatch/report.h"
 #include "pipeline/handshake.h"
 #include "pipeline/push.h"
 #include "pipeline/threads.h"
@@ -35,12 +36,12 @@ bool start_missing(__osw_thread_ctrl* ctrl) {
     HANDLE& worker = ctrl->worker_thread[part];
     if (!worker) worker = start_thread(__osw_worker_main, *ctrl, part, &ctrl->worker_thread_id[part]);
     if (worker) continue;
-    MessageBoxA(nullptr, "Creating child thread failed!", "OSW Error", 0);
+    show_failure(nullptr, "Creating child thread failed!");
     return false;
   }
   if (!ctrl->swap_thread) ctrl->swap_thread = start_thread(__osw_swap_main, *ctrl, 0, &ctrl->swap_thread_id);
   if (ctrl->swap_thread) return true;
-  MessageBoxA(nullptr, "Creating swap thread failed!", "OSW Error", 0);
+  show_failure(nullptr, "Creating swap thread failed!");
   return false;
 }
 

@@ -1,5 +1,6 @@
 #include "wgl/child_windows.h"
 
+#include "dispatch/report.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
 #include "startup/config/process_identity.h"
@@ -16,10 +17,6 @@ constexpr UINT class_style = CS_VREDRAW | CS_HREDRAW | CS_OWNDC;
 constexpr DWORD hidden_style = WS_POPUP | WS_DISABLED;
 constexpr DWORD child_style = WS_CHILD | WS_VISIBLE | WS_DISABLED | WS_CLIPSIBLINGS | WS_CLIPCHILDREN;
 constexpr i32 first_child_id = 100;
-
-void show_failure(HWND owner, const char* text) {
-  MessageBoxA(owner, text, "OSW Error", 0);
-}
 
 LRESULT CALLBACK default_procedure(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
   return DefWindowProcA(hwnd, message, wparam, lparam);

@@ -36,7 +36,7 @@ u32 __osw_glrc_register(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   for (i32 part = 0; part < __osw_part_count; ++part) {
     glrc.child_hglrc[part] = create_child_context(state, hdc, part);
     if (glrc.child_hglrc[part]) continue;
-    MessageBoxA(nullptr, "Creating child glrc failed!", "OSW Error", 0);
+    show_failure(nullptr, "Creating child glrc failed!");
     return 0;
   }
   glrc.pack_store.alignment = 4;
@@ -48,7 +48,7 @@ u32 __osw_glrc_register(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
 u32 __osw_glrc_unregister(__osw_thread_state* state, HGLRC hglrc) {
   const __osw_glrc* glrc = hglrc ? __osw_glrc_lookup(hglrc) : nullptr;
   if (!glrc) return 1;
-  if (__osw_has_pipeline(state)) __osw_send_sync_cmd(state);
+  wait_for_workers(state);
   for (i32 part = 0; part < __osw_part_count; ++part) {
     sys_wgl<wglDeleteContext_op>(state)(glrc->child_hglrc[part]);
   }

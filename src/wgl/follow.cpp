@@ -1,7 +1,6 @@
 #include "wgl/follow.h"
 
 #include "pipeline/push.h"
-#include "pipeline/threads.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
 #include "wgl/geometry_commands.h"
@@ -43,8 +42,7 @@ bool changes_geometry(UINT message) {
 
 // The workers of this thread may still have swaps of the window in their list.
 void release_window(HWND hwnd, WNDPROC previous) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  if (__osw_has_pipeline(state)) __osw_send_sync_cmd(state);
+  wait_for_workers(__osw_fetch_thread_state());
   __osw_detach_window_mapping(hwnd);
   restore_procedure(hwnd, previous);
 }

@@ -44,19 +44,11 @@ void set_share(__osw_window_mapping* mapping, i32 part, const RECT& share) {
   relaxed_store(child.viewport_offset_y, share.bottom - client.bottom);
 }
 
+// An empty share with a number of parts that nothing can be divided among.
 RECT divided(const RECT& client, i32 part) {
-  const LONG mid_x = client.left + (client.right - client.left) / 2;
-  const LONG mid_y = client.top + (client.bottom - client.top) / 2;
-  const bool left = part % 2 == 0;
-  const bool top = part < 2;
   if (__osw_part_count == 1) return client;
-  if (__osw_part_count == 2) {
-    return {left ? client.left : mid_x, client.top, left ? mid_x : client.right, client.bottom};
-  }
-  if (__osw_part_count == 4) {
-    return {left ? client.left : mid_x, top ? client.top : mid_y, left ? mid_x : client.right,
-            top ? mid_y : client.bottom};
-  }
+  if (__osw_part_count == 2) return cell_of(client, 2, 1, part);
+  if (__osw_part_count == 4) return cell_of(client, 2, 2, part);
   return {};
 }
 

@@ -1,7 +1,7 @@
 #include "wgl/pbuffer_children.h"
 
+#include "dispatch/report.h"
 #include "pipeline/push.h"
-#include "pipeline/threads.h"
 #include "startup/config/monitors.h"
 #include "wgl/child_windows.h"
 #include "wgl/main_table.h"
@@ -21,7 +21,7 @@ u32 __osw_pbuffer_register(__osw_thread_state* state, HPBUFFERARB hpbuffer, HDC 
     child.hidden_hdc = __osw_create_hidden_dc(state, hdc, part, format, width, height);
     child.child_hpbuffer = sys_wgl<wglCreatePbufferARB_op>(state)(child.hidden_hdc, format, width, height, attributes);
     if (child.child_hpbuffer) continue;
-    MessageBoxA(nullptr, "Creating child pbuffer failed!", "OSW Error", 0);
+    show_failure(nullptr, "Creating child pbuffer failed!");
     return 0;
   }
   __osw_pbuffer_enter(pbuffer);
@@ -31,7 +31,7 @@ u32 __osw_pbuffer_register(__osw_thread_state* state, HPBUFFERARB hpbuffer, HDC 
 u32 __osw_pbuffer_unregister(__osw_thread_state* state, HPBUFFERARB hpbuffer) {
   const __osw_pbuffer* pbuffer = __osw_pbuffer_lookup(hpbuffer);
   if (!pbuffer) return 1;
-  if (__osw_has_pipeline(state)) __osw_send_sync_cmd(state);
+  wait_for_workers(state);
   for (i32 part = 0; part < __osw_part_count; ++part) {
     sys_wgl<wglDestroyPbufferARB_op>(state)(pbuffer->parts[part].child_hpbuffer);
     __osw_destroy_hidden_dc(pbuffer->parts[part].hidden_hdc);

@@ -115,11 +115,6 @@ extern "C" BOOL GetMonitorInfoA(HMONITOR handle, LPMONITORINFO info) {
   return FALSE;
 }
 
-extern "C" BOOL SetRect(LPRECT out, int left, int top, int right, int bottom) {
-  *out = {left, top, right, bottom};
-  return TRUE;
-}
-
 extern "C" BOOL IsRectEmpty(const RECT* rect) {
   return rect->left >= rect->right || rect->top >= rect->bottom;
 }

@@ -50,26 +50,22 @@ void __osw_fake_one_monitor() {
   __osw_part_count = 1;
 }
 
+RECT cell_of(const RECT& whole, i32 columns, i32 rows, i32 number) {
+  const LONG mid_x = whole.left + (whole.right - whole.left) / 2;
+  const LONG mid_y = whole.top + (whole.bottom - whole.top) / 2;
+  const bool at_left = number % columns == 0;
+  const bool at_top = number / columns == 0;
+  return {at_left ? whole.left : mid_x, at_top ? whole.top : mid_y, columns == 2 && at_left ? mid_x : whole.right,
+          rows == 2 && at_top ? mid_y : whole.bottom};
+}
+
 void __osw_split_one_monitor() {
   const i32 parts = static_cast<i32>(OSW_DW_SplitParts);
   if (parts == 1) return;
   set_part_count(parts);
-  if (parts < 1) return;
-
-  const RECT whole = __osw_virtual_screen;
-  const i32 mid_x = whole.left + (whole.right - whole.left) / 2;
-  const i32 mid_y = whole.top + (whole.bottom - whole.top) / 2;
-  __osw_monitor* entries = __osw_monitor_table;
-  if (parts == 2 && OSW_DW_SplitTwoPartsHorizontal) {
-    SetRect(&entries[0].rect, whole.left, whole.top, mid_x, whole.bottom);
-    SetRect(&entries[1].rect, mid_x, whole.top, whole.right, whole.bottom);
-  } else if (parts == 2) {
-    SetRect(&entries[0].rect, whole.left, whole.top, whole.right, mid_y);
-    SetRect(&entries[1].rect, whole.left, mid_y, whole.right, whole.bottom);
-  } else if (parts == 4) {
-    SetRect(&entries[0].rect, whole.left, whole.top, mid_x, mid_y);
-    SetRect(&entries[1].rect, mid_x, whole.top, whole.right, mid_y);
-    SetRect(&entries[2].rect, whole.left, mid_y, mid_x, whole.bottom);
-    SetRect(&entries[3].rect, mid_x, mid_y, whole.right, whole.bottom);
+  if (parts != 2 && parts != 4) return;
+  const i32 columns = parts == 4 || OSW_DW_SplitTwoPartsHorizontal ? 2 : 1;
+  for (i32 part = 0; part < parts; ++part) {
+    __osw_monitor_table[part].rect = cell_of(__osw_virtual_screen, columns, parts / columns, part);
   }
 }

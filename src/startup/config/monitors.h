@@ -23,6 +23,10 @@ void __osw_enumerate_monitors();
 // Makes the first entry cover the virtual screen, and the only one.
 void __osw_fake_one_monitor();
 
+// One cell of a rectangle that is cut into `columns` by `rows`, at most two of each. The cells are numbered row by row
+// from the upper left one, and the left and upper ones leave an odd pixel to the others.
+RECT cell_of(const RECT& whole, i32 columns, i32 rows, i32 number);
+
 // Cuts the one entry into as many parts as the option says: 2 or 4. Any other number becomes the part count and cuts
 // nothing.
 void __osw_split_one_monitor();

@@ -389,7 +389,6 @@ LSTATUS RegCloseKey(HKEY key);
 int GetSystemMetrics(int index);
 BOOL EnumDisplayMonitors(HDC hdc, LPCRECT clip, MONITORENUMPROC callback, LPARAM data);
 BOOL GetMonitorInfoA(HMONITOR monitor, LPMONITORINFO info);
-BOOL SetRect(LPRECT out, int left, int top, int right, int bottom);
 BOOL IsRectEmpty(const RECT* rect);
 BOOL UnionRect(LPRECT out, const RECT* first, const RECT* second);
 BOOL IntersectRect(LPRECT out, const RECT* first, const RECT* second);
