@@ -1,12 +1,14 @@
 #include "dispatch/mode.h"
 
+#include "dispatch/path.h"
 #include "dispatch/system.h"
 
 namespace {
 
-void enter(__osw_thread_state* state, i32 mode, const __osw_proc* gl_table) {
+void enter(__osw_thread_state* state, i32 mode, const __osw_proc* gl_table, const path_work& path) {
   state->mode = mode;
   state->gl_table = gl_table;
+  state->path = &path;
   state->has_context = mode != mode_no_context;
   state->seq_path = mode == mode_sequential;
 }
@@ -21,17 +23,17 @@ void __osw_bind_system(__osw_thread_state* state) {
 }
 
 void __osw_enter_no_context(__osw_thread_state* state) {
-  enter(state, mode_no_context, __osw_gl_table_nocontext);
+  enter(state, mode_no_context, __osw_gl_table_nocontext, no_context_path);
 }
 
 void __osw_enter_sequential(__osw_thread_state* state) {
-  enter(state, mode_sequential, __osw_gl_table_seq);
+  enter(state, mode_sequential, __osw_gl_table_seq, sequential_path);
 }
 
 void __osw_enter_threaded(__osw_thread_state* state) {
-  enter(state, mode_threaded, __osw_gl_table_mt);
+  enter(state, mode_threaded, __osw_gl_table_mt, threaded_path);
 }
 
 void __osw_enter_pass_through(__osw_thread_state* state) {
-  enter(state, mode_pass, __osw_gl_table_pass);
+  enter(state, mode_pass, __osw_gl_table_pass, pass_path);
 }

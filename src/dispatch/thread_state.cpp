@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "dispatch/bypass.h"
+#include "dispatch/path.h"
 #include "dispatch/report.h"
 #include "dispatch/system.h"
 
@@ -32,6 +33,7 @@ __osw_thread_state* share_reserve_state() {
   reserve.sys_wgl = __osw_sys_wgl;
   reserve.wgl_table = __osw_wgl_table_pass;
   reserve.gl_table = __osw_gl_table_nocontext;
+  reserve.path = &no_context_path;
   return &reserve;
 }
 
@@ -53,6 +55,7 @@ __osw_thread_state* __osw_get_thread_state() {
   }
   state->mode = mode_no_context;
   state->gl_table = __osw_gl_table_nocontext;
+  state->path = &no_context_path;
   state->wgl_bound = 1;
   replace_in_list(nullptr, state);
   return state;

@@ -7,6 +7,7 @@ struct __osw_cmd_queue;
 struct __osw_glrc;
 struct __osw_pbuffer;
 struct __osw_window_mapping;
+struct path_work;
 
 constexpr int max_parts = 16;
 constexpr int max_thread_states = 64;
@@ -21,7 +22,7 @@ struct __osw_thread_ctrl {
   struct __osw_thread_state* state;
 };
 
-// Values of `mode`. It records the state and switches nothing: calls go through `gl_table`.
+// Values of `mode`. It records the state and switches nothing: calls go through `gl_table` and `path`.
 constexpr i32 mode_no_context = 0;
 constexpr i32 mode_sequential = 1;
 constexpr i32 mode_threaded = 2;
@@ -56,6 +57,7 @@ struct __osw_thread_state {
   UINT_PTR idle_timer;            // nonzero while the timer that hands over an idle list is armed
   __osw_thread_ctrl* ctrl_block;  // the second TLS slot's value, freed with the state
   __osw_thread_ctrl started;      // the threads made so far: a start that failed half-way is taken up by the next
+  const path_work* path;          // what the wgl functions do in this mode; never null
 };
 
 // The two TLS slots: `__osw_thread_state`, and `__osw_thread_ctrl` of a thread that has workers. Made at process

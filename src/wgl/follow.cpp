@@ -115,11 +115,7 @@ void __osw_on_window_changed(HWND hwnd) {
     __osw_apply_child_rect(&mapping->parts[part]);
   }
   __osw_send_viewport_offset(state);
-  if (state->seq_path) {
-    __osw_seq_send_drawable_size(state);
-  } else if (state->has_context) {
-    __osw_send_drawable_size(state);
-  }
+  __osw_send_drawable_size(state);
 }
 
 void __osw_relayout_intersect(__osw_thread_state* state) {

@@ -125,11 +125,7 @@ void tell_parts(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   __osw_relayout_split(state);
   __osw_send_initial_viewport(state, state->glrc);
   __osw_send_viewport_offset(state);
-  if (state->seq_path) {
-    __osw_seq_send_drawable_size(state);
-  } else if (state->has_context) {
-    __osw_send_drawable_size(state);
-  }
+  __osw_send_drawable_size(state);
 }
 
 }  // namespace

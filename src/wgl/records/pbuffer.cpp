@@ -1,5 +1,6 @@
 #include "wgl/records/pbuffer.h"
 
+#include "dispatch/report.h"
 #include "wgl/records/registry.h"
 
 __osw_pbuffer __osw_pbuffer_registry[max_pbuffers];
@@ -7,6 +8,12 @@ CRITICAL_SECTION __osw_pbuffer_lock;
 
 __osw_pbuffer* __osw_pbuffer_lookup(HPBUFFERARB hpbuffer) {
   return find_slot(__osw_pbuffer_registry, &__osw_pbuffer_lock, &__osw_pbuffer::app_hpbuffer, hpbuffer);
+}
+
+__osw_pbuffer* find_pbuffer_or_warn(HPBUFFERARB hpbuffer, const char* function) {
+  __osw_pbuffer* pbuffer = hpbuffer ? __osw_pbuffer_lookup(hpbuffer) : nullptr;
+  if (!pbuffer) __osw_report(severity_warning, "%s of a pbuffer without child pbuffers reaches no part.\n", function);
+  return pbuffer;
 }
 
 __osw_pbuffer* __osw_pbuffer_of_hdc(HDC hdc) {

@@ -30,6 +30,9 @@ extern CRITICAL_SECTION __osw_pbuffer_lock;
 // The record of a pbuffer, or null. `hpbuffer` is not null. Any thread.
 __osw_pbuffer* __osw_pbuffer_lookup(HPBUFFERARB hpbuffer);
 
+// The same after a report when there is none, which says that `function` reaches no part. `hpbuffer` may be null.
+__osw_pbuffer* find_pbuffer_or_warn(HPBUFFERARB hpbuffer, const char* function);
+
 // The record whose pbuffer's device context is `hdc`, or null. `hdc` is not null. Any thread.
 __osw_pbuffer* __osw_pbuffer_of_hdc(HDC hdc);
 

@@ -48,6 +48,17 @@ u32 __osw_attach_window_mapping(const __osw_window_mapping& record);
 // Takes the mapping off its window and gives the window's use back.
 void __osw_detach_window_mapping(HWND hwnd);
 
+struct extent {
+  i32 width;
+  i32 height;
+};
+
+// The size of the client area, as of the latest change of the window that the mapping followed.
+inline extent client_extent(const __osw_window_mapping* mapping) {
+  const RECT& client = mapping->client_rect;
+  return {client.right - client.left, client.bottom - client.top};
+}
+
 // Loads and stores of a rectangle that several threads share.
 RECT __osw_load_rect(const RECT& rect);
 void __osw_store_rect(RECT& rect, const RECT& value);
