@@ -28,7 +28,7 @@ ROOMS = [
     "startup",
 ]
 ROOF = "startup"
-FOLDERS = ["src", "driver", "control"]
+FOLDERS = ["src", "driver", "control", "demo"]
 SOURCES = (".h", ".cpp", ".inc")
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]')
 
@@ -176,6 +176,8 @@ CLEAN = {
     "driver/report.cpp": '#include "report.h"\n',
     "control/run.cpp": '#include "run.h"\n',
     "control/run.h": "",
+    "demo/viewer.cpp": '#include "scene.h"\n',
+    "demo/scene.h": "",
 }
 PLANTED = {
     "an-upward-include": (
