@@ -19,12 +19,17 @@ SHADER_ENTRIES(DEFINE_ENTRY)
 #undef DEFINE_ENTRY
 }  // namespace gl
 
-#define FIND_ENTRY(type, name) &&find_entry(#name, &gl::name, why)
+#define FIND_ENTRY(type, name) \
+  if (!find_entry(#name, &gl::name, why)) return false;
 
 bool find_buffer_entries(std::string* why) {
-  return true BUFFER_ENTRIES(FIND_ENTRY);
+  BUFFER_ENTRIES(FIND_ENTRY)
+  return true;
 }
 
 bool find_shader_entries(std::string* why) {
-  return true SHADER_ENTRIES(FIND_ENTRY);
+  SHADER_ENTRIES(FIND_ENTRY)
+  return true;
 }
+
+#undef FIND_ENTRY

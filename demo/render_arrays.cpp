@@ -39,7 +39,7 @@ const void* member(const Element* base, size_t offset) {
   return reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(base) + offset);
 }
 
-void draw_ground(const drawing& self) {
+void draw_ground_arrays(const drawing& self) {
   const ground_vertex* base = base_of(array_target, self.ground_buffer, self.shapes.ground);
   glEnableClientState(GL_COLOR_ARRAY);
   glEnableClientState(GL_VERTEX_ARRAY);
@@ -51,7 +51,7 @@ void draw_ground(const drawing& self) {
   release(array_target, self.ground_buffer);
 }
 
-void draw_faces(const drawing& self) {
+void draw_face_arrays(const drawing& self) {
   const face_vertex* base = base_of(array_target, self.faces_buffer, self.shapes.faces);
   glEnableClientState(GL_NORMAL_ARRAY);
   glEnableClientState(GL_VERTEX_ARRAY);
@@ -66,7 +66,7 @@ void draw_faces(const drawing& self) {
   release(array_target, self.faces_buffer);
 }
 
-void draw_edges(const drawing& self) {
+void draw_edge_arrays(const drawing& self) {
   const vec3* base = base_of(array_target, self.edge_places_buffer, self.shapes.edge_places);
   const uint32_t* indices = base_of(index_target, self.edges_buffer, self.shapes.edges);
   glColor3fv(&edge_colour.x);
@@ -89,5 +89,5 @@ bool make_buffers(drawing* self, std::string* why) {
   return true;
 }
 
-const renderer arrays_renderer = {"arrays", prepare_arrays, draw_ground, draw_faces, draw_edges};
-const renderer buffers_renderer = {"buffers", make_buffers, draw_ground, draw_faces, draw_edges};
+const renderer arrays_renderer = {"arrays", prepare_arrays, draw_ground_arrays, draw_face_arrays, draw_edge_arrays};
+const renderer buffers_renderer = {"buffers", make_buffers, draw_ground_arrays, draw_face_arrays, draw_edge_arrays};

@@ -40,7 +40,7 @@ void compile_edges(const drawing& self) {
   glEndList();
 }
 
-bool prepare(drawing* self, std::string*) {
+bool prepare_lists(drawing* self, std::string*) {
   self->ground_list = glGenLists(3);
   self->faces_list = self->ground_list + 1;
   self->edges_list = self->ground_list + 2;
@@ -50,19 +50,19 @@ bool prepare(drawing* self, std::string*) {
   return true;
 }
 
-void draw_ground(const drawing& self) {
+void call_ground(const drawing& self) {
   glCallList(self.ground_list);
 }
 
-void draw_faces(const drawing& self) {
+void call_faces(const drawing& self) {
   glCallList(self.faces_list);
 }
 
-void draw_edges(const drawing& self) {
+void call_edges(const drawing& self) {
   glColor3fv(&edge_colour.x);
   glCallList(self.edges_list);
 }
 
 }  // namespace
 
-const renderer lists_renderer = {"lists", prepare, draw_ground, draw_faces, draw_edges};
+const renderer lists_renderer = {"lists", prepare_lists, call_ground, call_faces, call_edges};

@@ -93,7 +93,7 @@ bool make_program(const char* vertex, const char* fragment, unsigned* result, st
   return false;
 }
 
-bool prepare(drawing* self, std::string* why) {
+bool prepare_programs(drawing* self, std::string* why) {
   face_program& faces = self->for_faces;
   line_program& lines = self->for_lines;
   if (!make_buffers(self, why) || !find_shader_entries(why) ||
@@ -121,7 +121,7 @@ void end_drawing(GLuint last_attribute) {
   gl::glUseProgram(0);
 }
 
-void draw_ground(const drawing& self) {
+void shade_ground(const drawing& self) {
   static const GLfloat none[4] = {0, 0, 0, 0};
   gl::glUseProgram(self.for_lines.program);
   gl::glUniform4fv(self.for_lines.tint, 1, none);
@@ -132,7 +132,7 @@ void draw_ground(const drawing& self) {
   end_drawing(colour_attribute);
 }
 
-void draw_faces(const drawing& self) {
+void shade_faces(const drawing& self) {
   gl::glUseProgram(self.for_faces.program);
   gl::glBindBuffer(GL_ARRAY_BUFFER, self.faces_buffer);
   set_attribute(place_attribute, sizeof(face_vertex), offsetof(face_vertex, place));
@@ -148,7 +148,7 @@ void draw_faces(const drawing& self) {
   end_drawing(normal_attribute);
 }
 
-void draw_edges(const drawing& self) {
+void shade_edges(const drawing& self) {
   const GLfloat tint[4] = {edge_colour.x, edge_colour.y, edge_colour.z, 1};
   gl::glUseProgram(self.for_lines.program);
   gl::glUniform4fv(self.for_lines.tint, 1, tint);
@@ -162,4 +162,4 @@ void draw_edges(const drawing& self) {
 
 }  // namespace
 
-const renderer shaders_renderer = {"shaders", prepare, draw_ground, draw_faces, draw_edges};
+const renderer shaders_renderer = {"shaders", prepare_programs, shade_ground, shade_faces, shade_edges};
