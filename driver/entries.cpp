@@ -9,16 +9,16 @@
 #include "wgl_entries.h"
 #include "window_coordinates.h"
 
-#define GL_OP(number, function, result, parameters, arguments, ...) \
-  extern "C" result driver_##function parameters {                  \
-    return forward<function##_op, result> arguments;                \
+#define GL_OP(number, function, sync, threaded, sequential, replay, alias, payload, result, parameters, arguments) \
+  extern "C" result driver_##function parameters {                                                                 \
+    return forward<function##_op, result> arguments;                                                               \
   }
 #include "ops/gl_ops.inc"
 #undef GL_OP
 
-#define WGL_OP(number, function, result, parameters, arguments, ...) \
-  extern "C" result driver_##function parameters {                   \
-    return forward_wgl<function##_op, result> arguments;             \
+#define WGL_OP(number, function, sync, main, pass, replay, result, parameters, arguments) \
+  extern "C" result driver_##function parameters {                                        \
+    return forward_wgl<function##_op, result> arguments;                                  \
   }
 #include "ops/wgl_ops.inc"
 #undef WGL_OP

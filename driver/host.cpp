@@ -19,17 +19,11 @@ constexpr DWORD longest_path = 4096;
 
 HMODULE host_module;
 
-#define GL_OP(number, function, ...) #function,
-const char* const gl_names[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-#define WGL_OP(number, function, ...) #function,
-const char* const wgl_names[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
+constexpr auto name_of = []<class Op>() { return Op::name; };
+constexpr auto gl_name_column = gl_op_list::column<const char*>(name_of);
+constexpr auto wgl_name_column = wgl_op_list::column<const char*>(name_of);
+constexpr auto& gl_names = gl_name_column.of;
+constexpr auto& wgl_names = wgl_name_column.of;
 
 // A library that stands on this driver, or is one like it, would call the driver again for every call.
 bool leads_back_here(HMODULE module) {

@@ -22,7 +22,7 @@ struct wgl_handler<Op, wgl_forward> {
 };
 
 template <class Op, class Target>
-struct wgl_handler<Op, wgl_to_entry<Target>> {
+struct wgl_handler<Op, wgl_to<Target>> {
   static __osw_proc proc() { return as_proc<Op>(forward_wgl<Target>); }
 };
 

@@ -32,8 +32,6 @@ __osw_proc stub_for() {
 }  // namespace
 
 void __osw_fill_gl_table_nocontext() {
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
-  __osw_gl_table_nocontext[number] = stub_for<result>();
-#include "ops/gl_ops.inc"
-#undef GL_OP
+  for_each_gl_op(
+      []<class Op>() { __osw_gl_table_nocontext[Op::op] = stub_for<typename prototype<typename Op::type>::result>(); });
 }

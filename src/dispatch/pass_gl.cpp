@@ -32,8 +32,5 @@ __osw_proc handler() {
 }  // namespace
 
 void __osw_fill_gl_table_pass() {
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
-  __osw_gl_table_pass[number] = handler<function##_op>();
-#include "ops/gl_ops.inc"
-#undef GL_OP
+  for_each_gl_op([]<class Op>() { __osw_gl_table_pass[Op::op] = handler<Op>(); });
 }

@@ -1,20 +1,18 @@
 // The wgl entry points, made like the GL ones, and the exports that belong to neither list.
 #include "dispatch/no_context.h"
 #include "dispatch/thread_state.h"
+#include "entry/entry_table.h"
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  extern "C" result osw_##function parameters {                                                        \
-    return entry_in<function##_op>(__osw_fetch_thread_state()->wgl_table) arguments;                   \
-  }
+#define WGL_OP(number, function, sync, main, pass, replay, result, parameters, arguments) \
+  extern "C" result osw_##function parameters {                                           \
+    return entry_in<function##_op>(__osw_fetch_thread_state()->wgl_table) arguments;      \
+  }                                                                                       \
+  template <>                                                                             \
+  constexpr function##_op::type* entry_point<function##_op> = osw_##function;
 #include "ops/wgl_ops.inc"
 #undef WGL_OP
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  reinterpret_cast<__osw_proc>(osw_##function),
-const __osw_proc __osw_wgl_entries[wgl_op_count] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
+const __osw_proc (&__osw_wgl_entries)[wgl_op_count] = entry_table<wgl_op_list>::entries;
 
 // Makes the calling thread's state. The result is the state, or, when this call had to make it, what storing it
 // returned.

@@ -1,12 +1,11 @@
 // One tag type per op, made from the op lists. Templates over ops take the tag: it carries the op's number, prototype,
-// name, sync flag and base op as constants, so that nothing about an op is looked up at run time.
+// name, words and base op as constants, so that nothing about an op is looked up at run time.
 #pragma once
 
+#include "ops/op_list.h"
+#include "ops/payload.h"
+#include "ops/prototype.h"
 #include "ops/relaxed.h"
-#include "ops/types.h"
-
-constexpr int wgl_op_count = 63;
-constexpr int gl_op_count = 1102;
 
 // An entry point whose signature the op number stands for. 64-bit Windows has a single calling convention, so none is
 // written anywhere.
@@ -17,21 +16,10 @@ struct driver_op;  // base of the driver's two private ops
 
 enum class op_sync : bool { async = false, sync = true };
 
-// The words of gl_ops.inc's column `threaded`, as types.
-enum class parameter_set { light, light_model, material, tex_gen, tex_env, tex, fog, point };
-struct family_plain;
-struct family_query;
-struct family_names;
-struct family_image;
-struct family_compressed;
-struct family_alias;
-struct family_own;
-template <int elements>
-struct vector_family;
-template <parameter_set set>
-struct parameters_family;
-template <int components>
-struct uniform_family;
+// The words of gl_ops.inc's columns `threaded`, `sequential` and `replay`.
+enum class threaded_word { plain, query, copied, names, array, alias, own };
+enum class sequential_word { each, own };
+enum class replay_word { none, slots, own };
 
 // The words of wgl_ops.inc's columns `main` and `pass`, as types.
 struct wgl_forward;
@@ -39,52 +27,152 @@ struct wgl_warn;
 struct wgl_zero;
 struct wgl_own;
 template <class Target>
-struct wgl_to_entry;
+struct wgl_to;
 template <class Target>
-struct wgl_row_of;
+struct wgl_row;
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) struct function##_op;
+#define GL_OP(number, function, ...) , struct function##_op
+using gl_op_list = op_list<before_first_op
 #include "ops/gl_ops.inc"
+                           >;
 #undef GL_OP
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  struct function##_op;
+#define WGL_OP(number, function, ...) , struct function##_op
+using wgl_op_list = op_list<before_first_op
 #include "ops/wgl_ops.inc"
+                            >;
 #undef WGL_OP
 
-#define family_vector(elements)    vector_family<elements>
-#define family_parameters(set)     parameters_family<parameter_set::set>
-#define family_uniform(components) uniform_family<components>
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
-  struct function##_op {                                                                    \
-    static constexpr int op = number;                                                       \
-    static constexpr const char* name = #function;                                          \
-    static constexpr op_sync sync = op_sync::sync_mode;                                     \
-    using type = result parameters;                                                         \
-    using threaded = family_##family;                                                       \
-    using base = alias_of##_op;                                                             \
+constexpr int gl_op_count = gl_op_list::count;
+constexpr int wgl_op_count = wgl_op_list::count;
+static_assert(gl_op_count == 1102 && wgl_op_count == 63);
+
+// What a worker knows when it replays a command. `system` is the table of the op's space.
+struct __osw_thread_state;
+struct __osw_cmd;
+struct replay_scene {
+  __osw_thread_state* state;
+  const __osw_proc* system;
+  i32 part;
+  __osw_cmd* cmd;
+};
+
+template <class Type>
+struct replay_of;
+template <class Result, class... Parameters>
+struct replay_of<Result(Parameters...)> {
+  using type = Result(const replay_scene&, Parameters...);
+};
+
+// The handlers that a row's words `own` declare, as members of the op's tag and with the row's prototype. One that is
+// missing does not link, and one that no word declares does not compile. Each line is a word's; other words declare
+// nothing.
+#define threaded_plain(result, parameters)
+#define threaded_query(result, parameters)
+#define threaded_copied(result, parameters)
+#define threaded_names(result, parameters)
+#define threaded_array(result, parameters)
+#define threaded_alias(result, parameters)
+#define threaded_own(result, parameters) static result encode parameters;
+#define sequential_each(result, parameters)
+#define sequential_own(result, parameters) static result broadcast parameters;
+#define replay_none(result, parameters)
+#define replay_slots(result, parameters)
+#define replay_own(result, parameters) static replay_of<result parameters>::type replay;
+
+// Payloads name some of a call's parameters.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+
+#define GL_OP(number, function, sync_word, threads, sequence, replays, alias_of, copies, result, parameters, \
+              arguments)                                                                                     \
+  struct function##_op {                                                                                     \
+    static constexpr int op = number;                                                                        \
+    static constexpr const char* name = #function;                                                           \
+    static constexpr op_sync sync = op_sync::sync_word;                                                      \
+    static constexpr threaded_word threaded = threaded_word::threads;                                        \
+    static constexpr sequential_word sequential = sequential_word::sequence;                                 \
+    static constexpr replay_word replaying = replay_word::replays;                                           \
+    using type = result parameters;                                                                          \
+    using base = alias_of##_op;                                                                              \
+    static constexpr auto payload parameters { return payload_##copies; }                                    \
+    threaded_##threads(result, parameters) sequential_##sequence(result, parameters) replay_                 \
+        ##replays(result, parameters)                                                                        \
   };
 #include "ops/gl_ops.inc"
 #undef GL_OP
-#undef family_vector
-#undef family_parameters
-#undef family_uniform
+#pragma GCC diagnostic pop
 
-#define wgl_to(target)  wgl_to_entry<target##_op>
-#define wgl_row(target) wgl_row_of<target##_op>
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  struct function##_op {                                                                               \
-    static constexpr int op = number;                                                                  \
-    static constexpr const char* name = #function;                                                     \
-    static constexpr op_sync sync = op_sync::sync_mode;                                                \
-    using type = result parameters;                                                                    \
-    using main = wgl_##main_handler;                                                                   \
-    using pass = wgl_##pass_handler;                                                                   \
+// As above: `main` declares handle, `pass` declares pass.
+#define main_forward(result, parameters)
+#define main_warn(result, parameters)
+#define main_zero(result, parameters)
+#define main_to(target)              main_forward
+#define main_row(target)             main_forward
+#define main_own(result, parameters) static result handle parameters;
+#define pass_forward(result, parameters)
+#define pass_zero(result, parameters)
+#define pass_to(target)              pass_forward
+#define pass_own(result, parameters) static result pass parameters;
+#define word_forward                 wgl_forward
+#define word_warn                    wgl_warn
+#define word_zero                    wgl_zero
+#define word_own                     wgl_own
+#define word_to(target)              wgl_to<target##_op>
+#define word_row(target)             wgl_row<target##_op>
+
+#define WGL_OP(number, function, sync_word, main_word, pass_word, replays, result, parameters, arguments)          \
+  struct function##_op {                                                                                           \
+    static constexpr int op = number;                                                                              \
+    static constexpr const char* name = #function;                                                                 \
+    static constexpr op_sync sync = op_sync::sync_word;                                                            \
+    static constexpr replay_word replaying = replay_word::replays;                                                 \
+    using type = result parameters;                                                                                \
+    using main = word_##main_word;                                                                                 \
+    using bypassed = word_##pass_word;                                                                             \
+    main_##main_word(result, parameters) pass_##pass_word(result, parameters) replay_##replays(result, parameters) \
   };
 #include "ops/wgl_ops.inc"
 #undef WGL_OP
-#undef wgl_to
-#undef wgl_row
+
+#undef threaded_plain
+#undef threaded_query
+#undef threaded_copied
+#undef threaded_names
+#undef threaded_array
+#undef threaded_alias
+#undef threaded_own
+#undef sequential_each
+#undef sequential_own
+#undef replay_none
+#undef replay_slots
+#undef replay_own
+#undef main_forward
+#undef main_warn
+#undef main_zero
+#undef main_to
+#undef main_row
+#undef main_own
+#undef pass_forward
+#undef pass_zero
+#undef pass_to
+#undef pass_own
+#undef word_forward
+#undef word_warn
+#undef word_zero
+#undef word_own
+#undef word_to
+#undef word_row
+
+// Call `work.operator()<Op>()` for each op of a list, in op order.
+template <class Work>
+constexpr void for_each_gl_op(Work work) {
+  gl_op_list::for_each(work);
+}
+template <class Work>
+constexpr void for_each_wgl_op(Work work) {
+  wgl_op_list::for_each(work);
+}
 
 // The entry of an op in a table of its space, as a function of the op's own type. A relaxed load: the system's wgl
 // table may be refilled by another thread's binding.

@@ -9,29 +9,41 @@ u32 __osw_gl_sync_filled;
 
 namespace {
 
-// Flag and name go together: only an op that can make the issuing thread wait is ever counted and printed.
+// As the statistics name an op: the parts are put together at compile time.
 template <class Op>
-void mark(u32* flags, const char** labels, const char* label) {
+struct label_of {
+  static constexpr int size = [] {
+    int length = 0;
+    while (Op::name[length]) ++length;
+    return static_cast<int>(sizeof "__osw_" - 1 + sizeof "_op") + length;
+  }();
+  static constexpr op_column<char, size> text = [] {
+    op_column<char, size> built{};
+    int end = 0;
+    for (const char* part : {"__osw_", Op::name, "_op"}) {
+      for (; *part; ++part) built.of[end++] = *part;
+    }
+    return built;
+  }();
+};
+
+// Flag and label go together: only an op that can make the issuing thread wait is ever counted and printed.
+template <class Op>
+void mark(u32* flags, const char** labels) {
   if constexpr (Op::sync == op_sync::sync) {
     flags[Op::op] = 1;
-    labels[Op::op] = label;
+    labels[Op::op] = label_of<Op>::text.of;
   }
 }
 
 }  // namespace
 
 void __osw_fill_wgl_sync() {
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main, pass) \
-  mark<function##_op>(__osw_wgl_sync_flags, __osw_wgl_op_names, "__osw_" #function "_op");
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
+  for_each_wgl_op([]<class Op>() { mark<Op>(__osw_wgl_sync_flags, __osw_wgl_op_names); });
   __osw_wgl_sync_filled = 1;
 }
 
 void __osw_fill_gl_sync() {
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
-  mark<function##_op>(__osw_gl_sync_flags, __osw_gl_op_names, "__osw_" #function "_op");
-#include "ops/gl_ops.inc"
-#undef GL_OP
+  for_each_gl_op([]<class Op>() { mark<Op>(__osw_gl_sync_flags, __osw_gl_op_names); });
   __osw_gl_sync_filled = 1;
 }

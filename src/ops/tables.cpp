@@ -10,42 +10,27 @@ __osw_proc __osw_gl_table_seq[gl_op_count];
 __osw_proc __osw_gl_table_mt[gl_op_count];
 __osw_proc __osw_gl_table_pass[gl_op_count];
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main, pass) #function,
-const char* const __osw_wgl_names[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
-
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) #function,
-const char* const __osw_gl_names[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-// A row that is missing, doubled or out of place would shift every table behind it.
 namespace {
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main, pass) number,
-constexpr int wgl_numbers[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
+constexpr auto name_of = []<class Op>() { return Op::name; };
+constexpr auto number_of = []<class Op>() { return Op::op; };
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) number,
-constexpr int gl_numbers[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
+constexpr auto wgl_names = wgl_op_list::column<const char*>(name_of);
+constexpr auto gl_names = gl_op_list::column<const char*>(name_of);
 
+// A row that is missing, doubled or out of place would shift every table behind it.
 template <int count>
-constexpr bool in_order(const int (&numbers)[count]) {
+constexpr bool in_order(const op_column<int, count>& numbers) {
   for (int i = 0; i < count; ++i) {
-    if (numbers[i] != i) return false;
+    if (numbers.of[i] != i) return false;
   }
   return true;
 }
 
-static_assert(in_order<wgl_op_count>(wgl_numbers));
-static_assert(in_order<gl_op_count>(gl_numbers));
+static_assert(in_order(wgl_op_list::column<int>(number_of)));
+static_assert(in_order(gl_op_list::column<int>(number_of)));
 
 }  // namespace
+
+const char* const (&__osw_wgl_names)[wgl_op_count] = wgl_names.of;
+const char* const (&__osw_gl_names)[gl_op_count] = gl_names.of;

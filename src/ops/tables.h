@@ -16,12 +16,12 @@ extern __osw_proc __osw_gl_table_mt[gl_op_count];
 extern __osw_proc __osw_gl_table_pass[gl_op_count];
 
 // The entry points that applications call, exported or handed out by name, in op order.
-extern const __osw_proc __osw_wgl_entries[wgl_op_count];
-extern const __osw_proc __osw_gl_entries[gl_op_count];
+extern const __osw_proc (&__osw_wgl_entries)[wgl_op_count];
+extern const __osw_proc (&__osw_gl_entries)[gl_op_count];
 
 // The functions' own names, in op order.
-extern const char* const __osw_wgl_names[wgl_op_count];
-extern const char* const __osw_gl_names[gl_op_count];
+extern const char* const (&__osw_wgl_names)[wgl_op_count];
+extern const char* const (&__osw_gl_names)[gl_op_count];
 
 // Per op: 1 when the issuing thread waits for the replay of a command of this op, else 0.
 extern u32 __osw_wgl_sync_flags[wgl_op_count];

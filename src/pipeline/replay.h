@@ -12,4 +12,4 @@ void __osw_replay_gl(__osw_thread_state* state, __osw_cmd_queue* queue, const __
 // A command of type 1, whose handles are replaced by the part's own. An op without a case does nothing. Results of the
 // system are ignored.
 void __osw_replay_wgl(__osw_thread_state* state, __osw_cmd_queue* queue, const __osw_proc* sys_wgl, i32 part,
-                      const __osw_cmd* cmd);
+                      __osw_cmd* cmd);

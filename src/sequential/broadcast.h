@@ -3,6 +3,7 @@
 
 #include <type_traits>
 
+#include "dispatch/alias.h"
 #include "sequential/parts/switch.h"
 
 // What the op calls: the entry that an alias named, when one is borrowing this body, and else the system's own.
@@ -13,7 +14,7 @@ inline typename Op::type* seq_target(const __osw_thread_state* state) {
 }
 
 // Calls the op with the same arguments on each part in ascending order, and returns the last part's result, or 0
-// without parts. Ops that need more have a specialisation, declared in exceptions.h.
+// without parts.
 template <class Op, class Result, class... Parameters>
 Result broadcast(Parameters... arguments) {
   const __osw_thread_state* state = __osw_fetch_thread_state();
@@ -24,5 +25,26 @@ Result broadcast(Parameters... arguments) {
     Result result{};
     __osw_for_each_part(state, [&](i32) { result = target(arguments...); });
     return result;
+  }
+}
+
+template <class Op>
+inline typename Op::type* broadcaster();
+
+// Borrows the base op's body with the alias's own entry as its target.
+template <class Op, class Result, class... Parameters>
+Result broadcast_alias(Parameters... arguments) {
+  return call_overridden<Op, Result>(&__osw_thread_state::seq_override, broadcaster<typename Op::base>(), arguments...);
+}
+
+// The function in `__osw_gl_table_seq`: the general form, a base op's, or name_op::broadcast where the row says `own`.
+template <class Op>
+inline typename Op::type* broadcaster() {
+  if constexpr (Op::sequential == sequential_word::own) {
+    return Op::broadcast;
+  } else if constexpr (std::is_same_v<typename Op::base, none_op>) {
+    return broadcast<Op>;
+  } else {
+    return broadcast_alias<Op>;
   }
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "dispatch/report.h"
-#include "sequential/exceptions.h"
+#include "sequential/broadcast.h"
 
 namespace {
 
@@ -70,8 +70,7 @@ u64 not_negative(std::int64_t size) {
 
 }  // namespace
 
-template <>
-void* broadcast<glMapBuffer_op>(GLenum target, GLenum access) {
+void* glMapBuffer_op::broadcast(GLenum target, GLenum access) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   auto* map = seq_target<glMapBuffer_op>(state);
   const GLint size = ask_first_part(state, target, GL_BUFFER_SIZE);
@@ -80,8 +79,7 @@ void* broadcast<glMapBuffer_op>(GLenum target, GLenum access) {
                        [=](i32) { map(target, access); });
 }
 
-template <>
-void* broadcast<glMapBufferRange_op>(GLenum target, GLintptr offset, GLsizeiptr length, GLbitfield access) {
+void* glMapBufferRange_op::broadcast(GLenum target, GLintptr offset, GLsizeiptr length, GLbitfield access) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   auto* map = seq_target<glMapBufferRange_op>(state);
   const GLint mapped = ask_first_part(state, target, GL_BUFFER_MAPPED);
@@ -89,8 +87,7 @@ void* broadcast<glMapBufferRange_op>(GLenum target, GLintptr offset, GLsizeiptr 
                        [=](i32) { map(target, offset, length, access); });
 }
 
-template <>
-GLboolean broadcast<glUnmapBuffer_op>(GLenum target) {
+GLboolean glUnmapBuffer_op::broadcast(GLenum target) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   auto* unmap = seq_target<glUnmapBuffer_op>(state);
   if (ask_first_part(state, target, GL_BUFFER_MAPPED)) {

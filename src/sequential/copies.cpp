@@ -2,7 +2,7 @@
 // and written to all parts from there.
 #include <cstdlib>
 
-#include "sequential/exceptions.h"
+#include "sequential/broadcast.h"
 #include "sequential/parts/copy_format.h"
 
 namespace {
@@ -150,7 +150,7 @@ void copy(const __osw_thread_state* state, const copy_format& format, const rect
   __osw_pixel_store saved_pack{};
   __osw_pixel_store saved_unpack{};
   save_store(state, pack, &saved_pack);
-  broadcast<glReadPixels_op, void>(from.x, from.y, from.width, from.height, format.format, format.type, buffer);
+  broadcaster<glReadPixels_op>()(from.x, from.y, from.width, from.height, format.format, format.type, buffer);
   if (clears_unpack) save_store(state, unpack, &saved_unpack);
   upload(static_cast<const void*>(buffer));
   free(buffer);
@@ -180,67 +180,60 @@ GLenum internal_format_of_pixels(GLenum type) {
 
 }  // namespace
 
-template <>
-void broadcast<glCopyPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GLenum type) {
+void glCopyPixels_op::broadcast(GLint x, GLint y, GLsizei width, GLsizei height, GLenum type) {
   const __osw_thread_state* state = __osw_fetch_thread_state();
   const GLenum kind = __osw_framebuffer_kind(state, internal_format_of_pixels(type));
   const copy_format format = __osw_copy_format(state, kind);
-  copy(state, format, {x, y, width, height}, true, glCopyPixels_op::name, [&](const void* pixels) {
-    broadcast<glDrawPixels_op, void>(width, height, format.format, format.type, pixels);
-  });
+  copy(state, format, {x, y, width, height}, true, glCopyPixels_op::name,
+       [&](const void* pixels) { broadcaster<glDrawPixels_op>()(width, height, format.format, format.type, pixels); });
 }
 
-template <>
-void broadcast<glCopyTexImage1D_op>(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
+void glCopyTexImage1D_op::broadcast(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
                                     GLint border) {
   copy_to_texture<glCopyTexImage1D_op>(
       __osw_fetch_thread_state(), internalformat, {x, y, width, 1}, [=](const copy_format& format, const void* pixels) {
-        broadcast<glTexImage1D_op, void>(target, level, static_cast<GLint>(internalformat), width, border,
-                                         format.format, format.type, pixels);
+        broadcaster<glTexImage1D_op>()(target, level, static_cast<GLint>(internalformat), width, border, format.format,
+                                       format.type, pixels);
       });
 }
 
-template <>
-void broadcast<glCopyTexImage2D_op>(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
+void glCopyTexImage2D_op::broadcast(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
                                     GLsizei height, GLint border) {
   copy_to_texture<glCopyTexImage2D_op>(__osw_fetch_thread_state(), internalformat, {x, y, width, height},
                                        [=](const copy_format& format, const void* pixels) {
-                                         broadcast<glTexImage2D_op, void>(
+                                         broadcaster<glTexImage2D_op>()(
                                              target, level, static_cast<GLint>(internalformat), width, height, border,
                                              format.format, format.type, pixels);
                                        });
 }
 
-template <>
-void broadcast<glCopyTexSubImage1D_op>(GLenum target, GLint level, GLint xoffset, GLint x, GLint y, GLsizei width) {
+void glCopyTexSubImage1D_op::broadcast(GLenum target, GLint level, GLint xoffset, GLint x, GLint y, GLsizei width) {
   const __osw_thread_state* state = __osw_fetch_thread_state();
   copy_to_texture<glCopyTexSubImage1D_op>(state, __osw_tex_internal_format(state, target), {x, y, width, 1},
                                           [=](const copy_format& format, const void* pixels) {
-                                            broadcast<glTexSubImage1D_op, void>(target, level, xoffset, width,
-                                                                                format.format, format.type, pixels);
+                                            broadcaster<glTexSubImage1D_op>()(target, level, xoffset, width,
+                                                                              format.format, format.type, pixels);
                                           });
 }
 
-template <>
-void broadcast<glCopyTexSubImage2D_op>(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
+void glCopyTexSubImage2D_op::broadcast(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
                                        GLsizei width, GLsizei height) {
   const __osw_thread_state* state = __osw_fetch_thread_state();
   copy_to_texture<glCopyTexSubImage2D_op>(state, __osw_tex_internal_format(state, target), {x, y, width, height},
                                           [=](const copy_format& format, const void* pixels) {
-                                            broadcast<glTexSubImage2D_op, void>(target, level, xoffset, yoffset, width,
-                                                                                height, format.format, format.type,
-                                                                                pixels);
+                                            broadcaster<glTexSubImage2D_op>()(target, level, xoffset, yoffset, width,
+                                                                              height, format.format, format.type,
+                                                                              pixels);
                                           });
 }
 
-template <>
-void broadcast<glCopyTexSubImage3D_op>(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint zoffset, GLint x,
+void glCopyTexSubImage3D_op::broadcast(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint zoffset, GLint x,
                                        GLint y, GLsizei width, GLsizei height) {
   const __osw_thread_state* state = __osw_fetch_thread_state();
   copy_to_texture<glCopyTexSubImage3D_op>(state, __osw_tex_internal_format(state, target), {x, y, width, height},
                                           [=](const copy_format& format, const void* pixels) {
-                                            broadcast<glTexSubImage3D_op, void>(target, level, xoffset, yoffset,
-                                                                                zoffset, width, height, 1,
-                                                                                format.format, format.type, pixels);
+                                            broadcaster<glTexSubImage3D_op>()(target, level, xoffset, yoffset, zoffset,
+                                                                              width, height, 1, format.format,
+                                                                              format.type, pixels);
                                           });
 }

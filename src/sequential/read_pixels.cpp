@@ -1,8 +1,7 @@
-#include "sequential/exceptions.h"
+#include "sequential/broadcast.h"
 #include "sequential/parts/read_pixels_part.h"
 
-template <>
-void broadcast<glReadPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
+void glReadPixels_op::broadcast(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
                                 void* pixels) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   __osw_for_each_part(

@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr u32 first_attribute_index = 16;
 constexpr u32 unrolled = 2;
 
 using vector_call = void (*)(const __osw_client_array& array, const void* data);
@@ -17,8 +16,7 @@ void call_vector(const __osw_client_array&, const void* data) {
 
 template <class Op>
 void call_multi_tex_coord(const __osw_client_array& array, const void* data) {
-  constexpr u32 first_texture_index = 3;
-  call_as_base(encoder<Op>(), static_cast<GLenum>(GL_TEXTURE0 + array.index - first_texture_index), data);
+  call_as_base(encoder<Op>(), static_cast<GLenum>(GL_TEXTURE0 + array.index - tex_coord_array::index), data);
 }
 
 template <class Op>
@@ -107,31 +105,39 @@ vector_call attribute_call(const __osw_client_array& array) {
   return array.size == 4 ? of_type(normalized_calls, array.type) : nullptr;
 }
 
+vector_call element_call(vertex_array, const __osw_client_array& array) {
+  return of_size(vertex_calls, 2, array);
+}
+vector_call element_call(color_array, const __osw_client_array& array) {
+  return of_size(color_calls, 3, array);
+}
+vector_call element_call(normal_array, const __osw_client_array& array) {
+  return of_type(normal_calls, array.type);
+}
+vector_call element_call(tex_coord_array, const __osw_client_array& array) {
+  return of_size(tex_coord_calls, 1, array);
+}
+vector_call element_call(fog_coord_array, const __osw_client_array& array) {
+  return of_type(fog_coord_calls, array.type);
+}
+vector_call element_call(secondary_color_array, const __osw_client_array& array) {
+  return of_type(secondary_color_calls, array.type);
+}
+vector_call element_call(index_array, const __osw_client_array& array) {
+  return of_type(index_calls, array.type);
+}
+vector_call element_call(edge_flag_array, const __osw_client_array&) {
+  return call_vector<glEdgeFlagv_op>;
+}
+
 // The call that sends one element of the array, or null when no call takes its size and type. With attribute 0 enabled
 // the vertex array's data go out as a normal.
 vector_call call_for(const __osw_client_array& array, bool has_attribute_0) {
   if (array.index >= first_attribute_index) return attribute_call(array);
-  switch (array.array) {
-    case GL_VERTEX_ARRAY:
-      if (!has_attribute_0) return of_size(vertex_calls, 2, array);
-      [[fallthrough]];
-    case GL_NORMAL_ARRAY:
-      return of_type(normal_calls, array.type);
-    case GL_COLOR_ARRAY:
-      return of_size(color_calls, 3, array);
-    case GL_INDEX_ARRAY:
-      return of_type(index_calls, array.type);
-    case GL_TEXTURE_COORD_ARRAY:
-      return of_size(tex_coord_calls, 1, array);
-    case GL_EDGE_FLAG_ARRAY:
-      return call_vector<glEdgeFlagv_op>;
-    case GL_FOG_COORD_ARRAY:
-      return of_type(fog_coord_calls, array.type);
-    case GL_SECONDARY_COLOR_ARRAY:
-      return of_type(secondary_color_calls, array.type);
-    default:
-      return nullptr;
-  }
+  if (array.array == GL_VERTEX_ARRAY && has_attribute_0) return element_call(normal_array(), array);
+  vector_call call = nullptr;
+  for_client_array(array.array, [&]<class Array>() { call = element_call(Array(), array); });
+  return call;
 }
 
 const void* element_of(const __osw_client_array& array, GLint i) {
@@ -156,8 +162,7 @@ u32 __osw_array_element(const __osw_thread_state* state, GLint i) {
 
 }  // namespace
 
-template <>
-void encode<glArrayElement_op>(GLint i) {
+void glArrayElement_op::encode(GLint i) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glArrayElement_op>(state, i);
   const u32 sent = __osw_array_element(state, i);

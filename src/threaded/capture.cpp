@@ -4,13 +4,9 @@
 #include <cstring>
 
 #include "dispatch/report.h"
-#include "threaded/encode.h"
+#include "threaded/encode_pointer.h"
 
 namespace {
-
-constexpr u32 first_texture_index = 3;
-constexpr u32 first_attribute_index = 16;
-constexpr u64 largest_block = 0x7FFFFFFF;
 
 struct array_list {
   u32 indices[max_client_arrays];
@@ -94,41 +90,25 @@ void copy_groups(const __osw_client_state* client_state, u8* blob) {
 
 void push_tex_coord_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
   const u32 active = state->glrc->client_state.client_texture;
-  const u32 unit = array.index - first_texture_index;
+  const u32 unit = array.index - tex_coord_array::index;
   if (unit != active) push<glClientActiveTexture_op>(state, GL_TEXTURE0 + unit);
-  push<glTexCoordPointer_op>(state, array.size, array.type, array.stride, pointer);
+  push_pointer_call<glTexCoordPointer_op>(state, array, pointer);
   if (unit != active) push<glClientActiveTexture_op>(state, GL_TEXTURE0 + active);
 }
 
 // Aims the workers' array at `pointer`, with all else as the application gave it.
 void push_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
-  const i32 size = array.size;
-  const u32 type = array.type;
-  const i32 stride = array.stride;
   if (array.index >= first_attribute_index) {
-    return push<glVertexAttribPointer_op>(state, array.index - first_attribute_index, size, type, array.normalized,
-                                          stride, pointer);
+    return push<glVertexAttribPointer_op>(state, array.index - first_attribute_index, array.size, array.type,
+                                          array.normalized, array.stride, pointer);
   }
-  switch (array.array) {
-    case GL_VERTEX_ARRAY:
-      return push<glVertexPointer_op>(state, size, type, stride, pointer);
-    case GL_NORMAL_ARRAY:
-      return push<glNormalPointer_op>(state, type, stride, pointer);
-    case GL_COLOR_ARRAY:
-      return push<glColorPointer_op>(state, size, type, stride, pointer);
-    case GL_INDEX_ARRAY:
-      return push<glIndexPointer_op>(state, type, stride, pointer);
-    case GL_TEXTURE_COORD_ARRAY:
-      return push_tex_coord_pointer(state, array, pointer);
-    case GL_EDGE_FLAG_ARRAY:
-      return push<glEdgeFlagPointer_op>(state, stride, pointer);
-    case GL_FOG_COORD_ARRAY:
-      return push<glFogCoordPointer_op>(state, type, stride, pointer);
-    case GL_SECONDARY_COLOR_ARRAY:
-      return push<glSecondaryColorPointer_op>(state, size, type, stride, pointer);
-    default:
-      return;
-  }
+  for_client_array(array.array, [&]<class Array>() {
+    if constexpr (std::is_same_v<Array, tex_coord_array>) {
+      push_tex_coord_pointer(state, array, pointer);
+    } else {
+      push_pointer_call<typename Array::call>(state, array, pointer);
+    }
+  });
 }
 
 // Runs `push_pointers` with no array buffer bound on the workers, which would take the addresses for offsets into it.

@@ -1,12 +1,10 @@
 #include "threaded/client_arrays.h"
 
-#include "threaded/encoders.h"
+#include "ops/client_arrays.h"
+#include "threaded/encode.h"
 
 namespace {
 
-constexpr u32 first_texture_index = 3;
-constexpr u32 fog_coord_index = 11;
-constexpr u32 first_attribute_index = 16;
 constexpr u32 attribute_count = 16;
 constexpr u32 largest_client_texture = 8;
 
@@ -21,15 +19,6 @@ u32 bit_of(u32 index) {
 
 void set_bit(u32* mask, u32 index, bool on) {
   *mask = on ? *mask | bit_of(index) : *mask & ~bit_of(index);
-}
-
-// The encoder of a client array's pointer call: `array` and what the call says of it, then the call's own arguments.
-template <class Op, class... Parameters>
-void encode_pointer(u32 array, i32 size, u32 type, i32 stride, const void* pointer, Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, arguments...);
-  __osw_set_client_array(state, client_state_of(state), array, false, size, type, 0, stride, pointer);
-  push<Op>(state, arguments...);
 }
 
 template <class Op>
@@ -71,26 +60,13 @@ void encode_bind(GLenum target, GLuint name) {
 
 u32 __osw_array_index(const __osw_thread_state*, const __osw_client_state* client_state, u32 value, bool is_attribute) {
   if (is_attribute) return value < attribute_count ? value + first_attribute_index : unknown_array;
-  switch (value) {
-    case GL_VERTEX_ARRAY:
-      return 0;
-    case GL_COLOR_ARRAY:
-      return 1;
-    case GL_NORMAL_ARRAY:
-      return 2;
-    case GL_TEXTURE_COORD_ARRAY:
-      return client_state->client_texture + first_texture_index;
-    case GL_FOG_COORD_ARRAY:
-      return fog_coord_index;
-    case GL_SECONDARY_COLOR_ARRAY:
-      return 12;
-    case GL_INDEX_ARRAY:
-      return 13;
-    case GL_EDGE_FLAG_ARRAY:
-      return 14;
-    default:
-      return unknown_array;
-  }
+  u32 index = unknown_array;
+  for_client_array(value, [&]<class Array>() {
+    index = Array::index;
+    // Unit 8, which the active client texture may be, has the entry of the fog coordinates.
+    if constexpr (std::is_same_v<Array, tex_coord_array>) index += client_state->client_texture;
+  });
+  return index;
 }
 
 void __osw_set_client_array(const __osw_thread_state* state, __osw_client_state* client_state, u32 value,
@@ -109,51 +85,7 @@ void __osw_set_client_array(const __osw_thread_state* state, __osw_client_state*
   set_bit(&client_state->buffered_mask, index, client_state->array_buffer != 0);
 }
 
-template <>
-void encode<glVertexPointer_op>(GLint size, GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glVertexPointer_op>(GL_VERTEX_ARRAY, size, type, stride, pointer, size, type, stride, pointer);
-}
-
-template <>
-void encode<glNormalPointer_op>(GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glNormalPointer_op>(GL_NORMAL_ARRAY, 3, type, stride, pointer, type, stride, pointer);
-}
-
-template <>
-void encode<glColorPointer_op>(GLint size, GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glColorPointer_op>(GL_COLOR_ARRAY, size, type, stride, pointer, size, type, stride, pointer);
-}
-
-template <>
-void encode<glIndexPointer_op>(GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glIndexPointer_op>(GL_INDEX_ARRAY, 1, type, stride, pointer, type, stride, pointer);
-}
-
-// Unit 8, which the active client texture may be, has the entry of the fog coordinates.
-template <>
-void encode<glTexCoordPointer_op>(GLint size, GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glTexCoordPointer_op>(GL_TEXTURE_COORD_ARRAY, size, type, stride, pointer, size, type, stride,
-                                       pointer);
-}
-
-template <>
-void encode<glEdgeFlagPointer_op>(GLsizei stride, const void* pointer) {
-  encode_pointer<glEdgeFlagPointer_op>(GL_EDGE_FLAG_ARRAY, 1, GL_UNSIGNED_BYTE, stride, pointer, stride, pointer);
-}
-
-template <>
-void encode<glFogCoordPointer_op>(GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glFogCoordPointer_op>(GL_FOG_COORD_ARRAY, 1, type, stride, pointer, type, stride, pointer);
-}
-
-template <>
-void encode<glSecondaryColorPointer_op>(GLint size, GLenum type, GLsizei stride, const void* pointer) {
-  encode_pointer<glSecondaryColorPointer_op>(GL_SECONDARY_COLOR_ARRAY, size, type, stride, pointer, size, type, stride,
-                                             pointer);
-}
-
-template <>
-void encode<glVertexAttribPointer_op>(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
+void glVertexAttribPointer_op::encode(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
                                       const void* pointer) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glVertexAttribPointer_op>(state, index, size, type, normalized, stride, pointer);
@@ -161,36 +93,30 @@ void encode<glVertexAttribPointer_op>(GLuint index, GLint size, GLenum type, GLb
   push<glVertexAttribPointer_op>(state, index, size, type, normalized, stride, pointer);
 }
 
-template <>
-void encode<glVertexAttribIPointer_op>(GLuint index, GLint size, GLenum type, GLsizei stride, const void* pointer) {
+void glVertexAttribIPointer_op::encode(GLuint index, GLint size, GLenum type, GLsizei stride, const void* pointer) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glVertexAttribIPointer_op>(state, index, size, type, stride, pointer);
   __osw_set_client_array(state, client_state_of(state), index, true, size, type, 0, stride, pointer);
   push<glVertexAttribIPointer_op>(state, index, size, type, stride, pointer);
 }
 
-template <>
-void encode<glEnableClientState_op>(GLenum array) {
+void glEnableClientState_op::encode(GLenum array) {
   encode_array_switch<glEnableClientState_op>(array, false, true);
 }
 
-template <>
-void encode<glDisableClientState_op>(GLenum array) {
+void glDisableClientState_op::encode(GLenum array) {
   encode_array_switch<glDisableClientState_op>(array, false, false);
 }
 
-template <>
-void encode<glEnableVertexAttribArray_op>(GLuint index) {
+void glEnableVertexAttribArray_op::encode(GLuint index) {
   encode_array_switch<glEnableVertexAttribArray_op>(index, true, true);
 }
 
-template <>
-void encode<glDisableVertexAttribArray_op>(GLuint index) {
+void glDisableVertexAttribArray_op::encode(GLuint index) {
   encode_array_switch<glDisableVertexAttribArray_op>(index, true, false);
 }
 
-template <>
-void encode<glClientActiveTexture_op>(GLenum texture) {
+void glClientActiveTexture_op::encode(GLenum texture) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glClientActiveTexture_op>(state, texture);
   const u32 unit = texture - GL_TEXTURE0;
@@ -198,12 +124,10 @@ void encode<glClientActiveTexture_op>(GLenum texture) {
   push<glClientActiveTexture_op>(state, texture);
 }
 
-template <>
-void encode<glBindBuffer_op>(GLenum target, GLuint buffer) {
+void glBindBuffer_op::encode(GLenum target, GLuint buffer) {
   encode_bind<glBindBuffer_op>(target, buffer);
 }
 
-template <>
-void encode<glBindFramebuffer_op>(GLenum target, GLuint framebuffer) {
+void glBindFramebuffer_op::encode(GLenum target, GLuint framebuffer) {
   encode_bind<glBindFramebuffer_op>(target, framebuffer);
 }

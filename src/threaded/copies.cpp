@@ -107,8 +107,7 @@ GLenum kind_of_pixels(GLenum type) {
 
 }  // namespace
 
-template <>
-void encode<glCopyPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GLenum type) {
+void glCopyPixels_op::encode(GLint x, GLint y, GLsizei width, GLsizei height, GLenum type) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyPixels_op>(state, x, y, width, height, type);
   const copy_format format = __osw_copy_format(state, kind_of_pixels(type));
@@ -116,8 +115,7 @@ void encode<glCopyPixels_op>(GLint x, GLint y, GLsizei width, GLsizei height, GL
        [&](const void* pixels) { encoder<glDrawPixels_op>()(width, height, format.format, format.type, pixels); });
 }
 
-template <>
-void encode<glCopyTexImage1D_op>(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
+void glCopyTexImage1D_op::encode(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
                                  GLint border) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyTexImage1D_op>(state, target, level, internalformat, x, y, width, border);
@@ -128,8 +126,7 @@ void encode<glCopyTexImage1D_op>(GLenum target, GLint level, GLenum internalform
                                        });
 }
 
-template <>
-void encode<glCopyTexImage2D_op>(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
+void glCopyTexImage2D_op::encode(GLenum target, GLint level, GLenum internalformat, GLint x, GLint y, GLsizei width,
                                  GLsizei height, GLint border) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyTexImage2D_op>(state, target, level, internalformat, x, y, width, height, border);
@@ -140,8 +137,7 @@ void encode<glCopyTexImage2D_op>(GLenum target, GLint level, GLenum internalform
       });
 }
 
-template <>
-void encode<glCopyTexSubImage1D_op>(GLenum target, GLint level, GLint xoffset, GLint x, GLint y, GLsizei width) {
+void glCopyTexSubImage1D_op::encode(GLenum target, GLint level, GLint xoffset, GLint x, GLint y, GLsizei width) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyTexSubImage1D_op>(state, target, level, xoffset, x, y, width);
   copy_to_texture<glCopyTexSubImage1D_op>(
@@ -150,8 +146,7 @@ void encode<glCopyTexSubImage1D_op>(GLenum target, GLint level, GLint xoffset, G
       });
 }
 
-template <>
-void encode<glCopyTexSubImage2D_op>(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
+void glCopyTexSubImage2D_op::encode(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
                                     GLsizei width, GLsizei height) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyTexSubImage2D_op>(state, target, level, xoffset, yoffset, x, y, width, height);
@@ -162,8 +157,7 @@ void encode<glCopyTexSubImage2D_op>(GLenum target, GLint level, GLint xoffset, G
                                           });
 }
 
-template <>
-void encode<glCopyTexSubImage3D_op>(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint zoffset, GLint x,
+void glCopyTexSubImage3D_op::encode(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLint zoffset, GLint x,
                                     GLint y, GLsizei width, GLsizei height) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glCopyTexSubImage3D_op>(state, target, level, xoffset, yoffset, zoffset, x, y, width, height);

@@ -53,7 +53,6 @@ u32 carry_blobs(const __osw_thread_state* state, u32 slot, const captured_arrays
 // The tail of an element draw. `push_draw` pushes it with the index pointer and the mask that it is given.
 template <class Op, class PushDraw>
 void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, const void* indices, PushDraw push_draw) {
-  constexpr u32 index_slot = Op::op == glDrawElements_op::op ? 3 : 5;
   index_range range{static_cast<u32>(-1), static_cast<u32>(-1), 0};
   u32 mask = 0;
   if (!state->glrc->client_state.element_buffer) {
@@ -62,12 +61,12 @@ void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, cons
     if (indices) copy = __osw_copy_to_blob(indices, __osw_checked_bytes(count, range.element_size), Op::name);
     if (indices && !copy) return;
     indices = copy;
-    mask = 1u << index_slot;
+    mask = array_blob<Op>;
   }
   captured_arrays captured;
   const u32 uncaptured = __osw_capture_arrays(state, true, range.first, range.end, &captured);
   if (captured.out_of_memory) return free(const_cast<void*>(mask ? indices : nullptr));
-  mask |= carry_blobs(state, index_slot + 1, captured);
+  mask |= carry_blobs(state, parameter_count<Op>, captured);
   push_draw(indices, mask);
   __osw_restore_arrays(state, captured.mask);
   if (uncaptured) __osw_send_sync_cmd(state);
@@ -75,11 +74,11 @@ void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, cons
 
 }  // namespace
 
-template <>
-void encode<glDrawArrays_op>(GLenum mode, GLint first, GLsizei count) {
+void glDrawArrays_op::encode(GLenum mode, GLint first, GLsizei count) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glDrawArrays_op>(state, mode, first, count);
-  constexpr u32 blob_slot = 4;
+  // One slot is left free behind the parameters, so that the block stands where an element draw has it.
+  constexpr u32 blob_slot = parameter_count<glDrawElements_op>;
   captured_arrays captured{};
   u32 uncaptured = 0;
   if (first >= 0 && count > 0) {
@@ -93,8 +92,7 @@ void encode<glDrawArrays_op>(GLenum mode, GLint first, GLsizei count) {
   if (uncaptured) __osw_send_sync_cmd(state);
 }
 
-template <>
-void encode<glDrawElements_op>(GLenum mode, GLsizei count, GLenum type, const void* indices) {
+void glDrawElements_op::encode(GLenum mode, GLsizei count, GLenum type, const void* indices) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glDrawElements_op>(state, mode, count, type, indices);
   encode_elements<glDrawElements_op>(state, count, type, indices, [=](const void* copy, u32 mask) {
@@ -103,8 +101,7 @@ void encode<glDrawElements_op>(GLenum mode, GLsizei count, GLenum type, const vo
 }
 
 // The range that the application names is passed on; the scanned one is what is captured, for it is true.
-template <>
-void encode<glDrawRangeElements_op>(GLenum mode, GLuint start, GLuint end, GLsizei count, GLenum type,
+void glDrawRangeElements_op::encode(GLenum mode, GLuint start, GLuint end, GLsizei count, GLenum type,
                                     const void* indices) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glDrawRangeElements_op>(state, mode, start, end, count, type, indices);

@@ -4,12 +4,10 @@
 #pragma once
 
 #include <cstring>
-#include <tuple>
 #include <type_traits>
 
 #include "pipeline/push.h"
 #include "startup/config/options.h"
-#include "threaded/parameter_counts.h"
 
 // Whether the application's own context follows every call, so that queries can be answered there.
 inline bool mirrors() {
@@ -77,9 +75,10 @@ inline void* put_in_record(__osw_cmd* cmd, u32 slot, const void* data, u64 bytes
   return &cmd->args[slot];
 }
 
-// Replaces each pointer among the arguments by the address of its copy in the record. `slot` is where the next goes.
-template <int elements, class T>
-inline T vector_in_record(__osw_cmd* cmd, u32* slot, T argument) {
+// Replaces a pointer by the address of its copy in the record; any other argument stays. `slot` is where the next copy
+// goes.
+template <class T>
+inline T argument_in_record(__osw_cmd* cmd, u32* slot, u32 elements, T argument) {
   if constexpr (std::is_pointer_v<T>) {
     const void* copy = put_in_record(cmd, *slot, argument, elements * sizeof *argument);
     *slot += elements;
@@ -89,28 +88,12 @@ inline T vector_in_record(__osw_cmd* cmd, u32* slot, T argument) {
   }
 }
 
-// A vector that is small enough to travel in the record, so that immediate mode allocates nothing. The first stands
+// Vectors that are small enough to travel in the record, so that immediate mode allocates nothing. The first stands
 // behind the parameters; a second has room behind it for elements of any width.
-template <class Op, int elements, class Result, class... Parameters>
-Result encode_vector(Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, arguments...);
+template <class Op, class... Parameters>
+inline void push_copied(__osw_thread_state* state, const record_payload& payload, Parameters... arguments) {
   __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
   u32 slot = sizeof...(Parameters);
-  const u64 slots[] = {to_slot(vector_in_record<elements>(cmd, &slot, arguments))...};
+  const u64 slots[] = {to_slot(argument_in_record(cmd, &slot, payload.elements, arguments))...};
   __osw_push_gl_cmd(state, Op::op, sizeof...(Parameters), slots, 0);
-}
-
-// The same with a length that the pname says: the second parameter from the end, before the vector itself.
-template <class Op, parameter_set set, class Result, class... Parameters>
-Result encode_parameters(Parameters... arguments) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, arguments...);
-  constexpr u32 count = sizeof...(Parameters);
-  u64 slots[] = {to_slot(arguments)...};
-  using vector = std::tuple_element_t<count - 1, std::tuple<Parameters...>>;
-  const auto* values = from_slot<vector>(slots[count - 1]);
-  const u32 elements = __osw_param_count<set>(from_slot<GLenum>(slots[count - 2]));
-  slots[count - 1] = to_slot(put_in_record(__osw_next_cmd(state->cmd_queue), count, values, elements * sizeof *values));
-  __osw_push_gl_cmd(state, Op::op, count, slots, 0);
 }

@@ -1,29 +1,13 @@
-// The encoder of each op, by the op list's word for its family. Encoders that enter another one, as an application's
-// call would, find it here.
+// The encoder of each op, by the op list's word for it. Encoders that enter another one, as an application's call
+// would, find it here. The encoder of an op whose row says `own` is name_op::encode, in this folder.
 #pragma once
 
 #include "dispatch/alias.h"
 #include "threaded/encode_blob.h"
+#include "threaded/encode_pointer.h"
 
-// The encoder of an op whose row says `own`: the specialisation for its tag, found by the function's name in this
-// folder.
-template <class Op, class Result, class... Parameters>
-Result encode(Parameters... arguments);
-
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
-  template <>                                                                               \
-  result encode<function##_op> parameters;
-#include "ops/gl_ops.inc"
-#undef GL_OP
-
-template <class Op, class Family>
-struct encoder_of;
-
-// The function in `__osw_gl_table_mt`.
 template <class Op>
-inline typename Op::type* encoder() {
-  return encoder_of<Op, typename Op::threaded>::get();
-}
+inline typename Op::type* encoder();
 
 // Hands the call on to the base op's encoder, whose op travels in the place of the alias's own.
 template <class Op, class Result, class... Parameters>
@@ -35,52 +19,23 @@ Result encode_alias(Parameters... arguments) {
   }
 }
 
+// The function in `__osw_gl_table_mt`.
 template <class Op>
-struct encoder_of<Op, family_plain> {
-  static typename Op::type* get() { return encode_plain<Op>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_query> {
-  static typename Op::type* get() { return encode_query<Op>; }
-};
-
-template <class Op, int elements>
-struct encoder_of<Op, vector_family<elements>> {
-  static typename Op::type* get() { return encode_vector<Op, elements>; }
-};
-
-template <class Op, parameter_set set>
-struct encoder_of<Op, parameters_family<set>> {
-  static typename Op::type* get() { return encode_parameters<Op, set>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_names> {
-  static typename Op::type* get() { return encode_names<Op>; }
-};
-
-template <class Op, int components>
-struct encoder_of<Op, uniform_family<components>> {
-  static typename Op::type* get() { return encode_uniform<Op, components>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_image> {
-  static typename Op::type* get() { return encode_image<Op>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_compressed> {
-  static typename Op::type* get() { return encode_compressed<Op>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_alias> {
-  static typename Op::type* get() { return encode_alias<Op>; }
-};
-
-template <class Op>
-struct encoder_of<Op, family_own> {
-  static typename Op::type* get() { return encode<Op>; }
-};
+inline typename Op::type* encoder() {
+  if constexpr (Op::threaded == threaded_word::own) {
+    return Op::encode;
+  } else if constexpr (Op::threaded == threaded_word::query) {
+    return encode_query<Op>;
+  } else if constexpr (Op::threaded == threaded_word::copied) {
+    return encode_copied<Op>;
+  } else if constexpr (Op::threaded == threaded_word::names) {
+    return encode_names<Op>;
+  } else if constexpr (Op::threaded == threaded_word::array) {
+    return encode_pointer<Op>;
+  } else if constexpr (Op::threaded == threaded_word::alias) {
+    return encode_alias<Op>;
+  } else {
+    static_assert(Op::threaded == threaded_word::plain);
+    return encode_plain<Op>;
+  }
+}

@@ -3,14 +3,12 @@
 #include "pipeline/idle.h"
 #include "threaded/encoders.h"
 
-template <>
-void encode<glFinish_op>() {
+void glFinish_op::encode() {
   encode_plain<glFinish_op, void>();
   __osw_arm_idle_timer(__osw_fetch_thread_state());
 }
 
-template <>
-void encode<glFlush_op>() {
+void glFlush_op::encode() {
   encode_plain<glFlush_op, void>();
   __osw_arm_idle_timer(__osw_fetch_thread_state());
 }

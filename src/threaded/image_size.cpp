@@ -37,8 +37,6 @@ image_pitch pitch_of(const __osw_pixel_store& unpack, i32 width, i32 height, GLe
   return {row, h};
 }
 
-constexpr u64 largest = 0x7FFFFFFF;
-
 }  // namespace
 
 u32 __osw_pixel_components(GLenum format, GLenum type) {
@@ -105,19 +103,19 @@ i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32
   u64 bytes;
   if (__builtin_mul_overflow(pitch.row, pitch.rows, &bytes)) return 0;
   if (__builtin_mul_overflow(bytes, static_cast<u64>(depth), &bytes)) return 0;
-  return bytes > largest ? 0 : static_cast<i32>(bytes);
+  return bytes > largest_block ? 0 : static_cast<i32>(bytes);
 }
 
-u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
-                       GLenum type) {
+u64 __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
   const __osw_pixel_store& unpack = state->glrc->unpack_store;
-  const u64 image = static_cast<u64>(__osw_image_size(state, size[0], size[1], size[2], format, type));
-  if (!image || !size[0] || !size[1]) return 0;
+  const auto& [size, dimensions, format, type] = image;
+  const u64 whole = static_cast<u64>(__osw_image_size(state, size[0], size[1], size[2], format, type));
+  if (!whole || !size[0] || !size[1]) return 0;
   const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
   const u64 slice = pitch.row * pitch.rows;
   u64 end = static_cast<u64>(size[2] - 1) * slice +
             (static_cast<u64>(size[1] - 1) + static_cast<u64>(unpack.skip_rows)) * pitch.row;
   end += bytes_of_pixels(static_cast<u64>(unpack.skip_pixels) + static_cast<u64>(size[0]), format, type);
   if (dimensions == 3) end += static_cast<u64>(unpack.skip_images) * slice;
-  return end > largest ? 0 : std::max(image, end);
+  return end > largest_block ? 0 : std::max(whole, end);
 }

@@ -15,46 +15,6 @@ u32 __osw_pixel_type_size(GLenum type);
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type);
 
 // Bytes from the application's pointer on that are copied: the size above, or as far as the workers reach under the
-// same unpack state, the skipped bytes before the image included, whichever is more. `dimensions` is that of the call:
-// a skip of images means nothing below 3. 0 for an image without pixels, and when they reach beyond 31 bits.
-u64 __osw_image_extent(const __osw_thread_state* state, const i32 (&size)[3], int dimensions, GLenum format,
-                       GLenum type);
-
-// Where an image call has its sizes: `dimensions` of them from slot `first` on. Format and type stand before the
-// pixels.
-template <class Op>
-struct image_slots;
-template <>
-struct image_slots<glTexImage1D_op> {
-  static constexpr int first = 3, dimensions = 1, count = 8;
-};
-template <>
-struct image_slots<glTexImage2D_op> {
-  static constexpr int first = 3, dimensions = 2, count = 9;
-};
-template <>
-struct image_slots<glTexImage3D_op> {
-  static constexpr int first = 3, dimensions = 3, count = 10;
-};
-template <>
-struct image_slots<glTexSubImage1D_op> {
-  static constexpr int first = 3, dimensions = 1, count = 7;
-};
-template <>
-struct image_slots<glTexSubImage2D_op> {
-  static constexpr int first = 4, dimensions = 2, count = 9;
-};
-template <>
-struct image_slots<glTexSubImage3D_op> {
-  static constexpr int first = 5, dimensions = 3, count = 11;
-};
-
-template <class Op>
-inline u64 __osw_image_bytes(const __osw_thread_state* state, const u64 (&slots)[image_slots<Op>::count]) {
-  using where = image_slots<Op>;
-  i32 size[3] = {1, 1, 1};
-  for (int i = 0; i < where::dimensions; ++i) size[i] = from_slot<i32>(slots[where::first + i]);
-  const auto format = from_slot<GLenum>(slots[where::count - 3]);
-  const auto type = from_slot<GLenum>(slots[where::count - 2]);
-  return __osw_image_extent(state, size, where::dimensions, format, type);
-}
+// same unpack state, whichever is more. The skipped bytes before the image count too, skipped images only in an image
+// of three dimensions. 0 for an image without pixels, and when the workers reach beyond 31 bits.
+u64 __osw_image_extent(const __osw_thread_state* state, const image_payload& image);

@@ -37,12 +37,10 @@ void __osw_set_pixel_store(__osw_thread_state* state, __osw_client_state*, GLenu
   }
 }
 
-template <>
-void encode<glPixelStoref_op>(GLenum pname, GLfloat value) {
+void glPixelStoref_op::encode(GLenum pname, GLfloat value) {
   encode_store<glPixelStoref_op>(pname, value, truncated(value));
 }
 
-template <>
-void encode<glPixelStorei_op>(GLenum pname, GLint value) {
+void glPixelStorei_op::encode(GLenum pname, GLint value) {
   encode_store<glPixelStorei_op>(pname, value, value);
 }

@@ -33,13 +33,11 @@ const GLint* length_at(const GLint* lengths, GLsizei i) {
 
 }  // namespace
 
-template <>
-GLuint encode<glCreateProgram_op>() {
+GLuint glCreateProgram_op::encode() {
   return create<glCreateProgram_op>();
 }
 
-template <>
-GLuint encode<glCreateShader_op>(GLenum type) {
+GLuint glCreateShader_op::encode(GLenum type) {
   return create<glCreateShader_op>(type);
 }
 
@@ -61,11 +59,10 @@ void __osw_shader_source_join(GLchar* joined, GLsizei count, const GLchar* const
 }
 
 // All the strings reach the workers as one, in a block behind the parameters that the string array points at.
-template <>
-void encode<glShaderSource_op>(GLuint shader, GLsizei count, const GLchar* const* strings, const GLint* lengths) {
+void glShaderSource_op::encode(GLuint shader, GLsizei count, const GLchar* const* strings, const GLint* lengths) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<glShaderSource_op>(state, shader, count, strings, lengths);
-  constexpr u32 block_slot = 4;
+  constexpr u32 block_slot = parameter_count<glShaderSource_op>;
   auto* joined = static_cast<GLchar*>(calloc(__osw_shader_source_size(count, strings, lengths), 1));
   if (!joined) {
     __osw_report(severity_error, "no memory for the data of %s\n", glShaderSource_op::name);
@@ -74,6 +71,6 @@ void encode<glShaderSource_op>(GLuint shader, GLsizei count, const GLchar* const
   __osw_shader_source_join(joined, count, strings, lengths);
   __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
   cmd->args[block_slot] = to_slot(joined);
-  const u64 slots[] = {to_slot(shader), 1, to_slot(&cmd->args[block_slot]), 0};
-  __osw_push_gl_cmd(state, glShaderSource_op::op, 4, slots, 1u << block_slot);
+  const u64 slots[block_slot] = {to_slot(shader), 1, to_slot(&cmd->args[block_slot]), 0};
+  __osw_push_gl_cmd(state, op, block_slot, slots, 1u << block_slot);
 }

@@ -66,21 +66,18 @@ void __osw_glrc_copy(__osw_thread_state* state, HGLRC source, HGLRC destination,
   }
 }
 
-template <>
-HGLRC wgl_main<wglCreateContext_op>(HDC hdc) {
+HGLRC wglCreateContext_op::handle(HDC hdc) {
   return entry_in<wglCreateLayerContext_op>(__osw_fetch_thread_state()->wgl_table)(hdc, 0);
 }
 
-template <>
-HGLRC wgl_main<wglCreateLayerContext_op>(HDC hdc, int layer) {
+HGLRC wglCreateLayerContext_op::handle(HDC hdc, int layer) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const HGLRC hglrc = sys_wgl<wglCreateLayerContext_op>(state)(hdc, layer);
   if (!hglrc) return nullptr;
   return __osw_glrc_register(state, hdc, hglrc) ? hglrc : nullptr;
 }
 
-template <>
-BOOL wgl_main<wglDeleteContext_op>(HGLRC hglrc) {
+BOOL wglDeleteContext_op::handle(HGLRC hglrc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const HGLRC current = sys_wgl<wglGetCurrentContext_op>(state)();
   const BOOL result = sys_wgl<wglDeleteContext_op>(state)(hglrc);
@@ -92,8 +89,7 @@ BOOL wgl_main<wglDeleteContext_op>(HGLRC hglrc) {
   return result;
 }
 
-template <>
-BOOL wgl_main<wglCopyContext_op>(HGLRC source, HGLRC destination, UINT mask) {
+BOOL wglCopyContext_op::handle(HGLRC source, HGLRC destination, UINT mask) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = sys_wgl<wglCopyContext_op>(state)(source, destination, mask);
   if (result) __osw_glrc_copy(state, source, destination, mask);
@@ -106,8 +102,7 @@ void __osw_push_remembered_shares(__osw_thread_state* state) {
 }
 
 // Programs often share before they make anything current; the parts hear of it with the first binding then.
-template <>
-BOOL wgl_main<wglShareLists_op>(HGLRC first, HGLRC second) {
+BOOL wglShareLists_op::handle(HGLRC first, HGLRC second) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = sys_wgl<wglShareLists_op>(state)(first, second);
   if (!result) return result;

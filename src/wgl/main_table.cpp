@@ -23,7 +23,7 @@ template <class Op, class Word>
 struct main_handler : wgl_handler<Op, Word> {};
 
 template <class Op, class Target>
-struct main_handler<Op, wgl_row_of<Target>> {
+struct main_handler<Op, wgl_row<Target>> {
   static __osw_proc proc() { return as_proc<Op>(enter_row<Target>); }
 };
 
@@ -34,19 +34,15 @@ struct main_handler<Op, wgl_warn> {
 
 template <class Op>
 struct main_handler<Op, wgl_own> {
-  static __osw_proc proc() { return as_proc<Op>(wgl_main<Op>); }
+  static __osw_proc proc() { return as_proc<Op>(Op::handle); }
 };
 
 }  // namespace
 
-template <>
-PROC wgl_main<wglGetProcAddress_op>(LPCSTR name) {
+PROC wglGetProcAddress_op::handle(LPCSTR name) {
   return __osw_get_proc_address(name);
 }
 
 void __osw_fill_wgl_table_main() {
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_word, pass_word) \
-  __osw_wgl_table_main[number] = main_handler<function##_op, function##_op::main>::proc();
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
+  for_each_wgl_op([]<class Op>() { __osw_wgl_table_main[Op::op] = main_handler<Op, typename Op::main>::proc(); });
 }

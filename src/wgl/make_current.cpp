@@ -131,8 +131,7 @@ void tell_parts(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
 }  // namespace
 
 // A call that repeats the current binding returns FALSE and touches nothing.
-template <>
-BOOL wgl_main<wglMakeCurrent_op>(HDC hdc, HGLRC hglrc) {
+BOOL wglMakeCurrent_op::handle(HDC hdc, HGLRC hglrc) {
   const HANDLE thread = GetCurrentThread();
   __osw_thread_state* state = __osw_fetch_thread_state();
   if (sys_wgl<wglGetCurrentDC_op>(state)() == hdc && sys_wgl<wglGetCurrentContext_op>(state)() == hglrc) return 0;

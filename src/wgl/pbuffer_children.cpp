@@ -40,16 +40,14 @@ u32 __osw_pbuffer_unregister(__osw_thread_state* state, HPBUFFERARB hpbuffer) {
   return 1;
 }
 
-template <>
-HPBUFFERARB wgl_main<wglCreatePbufferARB_op>(HDC hdc, int format, int width, int height, const int* attributes) {
+HPBUFFERARB wglCreatePbufferARB_op::handle(HDC hdc, int format, int width, int height, const int* attributes) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const HPBUFFERARB hpbuffer = sys_wgl<wglCreatePbufferARB_op>(state)(hdc, format, width, height, attributes);
   if (!hpbuffer) return nullptr;
   return __osw_pbuffer_register(state, hpbuffer, hdc, format, width, height, attributes) ? hpbuffer : nullptr;
 }
 
-template <>
-BOOL wgl_main<wglDestroyPbufferARB_op>(HPBUFFERARB hpbuffer) {
+BOOL wglDestroyPbufferARB_op::handle(HPBUFFERARB hpbuffer) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = sys_wgl<wglDestroyPbufferARB_op>(state)(hpbuffer);
   if (!result || !hpbuffer) return result;
@@ -57,8 +55,7 @@ BOOL wgl_main<wglDestroyPbufferARB_op>(HPBUFFERARB hpbuffer) {
 }
 
 // Storing the device context is what makes a later make-current find the pbuffer.
-template <>
-HDC wgl_main<wglGetPbufferDCARB_op>(HPBUFFERARB hpbuffer) {
+HDC wglGetPbufferDCARB_op::handle(HPBUFFERARB hpbuffer) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const HDC hdc = sys_wgl<wglGetPbufferDCARB_op>(state)(hpbuffer);
   __osw_pbuffer* pbuffer = hdc && hpbuffer ? __osw_pbuffer_lookup(hpbuffer) : nullptr;
@@ -72,8 +69,7 @@ HDC wgl_main<wglGetPbufferDCARB_op>(HPBUFFERARB hpbuffer) {
 }
 
 // The record goes on answering to the released device context.
-template <>
-int wgl_main<wglReleasePbufferDCARB_op>(HPBUFFERARB hpbuffer, HDC hdc) {
+int wglReleasePbufferDCARB_op::handle(HPBUFFERARB hpbuffer, HDC hdc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const int result = sys_wgl<wglReleasePbufferDCARB_op>(state)(hpbuffer, hdc);
   const __osw_pbuffer* pbuffer = result && hpbuffer ? __osw_pbuffer_lookup(hpbuffer) : nullptr;

@@ -12,16 +12,14 @@ void count_frame(__osw_thread_state* state) {
 
 }  // namespace
 
-template <>
-BOOL wgl_main<wglSwapBuffers_op>(HDC hdc) {
+BOOL wglSwapBuffers_op::handle(HDC hdc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = state->path->swap(state, hdc);
   count_frame(state);
   return result;
 }
 
-template <>
-BOOL wgl_main<wglSwapLayerBuffers_op>(HDC hdc, UINT planes) {
+BOOL wglSwapLayerBuffers_op::handle(HDC hdc, UINT planes) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = state->path->swap_layer(state, hdc, planes);
   count_frame(state);

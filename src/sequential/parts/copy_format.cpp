@@ -88,7 +88,7 @@ u64 __osw_copy_buffer_size(const copy_format& format, i32 width, i32 height, con
 }
 
 void* __osw_create_copy_buffer(u64 bytes, const char* function) {
-  void* buffer = bytes > 0x7FFFFFFF ? nullptr : calloc(std::max<u64>(bytes, 1), 1);
+  void* buffer = bytes > largest_block ? nullptr : calloc(std::max<u64>(bytes, 1), 1);
   if (!buffer) __osw_report(severity_error, "no memory for the pixels of %s\n", function);
   return buffer;
 }

@@ -7,19 +7,21 @@ namespace {
 
 constexpr const char* class_name = "driver_test_window";
 
-template <class Function>
-void fill(Function*& slot, __osw_proc entry) {
-  if (slot == nullptr) slot = reinterpret_cast<Function*>(entry);
+// The entries of the lists, as the structure has them: the GL ops first, each in op order.
+__osw_proc* entry_slots() {
+  static_assert(offsetof(driver_entries, switch_count) == sizeof(__osw_proc) * (gl_op_count + wgl_op_count));
+  return reinterpret_cast<__osw_proc*>(&driver);
 }
 
 template <class Find>
 void fill_all(Find find) {
-#define GL_OP(number, function, ...) fill(driver.function, find(#function));
-#include "ops/gl_ops.inc"
-#undef GL_OP
-#define WGL_OP(number, function, ...) fill(driver.function, find(#function));
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
+  __osw_proc* slot = entry_slots();
+  const auto fill = [&]<class Op>() {
+    if (!*slot) *slot = find(Op::name);
+    ++slot;
+  };
+  for_each_gl_op(fill);
+  for_each_wgl_op(fill);
 }
 
 void register_class() {
@@ -52,7 +54,8 @@ void load_driver(const char* file) {
     exit(1);
   }
   fill_all([](const char* name) { return reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, name)); });
-  fill(driver.switch_count, reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, "OswDriverSwitchCount")));
+  driver.switch_count = reinterpret_cast<decltype(driver.switch_count)>(
+      reinterpret_cast<__osw_proc>(GetProcAddress(driver_module, "OswDriverSwitchCount")));
 }
 
 void bind_extensions() {

@@ -8,11 +8,10 @@
 // not have is null.
 struct driver_entries {
 #define GL_OP(number, function, ...) function##_op::type* function;
-#include "ops/gl_ops.inc"
-#undef GL_OP
-#define WGL_OP(number, function, ...) function##_op::type* function;
-#include "ops/wgl_ops.inc"
+#define WGL_OP                       GL_OP
+#include "ops/all_ops.inc"
 #undef WGL_OP
+#undef GL_OP
   unsigned long long (*switch_count)();
 };
 

@@ -12,17 +12,11 @@ HGLRC context;
 const char* const private_names[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
                                      "glDrawableSizeZ4", "OswDriverSwitchCount"};
 
-const char* const gl_names[] = {
-#define GL_OP(number, function, ...) #function,
-#include "ops/gl_ops.inc"
-#undef GL_OP
-};
-
-const char* const wgl_names[] = {
-#define WGL_OP(number, function, ...) #function,
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
-};
+constexpr auto name_of = []<class Op>() { return Op::name; };
+constexpr auto gl_name_column = gl_op_list::column<const char*>(name_of);
+constexpr auto wgl_name_column = wgl_op_list::column<const char*>(name_of);
+constexpr auto& gl_names = gl_name_column.of;
+constexpr auto& wgl_names = wgl_name_column.of;
 
 constexpr int exported_gl = 336, exported_wgl = 25;
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "ops/ops.h"
+
 namespace {
 
 // The first so many of each list are exported; the others are found by wglGetProcAddress alone.
@@ -11,16 +13,12 @@ struct op_names {
   std::vector<std::string> wgl, gl;
 };
 
-const op_names names = {{
-#define WGL_OP(number, function, ...) #function,
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
-                        },
-                        {
-#define GL_OP(number, function, ...) #function,
-#include "ops/gl_ops.inc"
-#undef GL_OP
-                        }};
+const op_names names = [] {
+  op_names all;
+  for_each_wgl_op([&]<class Op>() { all.wgl.push_back(Op::name); });
+  for_each_gl_op([&]<class Op>() { all.gl.push_back(Op::name); });
+  return all;
+}();
 
 void append(std::vector<std::string>* to, const std::vector<std::string>& from, size_t count) {
   to->insert(to->end(), from.begin(), from.begin() + static_cast<std::ptrdiff_t>(count));

@@ -36,26 +36,16 @@ struct probe<Op, Result(Parameters...)> {
   }
 };
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  as_proc<function##_op>(probe<function##_op, function##_op::type>::slot),
-const __osw_proc gl_probes[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  as_proc<function##_op>(probe<function##_op, function##_op::type>::slot),
-const __osw_proc wgl_probes[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
+constexpr auto probe_of = []<class Op>() { return as_proc<Op>(probe<Op, typename Op::type>::slot); };
+const auto gl_probes = gl_op_list::column<__osw_proc>(probe_of);
+const auto wgl_probes = wgl_op_list::column<__osw_proc>(probe_of);
 
 TEST_F(entry_test, every_gl_entry_reaches_its_slot_with_its_arguments) {
   library::start();
   osw_glDebugEntry();
   __osw_thread_state* state = __osw_fetch_thread_state();
   const __osw_proc* const table = state->gl_table;
-  state->gl_table = gl_probes;
+  state->gl_table = gl_probes.of;
   for (const ops::row& row : ops::all()) {
     times_seen = 0;
     const driver::argument_bits arguments = ops::distinctive(row);
@@ -72,7 +62,7 @@ TEST_F(entry_test, every_wgl_entry_reaches_its_slot_with_its_arguments) {
   osw_glDebugEntry();
   __osw_thread_state* state = __osw_fetch_thread_state();
   const __osw_proc* const table = state->wgl_table;
-  state->wgl_table = wgl_probes;
+  state->wgl_table = wgl_probes.of;
   for (const wgl_sample& sample : wgl_samples()) {
     times_seen = 0;
     const u64 result = sample.call();
@@ -83,23 +73,12 @@ TEST_F(entry_test, every_wgl_entry_reaches_its_slot_with_its_arguments) {
   state->wgl_table = table;
 }
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  reinterpret_cast<__osw_proc>(osw_##function),
-const __osw_proc gl_functions[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  reinterpret_cast<__osw_proc>(osw_##function),
-const __osw_proc wgl_functions[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
-
 TEST_F(entry_test, the_lists_of_entries_hold_the_entries_in_op_order) {
-  for (int op = 0; op < gl_op_count; ++op) EXPECT_EQ(__osw_gl_entries[op], gl_functions[op]) << __osw_gl_names[op];
-  for (int op = 0; op < wgl_op_count; ++op) EXPECT_EQ(__osw_wgl_entries[op], wgl_functions[op]) << __osw_wgl_names[op];
+  const auto exported = []<class Op>() { return as_proc<Op>(library::exported<Op>); };
+  const auto gl = gl_op_list::column<__osw_proc>(exported);
+  const auto wgl = wgl_op_list::column<__osw_proc>(exported);
+  for (int op = 0; op < gl_op_count; ++op) EXPECT_EQ(__osw_gl_entries[op], gl.of[op]) << __osw_gl_names[op];
+  for (int op = 0; op < wgl_op_count; ++op) EXPECT_EQ(__osw_wgl_entries[op], wgl.of[op]) << __osw_wgl_names[op];
 }
 
 TEST_F(entry_test, the_metafile_exports_have_no_effect) {

@@ -349,10 +349,7 @@ int base_of() {
 
 TEST(op_list_test, aliases_name_their_base) {
   int bases[gl_op_count];
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  bases[number] = base_of<function##_op>();
-#include "ops/gl_ops.inc"
-#undef GL_OP
+  for_each_gl_op([&]<class Op>() { bases[Op::op] = base_of<Op>(); });
   int expected[gl_op_count];
   std::fill_n(expected, gl_op_count, -1);
   int count = 0;

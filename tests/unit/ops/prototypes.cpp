@@ -17,7 +17,7 @@ void glViewportOffsetZ4(GLint x, GLint y);
 void glDrawableSizeZ4(GLint width, GLint height);
 }
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, family, alias_of) \
+#define GL_OP(number, function, ...) \
   static_assert(std::is_same_v<decltype(::function), function##_op::type>, #function);
 #include "ops/gl_ops.inc"
 #undef GL_OP

@@ -97,16 +97,13 @@ struct call_of<Result(Parameters...)> {
   }
 };
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  {#function, call_of<function##_op::type>::count, call_of<function##_op::type>::run},
-const zero_call zero_calls[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
+constexpr auto zero_calls = gl_op_list::column<zero_call>([]<class Op>() -> zero_call {
+  return {Op::name, call_of<typename Op::type>::count, call_of<typename Op::type>::run};
+});
 
 TEST_F(driver_test, every_gl_entry_notes_its_op) {
   for (int op = 0; op < gl_op_count; ++op) {
-    const zero_call& call = zero_calls[op];
+    const zero_call& call = zero_calls.of[op];
     driver::set_reach(call.name, driver::reach::exported);
     driver::clear_calls();
     call.run(driver::export_of(call.name));

@@ -29,15 +29,27 @@ void osw_GlmfEndGlsBlock();
 void osw_GlmfEndPlayback();
 void osw_GlmfInitPlayback();
 void osw_GlmfPlayGlsRecord();
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  result osw_##function parameters;
-#include "ops/gl_ops.inc"
-#undef GL_OP
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  result osw_##function parameters;
-#include "ops/wgl_ops.inc"
-#undef WGL_OP
 }
+
+namespace library {
+
+// The exported entry point of an op.
+template <class Op>
+constexpr typename Op::type* exported = nullptr;
+
+}  // namespace library
+
+#define GL_OP(number, function, sync, threaded, sequential, replay, alias, payload, result, parameters, arguments) \
+  extern "C" result osw_##function parameters;                                                                     \
+  template <>                                                                                                      \
+  inline constexpr function##_op::type* library::exported<function##_op> = osw_##function;
+#define WGL_OP(number, function, sync, main, pass, replay, result, parameters, arguments) \
+  extern "C" result osw_##function parameters;                                            \
+  template <>                                                                             \
+  inline constexpr function##_op::type* library::exported<function##_op> = osw_##function;
+#include "ops/all_ops.inc"
+#undef GL_OP
+#undef WGL_OP
 
 namespace library {
 

@@ -9,26 +9,47 @@ namespace ops {
 
 namespace {
 
-template <class Family>
-constexpr family word_of = family::own;
-template <>
-constexpr family word_of<family_plain> = family::plain;
-template <>
-constexpr family word_of<family_query> = family::query;
-template <int elements>
-constexpr family word_of<vector_family<elements>> = family::vector;
-template <parameter_set set>
-constexpr family word_of<parameters_family<set>> = family::parameters;
-template <>
-constexpr family word_of<family_names> = family::names;
-template <int components>
-constexpr family word_of<uniform_family<components>> = family::uniform;
-template <>
-constexpr family word_of<family_image> = family::image;
-template <>
-constexpr family word_of<family_compressed> = family::compressed;
-template <>
-constexpr family word_of<family_alias> = family::alias;
+// What the column `payload` makes of a call's parameters, asked with zeros: a pname of 0 names no values.
+template <class Op, class Result, class... Parameters>
+constexpr auto payload_of(Result (*)(Parameters...)) {
+  return Op::payload(Parameters{}...);
+}
+
+constexpr family family_of(const record_payload& payload) {
+  return payload.elements ? family::vector : family::parameters;
+}
+constexpr family family_of(const array_payload&) {
+  return family::uniform;
+}
+constexpr family family_of(const image_payload&) {
+  return family::image;
+}
+constexpr family family_of(const block_payload&) {
+  return family::compressed;
+}
+
+template <class Op>
+constexpr family word_of() {
+  switch (Op::threaded) {
+    case threaded_word::plain:
+      return family::plain;
+    case threaded_word::query:
+      return family::query;
+    case threaded_word::names:
+      return family::names;
+    case threaded_word::alias:
+      return family::alias;
+    case threaded_word::copied:
+      if constexpr (Op::threaded == threaded_word::copied) {
+        return family_of(payload_of<Op>(static_cast<typename Op::type*>(nullptr)));
+      }
+      break;
+    case threaded_word::array:
+    case threaded_word::own:
+      break;
+  }
+  return family::own;
+}
 
 template <class Base>
 constexpr int number_of = Base::op;
@@ -97,7 +118,7 @@ row row_of(__osw_proc entry) {
           .base = number_of<typename Op::base>,
           .is_driver_op = std::is_same_v<typename Op::base, driver_op>,
           .sync = Op::sync == op_sync::sync,
-          .threaded = word_of<typename Op::threaded>,
+          .threaded = word_of<Op>(),
           .count = type::count,
           .parameters = type::parameters,
           .result_size = type::result_size,
@@ -112,12 +133,11 @@ u64 low_bytes(u64 bits, u32 size) {
 }  // namespace
 
 const std::array<row, gl_op_count>& all() {
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) \
-  row_of<function##_op>(__osw_gl_entries[number]),
-  static const std::array<row, gl_op_count> rows = {
-#include "ops/gl_ops.inc"
-  };
-#undef GL_OP
+  static const auto rows = [] {
+    std::array<row, gl_op_count> made;
+    for_each_gl_op([&]<class Op>() { made[Op::op] = row_of<Op>(__osw_gl_entries[Op::op]); });
+    return made;
+  }();
   return rows;
 }
 

@@ -6,7 +6,8 @@
 
 namespace ops {
 
-// The words of the list's column `threaded`.
+// How an op's call reaches the parts: the words of the list's column `threaded`, with what is copied told apart by the
+// column `payload`. A call with an encoder of its own, or with that of the client arrays, is `own`.
 enum class family { plain, query, vector, parameters, names, uniform, image, compressed, alias, own };
 
 struct parameter {

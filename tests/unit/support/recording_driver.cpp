@@ -187,29 +187,13 @@ FARPROC entry_of() {
   return reinterpret_cast<FARPROC>(reinterpret_cast<__osw_proc>(entry<Op, typename Op::type>::serve_call));
 }
 
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) entry_of<function##_op>(),
-const FARPROC gl_entries[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
+constexpr auto make_entry = []<class Op>() { return entry_of<Op>(); };
+const auto gl_entries = gl_op_list::column<FARPROC>(make_entry);
+const auto wgl_entries = wgl_op_list::column<FARPROC>(make_entry);
 
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main, pass) entry_of<function##_op>(),
-const FARPROC wgl_entries[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
-
-#define GL_OP(number, function, result, parameters, arguments, sync_mode, threaded, alias_of) #function,
-const char* const gl_names[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main, pass) #function,
-const char* const wgl_names[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
+constexpr auto name_of_op = []<class Op>() { return Op::name; };
+constexpr auto gl_names = gl_op_list::column<const char*>(name_of_op);
+constexpr auto wgl_names = wgl_op_list::column<const char*>(name_of_op);
 
 INT_PTR do_nothing() {
   return 0;
@@ -229,12 +213,12 @@ using name_table = std::unordered_map<std::string, name_record>;
 name_table fresh_names() {
   name_table table;
   for (int op = 0; op < gl_op_count; ++op) {
-    table[gl_names[op]] = {gl_entries[op], true, op < figures::exported_gl_ops ? reach::exported : reach::by_name,
-                           false, 0};
+    table[gl_names.of[op]] = {gl_entries.of[op], true, op < figures::exported_gl_ops ? reach::exported : reach::by_name,
+                              false, 0};
   }
   for (int op = 0; op < wgl_op_count; ++op) {
-    table[wgl_names[op]] = {wgl_entries[op], false, op < figures::exported_wgl_ops ? reach::exported : reach::by_name,
-                            false, 0};
+    table[wgl_names.of[op]] = {wgl_entries.of[op], false,
+                               op < figures::exported_wgl_ops ? reach::exported : reach::by_name, false, 0};
   }
   return table;
 }
@@ -260,7 +244,7 @@ std::ostream& operator<<(std::ostream& out, const call& shown) {
 }
 
 const char* name_of(op_space space, int op) {
-  return space == op_space::gl ? gl_names[op] : wgl_names[op];
+  return space == op_space::gl ? gl_names.of[op] : wgl_names.of[op];
 }
 
 FARPROC export_of(const char* name) {

@@ -56,7 +56,7 @@ constexpr int target_of = Op::op;
 template <class Op>
 constexpr int target_of<Op, wgl_zero> = -1;
 template <class Op, class Target>
-constexpr int target_of<Op, wgl_to_entry<Target>> = Target::op;
+constexpr int target_of<Op, wgl_to<Target>> = Target::op;
 
 // The same for the table of an active process.
 template <class Op, class Word>
@@ -64,14 +64,14 @@ constexpr int active_target_of = target_of<Op, Word>;
 template <class Op>
 constexpr int active_target_of<Op, wgl_own> = -2;
 template <class Op, class Target>
-constexpr int active_target_of<Op, wgl_row_of<Target>> = active_target_of<Target, typename Target::main>;
+constexpr int active_target_of<Op, wgl_row<Target>> = active_target_of<Target, typename Target::main>;
 
 template <class Op>
 wgl_sample make() {
   using made = sample_of<Op, typename Op::type>;
   return {Op::name,
           Op::op,
-          target_of<Op, typename Op::pass>,
+          target_of<Op, typename Op::bypassed>,
           active_target_of<Op, typename Op::main>,
           std::is_same_v<typename Op::main, wgl_warn>,
           made::call,
@@ -82,11 +82,10 @@ wgl_sample make() {
 }  // namespace
 
 const std::array<wgl_sample, wgl_op_count>& wgl_samples() {
-#define WGL_OP(number, function, result, parameters, arguments, sync_mode, main_handler, pass_handler) \
-  make<function##_op>(),
-  static const std::array<wgl_sample, wgl_op_count> samples = {
-#include "ops/wgl_ops.inc"
-  };
-#undef WGL_OP
+  static const auto samples = [] {
+    std::array<wgl_sample, wgl_op_count> made;
+    for_each_wgl_op([&]<class Op>() { made[Op::op] = make<Op>(); });
+    return made;
+  }();
   return samples;
 }

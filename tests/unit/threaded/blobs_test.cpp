@@ -8,7 +8,6 @@
 #include "support/call_shapes.h"
 #include "support/expected_figures.h"
 #include "support/threaded_call.h"
-#include "threaded/call_lists_size.h"
 #include "threaded/image_size.h"
 #include "wgl/records/glrc.h"
 

@@ -1,6 +1,10 @@
-#include "threaded/parameter_counts.h"
+// How many values the pnames of the sized parameter calls take. 0 for any other pname: then no value reaches the
+// workers through the vector form of the call. The tables are narrow on purpose.
+#pragma once
 
-u32 __osw_light_param_count(GLenum pname) {
+#include "ops/types.h"
+
+constexpr u32 __osw_light_param_count(GLenum pname) {
   switch (pname) {
     case GL_AMBIENT:
     case GL_DIFFUSE:
@@ -20,7 +24,7 @@ u32 __osw_light_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_light_model_param_count(GLenum pname) {
+constexpr u32 __osw_light_model_param_count(GLenum pname) {
   switch (pname) {
     case GL_LIGHT_MODEL_LOCAL_VIEWER:
     case GL_LIGHT_MODEL_TWO_SIDE:
@@ -32,7 +36,7 @@ u32 __osw_light_model_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_material_param_count(GLenum pname) {
+constexpr u32 __osw_material_param_count(GLenum pname) {
   switch (pname) {
     case GL_AMBIENT:
     case GL_DIFFUSE:
@@ -49,7 +53,7 @@ u32 __osw_material_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_tex_gen_param_count(GLenum pname) {
+constexpr u32 __osw_tex_gen_param_count(GLenum pname) {
   switch (pname) {
     case GL_TEXTURE_GEN_MODE:
       return 1;
@@ -61,7 +65,7 @@ u32 __osw_tex_gen_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_tex_env_param_count(GLenum pname) {
+constexpr u32 __osw_tex_env_param_count(GLenum pname) {
   switch (pname) {
     case GL_TEXTURE_ENV_COLOR:
     case GL_TEXTURE_ENV:
@@ -71,7 +75,7 @@ u32 __osw_tex_env_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_tex_param_count(GLenum pname) {
+constexpr u32 __osw_tex_param_count(GLenum pname) {
   switch (pname) {
     case GL_TEXTURE_BORDER_COLOR:
       return 4;
@@ -98,7 +102,7 @@ u32 __osw_tex_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_fog_param_count(GLenum pname) {
+constexpr u32 __osw_fog_param_count(GLenum pname) {
   switch (pname) {
     case GL_FOG_INDEX:
     case GL_FOG_DENSITY:
@@ -113,7 +117,7 @@ u32 __osw_fog_param_count(GLenum pname) {
   }
 }
 
-u32 __osw_point_param_count(GLenum pname) {
+constexpr u32 __osw_point_param_count(GLenum pname) {
   switch (pname) {
     case GL_POINT_SIZE_MIN:
     case GL_POINT_SIZE_MAX:

@@ -1,0 +1,96 @@
+// What the pointers of a call name, in the words of gl_ops.inc's column `payload`: each is a function of what the row
+// says, and the type of its result is the form in which an encoder copies.
+#pragma once
+
+#include "ops/parameter_counts.h"
+
+// Nothing is copied.
+struct no_payload {};
+
+// Each pointer names so many elements, which are few.
+struct record_payload {
+  u32 elements;
+};
+
+// The last pointer names so many items of so many elements each.
+struct array_payload {
+  i32 items;
+  u64 elements;
+};
+
+// The last pointer names so many bytes. Below 0: the call is one that GL refuses.
+struct block_payload {
+  std::int64_t bytes;
+};
+
+// The last pointer names an image of so many sizes; those beyond are 1.
+struct image_payload {
+  i32 size[3];
+  int dimensions;
+  GLenum format;
+  GLenum type;
+};
+
+constexpr no_payload payload_none{};
+
+constexpr record_payload payload_in_record(u32 elements) {
+  return {elements};
+}
+
+constexpr array_payload payload_fits(i32 items, u64 elements = 1) {
+  return {items, elements};
+}
+
+constexpr block_payload payload_block(std::int64_t bytes) {
+  return {bytes};
+}
+
+constexpr image_payload payload_pixels(i32 width, GLenum format, GLenum type) {
+  return {{width, 1, 1}, 1, format, type};
+}
+constexpr image_payload payload_pixels(i32 width, i32 height, GLenum format, GLenum type) {
+  return {{width, height, 1}, 2, format, type};
+}
+constexpr image_payload payload_pixels(i32 width, i32 height, i32 depth, GLenum format, GLenum type) {
+  return {{width, height, depth}, 3, format, type};
+}
+
+// The most bytes that a block is made of: what a GLsizei can count.
+constexpr u64 largest_block = 0x7FFFFFFF;
+
+// The bytes of `count` items of `item_size` bytes, or 0 when either is negative or the product is more than a block can
+// hold: then nothing is copied and GL itself refuses the call on the workers.
+constexpr u64 __osw_checked_bytes(i32 count, u64 item_size) {
+  if (count < 0) return 0;
+  const u64 bytes = static_cast<u64>(count) * item_size;
+  return bytes > largest_block ? 0 : bytes;
+}
+
+// Bytes of `count` list names of `type`; 0 for a count below 1 and for a type that is none.
+constexpr u32 __osw_call_lists_size(GLsizei count, GLenum type) {
+  if (count < 1) return 0;
+  u64 item = 0;
+  switch (type) {
+    case GL_BYTE:
+    case GL_UNSIGNED_BYTE:
+      item = 1;
+      break;
+    case GL_SHORT:
+    case GL_UNSIGNED_SHORT:
+    case GL_2_BYTES:
+      item = 2;
+      break;
+    case GL_3_BYTES:
+      item = 3;
+      break;
+    case GL_INT:
+    case GL_UNSIGNED_INT:
+    case GL_FLOAT:
+    case GL_4_BYTES:
+      item = 4;
+      break;
+    default:
+      break;
+  }
+  return static_cast<u32>(__osw_checked_bytes(count, item));
+}

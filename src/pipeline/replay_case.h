@@ -1,0 +1,51 @@
+// From a command record to a call: the argument slots at the types of an op's prototype.
+#pragma once
+
+#include <utility>
+
+#include "ops/ops.h"
+#include "pipeline/cmd.h"
+
+// Carries out one command on one part. The arguments are those of a replay_scene, one by one, so that they stay in
+// registers. Result: what the function returned, as a slot.
+using replay_case = u64 (*)(__osw_thread_state* state, const __osw_proc* system, i32 part, __osw_cmd* cmd);
+
+template <class Result, class... Parameters, class Call, std::size_t... slot>
+inline u64 call_with(Result (*)(Parameters...), const u64* args, Call call, std::index_sequence<slot...>) {
+  if constexpr (std::is_void_v<Result>) {
+    call(from_slot<Parameters>(args[slot])...);
+    return 0;
+  } else {
+    return to_slot(call(from_slot<Parameters>(args[slot])...));
+  }
+}
+
+// Calls `call` with the record's slots at the types of the op's parameters.
+template <class Op, class Call>
+inline u64 call_with_slots(const __osw_cmd& cmd, Call call) {
+  return call_with(static_cast<typename Op::type*>(nullptr), cmd.args, call,
+                   std::make_index_sequence<parameter_count<Op>>());
+}
+
+template <class Op>
+u64 replay_slots(__osw_thread_state*, const __osw_proc* system, i32, __osw_cmd* cmd) {
+  return call_with_slots<Op>(*cmd, entry_in<Op>(system));
+}
+
+template <class Op>
+u64 replay_own(__osw_thread_state* state, const __osw_proc* system, i32 part, __osw_cmd* cmd) {
+  const replay_scene on{state, system, part, cmd};
+  return call_with_slots<Op>(*cmd, [&on](auto... arguments) { return Op::replay(on, arguments...); });
+}
+
+// The case of an op by its row's word; null for one of which there are no commands.
+template <class Op>
+constexpr replay_case case_of() {
+  if constexpr (Op::replaying == replay_word::own) {
+    return replay_own<Op>;
+  } else if constexpr (Op::replaying == replay_word::slots) {
+    return replay_slots<Op>;
+  } else {
+    return nullptr;
+  }
+}
