@@ -21,6 +21,12 @@ enum class threaded_word { plain, query, copied, names, array, alias, own };
 enum class sequential_word { each, own };
 enum class replay_word { none, slots, own };
 
+// A row's word as a type: a thousand types cost a file less than a thousand constants.
+template <auto word_value>
+struct word {
+  static constexpr auto value = word_value;
+};
+
 // The words of wgl_ops.inc's columns `main` and `pass`, as types.
 struct wgl_forward;
 struct wgl_warn;
@@ -80,25 +86,40 @@ struct replay_of<Result(Parameters...)> {
 #define replay_slots(result, parameters)
 #define replay_own(result, parameters) static replay_of<result parameters>::type replay;
 
+// A payload is a function of the call's parameters; where nothing is copied there is none, for a thousand functions
+// more would be read with every file.
+#define payload_absent(parameters, value)
+#define payload_present(parameters, value)   \
+  static constexpr auto payload parameters { \
+    return value;                            \
+  }
+#define copies_none           payload_absent
+#define copies_in_record(...) payload_present
+#define copies_fits(...)      payload_present
+#define copies_block(...)     payload_present
+#define copies_pixels(...)    payload_present
+
 // Payloads name some of a call's parameters.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 
-#define GL_OP(number, function, sync_word, threads, sequence, replays, alias_of, copies, result, parameters, \
-              arguments)                                                                                     \
-  struct function##_op {                                                                                     \
-    static constexpr int op = number;                                                                        \
-    static constexpr const char* name = #function;                                                           \
-    static constexpr op_sync sync = op_sync::sync_word;                                                      \
-    static constexpr threaded_word threaded = threaded_word::threads;                                        \
-    static constexpr sequential_word sequential = sequential_word::sequence;                                 \
-    static constexpr replay_word replaying = replay_word::replays;                                           \
-    using type = result parameters;                                                                          \
-    using base = alias_of##_op;                                                                              \
-    static constexpr auto payload parameters { return payload_##copies; }                                    \
-    threaded_##threads(result, parameters) sequential_##sequence(result, parameters) replay_                 \
-        ##replays(result, parameters)                                                                        \
+// clang-format off
+#define GL_OP(number, function, sync_word, threads, sequence, replays, alias_of, copies, result, parameters, arguments) \
+  struct function##_op {                                         \
+    static constexpr int op = number;                            \
+    static constexpr const char* name = #function;               \
+    static constexpr op_sync sync = op_sync::sync_word;          \
+    using threaded = word<threaded_word::threads>;               \
+    using sequential = word<sequential_word::sequence>;          \
+    using replaying = word<replay_word::replays>;                \
+    using type = result parameters;                              \
+    using base = alias_of##_op;                                  \
+    copies_##copies(parameters, payload_##copies)                \
+    threaded_##threads(result, parameters)                       \
+    sequential_##sequence(result, parameters)                    \
+    replay_##replays(result, parameters)                         \
   };
+// clang-format on
 #include "ops/gl_ops.inc"
 #undef GL_OP
 #pragma GCC diagnostic pop
@@ -121,17 +142,21 @@ struct replay_of<Result(Parameters...)> {
 #define word_to(target)              wgl_to<target##_op>
 #define word_row(target)             wgl_row<target##_op>
 
-#define WGL_OP(number, function, sync_word, main_word, pass_word, replays, result, parameters, arguments)          \
-  struct function##_op {                                                                                           \
-    static constexpr int op = number;                                                                              \
-    static constexpr const char* name = #function;                                                                 \
-    static constexpr op_sync sync = op_sync::sync_word;                                                            \
-    static constexpr replay_word replaying = replay_word::replays;                                                 \
-    using type = result parameters;                                                                                \
-    using main = word_##main_word;                                                                                 \
-    using bypassed = word_##pass_word;                                                                             \
-    main_##main_word(result, parameters) pass_##pass_word(result, parameters) replay_##replays(result, parameters) \
+// clang-format off
+#define WGL_OP(number, function, sync_word, main_word, pass_word, replays, result, parameters, arguments) \
+  struct function##_op {                                         \
+    static constexpr int op = number;                            \
+    static constexpr const char* name = #function;               \
+    static constexpr op_sync sync = op_sync::sync_word;          \
+    using replaying = word<replay_word::replays>;                \
+    using type = result parameters;                              \
+    using main = word_##main_word;                               \
+    using bypassed = word_##pass_word;                           \
+    main_##main_word(result, parameters)                         \
+    pass_##pass_word(result, parameters)                         \
+    replay_##replays(result, parameters)                         \
   };
+// clang-format on
 #include "ops/wgl_ops.inc"
 #undef WGL_OP
 
@@ -142,6 +167,13 @@ struct replay_of<Result(Parameters...)> {
 #undef threaded_array
 #undef threaded_alias
 #undef threaded_own
+#undef payload_absent
+#undef payload_present
+#undef copies_none
+#undef copies_in_record
+#undef copies_fits
+#undef copies_block
+#undef copies_pixels
 #undef sequential_each
 #undef sequential_own
 #undef replay_none

@@ -4,9 +4,6 @@
 
 #include "ops/parameter_counts.h"
 
-// Nothing is copied.
-struct no_payload {};
-
 // Each pointer names so many elements, which are few.
 struct record_payload {
   u32 elements;
@@ -30,8 +27,6 @@ struct image_payload {
   GLenum format;
   GLenum type;
 };
-
-constexpr no_payload payload_none{};
 
 constexpr record_payload payload_in_record(u32 elements) {
   return {elements};

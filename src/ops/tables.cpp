@@ -30,6 +30,25 @@ constexpr bool in_order(const op_column<int, count>& numbers) {
 static_assert(in_order(wgl_op_list::column<int>(number_of)));
 static_assert(in_order(gl_op_list::column<int>(number_of)));
 
+// Whether a row's payload and its word for the threaded path fit each other. An encoder of its own may use a payload.
+template <class Op>
+constexpr bool payload_is_used() {
+  constexpr bool has_payload = requires {
+    &Op::payload;
+  };
+  constexpr threaded_word threaded = Op::threaded::value;
+  if (threaded == threaded_word::copied || threaded == threaded_word::names) return has_payload;
+  return threaded == threaded_word::own || !has_payload;
+}
+
+constexpr bool payloads_are_used() {
+  bool all = true;
+  for_each_gl_op([&]<class Op>() { all = all && payload_is_used<Op>(); });
+  return all;
+}
+
+static_assert(payloads_are_used());
+
 }  // namespace
 
 const char* const (&__osw_wgl_names)[wgl_op_count] = wgl_names.of;

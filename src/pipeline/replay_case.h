@@ -41,9 +41,9 @@ u64 replay_own(__osw_thread_state* state, const __osw_proc* system, i32 part, __
 // The case of an op by its row's word; null for one of which there are no commands.
 template <class Op>
 constexpr replay_case case_of() {
-  if constexpr (Op::replaying == replay_word::own) {
+  if constexpr (Op::replaying::value == replay_word::own) {
     return replay_own<Op>;
-  } else if constexpr (Op::replaying == replay_word::slots) {
+  } else if constexpr (Op::replaying::value == replay_word::slots) {
     return replay_slots<Op>;
   } else {
     return nullptr;

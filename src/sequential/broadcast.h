@@ -40,7 +40,7 @@ Result broadcast_alias(Parameters... arguments) {
 // The function in `__osw_gl_table_seq`: the general form, a base op's, or name_op::broadcast where the row says `own`.
 template <class Op>
 inline typename Op::type* broadcaster() {
-  if constexpr (Op::sequential == sequential_word::own) {
+  if constexpr (Op::sequential::value == sequential_word::own) {
     return Op::broadcast;
   } else if constexpr (std::is_same_v<typename Op::base, none_op>) {
     return broadcast<Op>;

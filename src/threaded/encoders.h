@@ -22,20 +22,20 @@ Result encode_alias(Parameters... arguments) {
 // The function in `__osw_gl_table_mt`.
 template <class Op>
 inline typename Op::type* encoder() {
-  if constexpr (Op::threaded == threaded_word::own) {
+  if constexpr (Op::threaded::value == threaded_word::own) {
     return Op::encode;
-  } else if constexpr (Op::threaded == threaded_word::query) {
+  } else if constexpr (Op::threaded::value == threaded_word::query) {
     return encode_query<Op>;
-  } else if constexpr (Op::threaded == threaded_word::copied) {
+  } else if constexpr (Op::threaded::value == threaded_word::copied) {
     return encode_copied<Op>;
-  } else if constexpr (Op::threaded == threaded_word::names) {
+  } else if constexpr (Op::threaded::value == threaded_word::names) {
     return encode_names<Op>;
-  } else if constexpr (Op::threaded == threaded_word::array) {
+  } else if constexpr (Op::threaded::value == threaded_word::array) {
     return encode_pointer<Op>;
-  } else if constexpr (Op::threaded == threaded_word::alias) {
+  } else if constexpr (Op::threaded::value == threaded_word::alias) {
     return encode_alias<Op>;
   } else {
-    static_assert(Op::threaded == threaded_word::plain);
+    static_assert(Op::threaded::value == threaded_word::plain);
     return encode_plain<Op>;
   }
 }

@@ -30,7 +30,7 @@ constexpr family family_of(const block_payload&) {
 
 template <class Op>
 constexpr family word_of() {
-  switch (Op::threaded) {
+  switch (Op::threaded::value) {
     case threaded_word::plain:
       return family::plain;
     case threaded_word::query:
@@ -40,7 +40,7 @@ constexpr family word_of() {
     case threaded_word::alias:
       return family::alias;
     case threaded_word::copied:
-      if constexpr (Op::threaded == threaded_word::copied) {
+      if constexpr (Op::threaded::value == threaded_word::copied) {
         return family_of(payload_of<Op>(static_cast<typename Op::type*>(nullptr)));
       }
       break;
