@@ -52,6 +52,27 @@ TEST_F(thread_state_test, the_first_call_makes_one_whatever_it_is) {
   EXPECT_TRUE(driver::calls_of<glGetError_op>().empty());
 }
 
+// The system library's export, which on the way to the first one calls the application's library.
+FARPROC export_of_calling_back(const char* name) {
+  static bool called;
+  if (!std::exchange(called, true)) osw_glFlush();
+  return driver::export_of(name);
+}
+
+TEST_F(thread_state_test, a_system_library_that_calls_back_while_it_is_bound_leaves_one) {
+  most_locks = 2;  // the binding's, and within it that of the list of states
+  library::prepare();
+  platform::provide_library("opengl32sys.dll", export_of_calling_back);
+  platform::attach_process();
+  EXPECT_EQ(osw_glGetError(), 0u);
+  expect_fresh(own_state(), false);
+  std::vector<const __osw_thread_state*> listed;
+  for (const __osw_thread_state* state : __osw_thread_state_list) {
+    if (state) listed.push_back(state);
+  }
+  EXPECT_EQ(listed, std::vector<const __osw_thread_state*>{own_state()});
+}
+
 TEST_F(thread_state_test, a_bypassed_process_gets_the_pass_through_rows) {
   library::start({.active = false});
   osw_glGetError();

@@ -155,6 +155,8 @@ struct process_test : testing::Test {
   void TearDown() override;
   // Set by tests that look at message boxes themselves.
   bool expects_message_boxes = false;
+  // How many locks a thread may hold at once; more than one only where the system calls back under a lock.
+  int most_locks = 1;
 };
 
 }  // namespace library
