@@ -9,7 +9,7 @@ namespace {
 const char* const withheld[] = {"WGL_ARB_create_context", "WGL_ARB_create_context_profile",
                                 "WGL_ARB_create_context_no_error", "WGL_ARB_create_context_robustness"};
 
-bool is_withheld(const char* name, std::size_t length) {
+bool is_withheld(const char* name, size_t length) {
   for (const char* candidate : withheld) {
     if (strlen(candidate) == length && memcmp(candidate, name, length) == 0) return true;
   }
@@ -20,8 +20,8 @@ bool is_withheld(const char* name, std::size_t length) {
 bool copy_offered(const char* from, char* to) {
   bool withholds = false;
   while (*from != 0) {
-    const std::size_t length = strcspn(from, " ");
-    const std::size_t blanks = strspn(from + length, " ");
+    const size_t length = strcspn(from, " ");
+    const size_t blanks = strspn(from + length, " ");
     if (is_withheld(from, length)) {
       withholds = true;
     } else if (to) {

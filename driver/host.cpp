@@ -48,7 +48,7 @@ HMODULE load_beside_driver(const char* file) {
   if (length == 0 || length >= longest_path) return nullptr;
   char* name = strrchr(path, '\\');
   name = name ? name + 1 : path;
-  if (static_cast<std::size_t>(path + longest_path - name) <= strlen(file)) return nullptr;
+  if (static_cast<size_t>(path + longest_path - name) <= strlen(file)) return nullptr;
   strcpy(name, file);
   return load_usable(path);
 }

@@ -8,7 +8,7 @@
 
 void report(const char* format, ...) {
   char line[256] = "opengl32sys: ";
-  const std::size_t start = strlen(line);
+  const size_t start = strlen(line);
   va_list arguments;
   va_start(arguments, format);
   vsnprintf(line + start, sizeof line - start - 1, format, arguments);

@@ -19,7 +19,7 @@ Result pass_alias(Parameters... arguments) {
 }
 
 template <class Op>
-__osw_proc handler() {
+__osw_proc pass_proc() {
   if constexpr (std::is_same_v<typename Op::base, driver_op>) {
     return __osw_void_stub;
   } else if constexpr (std::is_same_v<typename Op::base, none_op>) {
@@ -32,5 +32,5 @@ __osw_proc handler() {
 }  // namespace
 
 void __osw_fill_gl_table_pass() {
-  for_each_gl_op([]<class Op>() { __osw_gl_table_pass[Op::op] = handler<Op>(); });
+  for_each_gl_op([]<class Op>() { __osw_gl_table_pass[Op::op] = pass_proc<Op>(); });
 }

@@ -87,7 +87,7 @@ void bind_gl_locked() {
 }  // namespace
 
 __osw_proc __osw_known_entry(PROC answer) {
-  const auto value = reinterpret_cast<std::intptr_t>(answer);
+  const auto value = reinterpret_cast<intptr_t>(answer);
   return value >= -1 && value <= 3 ? nullptr : reinterpret_cast<__osw_proc>(answer);
 }
 

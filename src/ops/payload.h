@@ -17,7 +17,7 @@ struct array_payload {
 
 // The last pointer names so many bytes. Below 0: the call is one that GL refuses.
 struct block_payload {
-  std::int64_t bytes;
+  int64_t bytes;
 };
 
 // The last pointer names an image of so many sizes; those beyond are 1.
@@ -36,7 +36,7 @@ constexpr array_payload payload_fits(i32 items, u64 elements = 1) {
   return {items, elements};
 }
 
-constexpr block_payload payload_block(std::int64_t bytes) {
+constexpr block_payload payload_block(int64_t bytes) {
   return {bytes};
 }
 

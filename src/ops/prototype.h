@@ -44,7 +44,7 @@ using array_element = typename element_of_pointer<
     std::tuple_element_t<array_slot<Op>, typename prototype<typename Op::type>::parameters>>::type;
 
 template <class Parameter>
-consteval Parameter slot_as_value(std::size_t slot) {
+consteval Parameter slot_as_value(size_t slot) {
   if constexpr (std::is_pointer_v<Parameter>) {
     return nullptr;
   } else {
@@ -52,7 +52,7 @@ consteval Parameter slot_as_value(std::size_t slot) {
   }
 }
 
-template <class Op, class Result, class... Parameters, std::size_t... slot>
+template <class Op, class Result, class... Parameters, size_t... slot>
 consteval u32 items_slot_in(Result (*)(Parameters...), std::index_sequence<slot...>) {
   return static_cast<u32>(Op::payload(slot_as_value<Parameters>(slot)...).items);
 }

@@ -8,10 +8,10 @@
 
 #include <cstdint>
 
-using u8 = std::uint8_t;
-using i32 = std::int32_t;
-using u32 = std::uint32_t;
-using u64 = std::uint64_t;
+using u8 = uint8_t;
+using i32 = int32_t;
+using u32 = uint32_t;
+using u64 = uint64_t;
 
 // Declared here, and not by including the wgl extension header, because the host build's platform has no such header.
 DECLARE_HANDLE(HPBUFFERARB);

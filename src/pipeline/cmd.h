@@ -41,7 +41,7 @@ inline u64 to_slot(T value) {
     return slot;
   } else {
     static_assert(std::is_integral_v<T>);
-    return static_cast<u64>(static_cast<std::int64_t>(value));
+    return static_cast<u64>(static_cast<int64_t>(value));
   }
 }
 

@@ -10,7 +10,7 @@
 // registers. Result: what the function returned, as a slot.
 using replay_case = u64 (*)(__osw_thread_state* state, const __osw_proc* system, i32 part, __osw_cmd* cmd);
 
-template <class Result, class... Parameters, class Call, std::size_t... slot>
+template <class Result, class... Parameters, class Call, size_t... slot>
 inline u64 call_with(Result (*)(Parameters...), const u64* args, Call call, std::index_sequence<slot...>) {
   if constexpr (std::is_void_v<Result>) {
     call(from_slot<Parameters>(args[slot])...);

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr auto cases = gl_op_list::column<replay_case>([]<class Op>() { return case_of<Op>(); });
+constexpr auto gl_cases = gl_op_list::column<replay_case>([]<class Op>() { return case_of<Op>(); });
 
 // No worker touches a blob after it has counted itself, so the last one may free them all.
 void release_blobs(__osw_cmd* cmd) {
@@ -45,7 +45,7 @@ void __osw_replay_gl(__osw_thread_state* state, __osw_cmd_queue* queue, const __
                      __osw_cmd* cmd) {
   u64 result = 0;
   if (static_cast<u32>(cmd->op) < static_cast<u32>(gl_op_count)) {
-    result = cases.of[cmd->op](state, sys_gl, part, cmd);
+    result = gl_cases.of[cmd->op](state, sys_gl, part, cmd);
   }
   if (cmd->blob_mask) release_blobs(cmd);
   relaxed_store(cmd->result, result);

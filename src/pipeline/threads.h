@@ -33,8 +33,8 @@ inline bool __osw_has_pipeline(const __osw_thread_state* state) {
 // Threads that the system has ended already are not waited for. The others give the queue back by themselves.
 void __osw_end_threads(__osw_thread_state* state);
 
-DWORD WINAPI __osw_worker_main(void* arg);
-DWORD WINAPI __osw_swap_main(void* arg);
+DWORD WINAPI __osw_worker_main(void* start);
+DWORD WINAPI __osw_swap_main(void* start);
 
 // The last step of a worker or swap thread within the library.
 void __osw_note_thread_left();

@@ -64,7 +64,7 @@ void copy_to_parts(__osw_thread_state* state) {
   }
 }
 
-u64 not_negative(std::int64_t size) {
+u64 not_negative(int64_t size) {
   return size > 0 ? static_cast<u64>(size) : 0;
 }
 

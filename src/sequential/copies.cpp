@@ -17,13 +17,6 @@ struct pixel_half {
 constexpr pixel_half pack = {&pixel_store_field::pack, GL_PIXEL_PACK_BUFFER, GL_PIXEL_PACK_BUFFER_BINDING};
 constexpr pixel_half unpack = {&pixel_store_field::unpack, GL_PIXEL_UNPACK_BUFFER, GL_PIXEL_UNPACK_BUFFER_BINDING};
 
-struct rectangle {
-  GLint x;
-  GLint y;
-  GLsizei width;
-  GLsizei height;
-};
-
 // As `__osw_for_each_part`, but leaves the loop when `work` says that the other parts need nothing.
 template <class Work>
 void for_parts_while(const __osw_thread_state* state, Work work) {
@@ -137,7 +130,7 @@ void get_transfer_state(const __osw_thread_state* state, bool clears_unpack, __o
 // The sequence of all six copies. `upload` writes the pixels to all parts. Only a copy of pixels clears the unpack
 // state; the others upload under the application's.
 template <class Upload>
-void copy(const __osw_thread_state* state, const copy_format& format, const rectangle& from, bool clears_unpack,
+void copy(const __osw_thread_state* state, const copy_format& format, const copied_rectangle& from, bool clears_unpack,
           const char* function, Upload upload) {
   __osw_pixel_store read{};
   __osw_pixel_store write{};
@@ -162,7 +155,8 @@ void copy(const __osw_thread_state* state, const copy_format& format, const rect
 }
 
 template <class Op, class Upload>
-void copy_to_texture(const __osw_thread_state* state, GLenum internal_format, const rectangle& from, Upload upload) {
+void copy_to_texture(const __osw_thread_state* state, GLenum internal_format, const copied_rectangle& from,
+                     Upload upload) {
   const copy_format format = __osw_copy_format(state, __osw_framebuffer_kind(state, internal_format));
   copy(state, format, from, false, Op::name, [&](const void* pixels) { upload(format, pixels); });
 }

@@ -7,7 +7,7 @@ namespace {
 
 // The driver's private ops are sent by the window's own code on this path.
 template <class Op>
-__osw_proc handler() {
+__osw_proc broadcast_proc() {
   if constexpr (std::is_same_v<typename Op::base, driver_op>) {
     return __osw_void_stub;
   } else {
@@ -18,5 +18,5 @@ __osw_proc handler() {
 }  // namespace
 
 void __osw_fill_gl_table_seq() {
-  for_each_gl_op([]<class Op>() { __osw_gl_table_seq[Op::op] = handler<Op>(); });
+  for_each_gl_op([]<class Op>() { __osw_gl_table_seq[Op::op] = broadcast_proc<Op>(); });
 }

@@ -142,7 +142,7 @@ vector_call call_for(const __osw_client_array& array, bool has_attribute_0) {
 
 const void* element_of(const __osw_client_array& array, GLint i) {
   const i32 packed = array.size * static_cast<i32>(__osw_gl_type_size(array.type));
-  const auto stride = static_cast<std::int64_t>(array.stride ? array.stride : packed);
+  const auto stride = static_cast<int64_t>(array.stride ? array.stride : packed);
   return static_cast<const u8*>(array.pointer) + i * stride;
 }
 

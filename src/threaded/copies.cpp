@@ -7,13 +7,6 @@
 
 namespace {
 
-struct rectangle {
-  GLint x;
-  GLint y;
-  GLsizei width;
-  GLsizei height;
-};
-
 // What a copy takes away from the workers for its length. The issuing thread's own records are not changed.
 struct saved_state {
   u32 pack_buffer;
@@ -67,7 +60,7 @@ void upload_from_memory(__osw_thread_state* state, const saved_state& saved, Upl
 // The sequence of all six copies. `upload` enters the upload's encoder with the pixels. Only a copy of pixels clears
 // the unpack state; the others upload under the application's.
 template <class Upload>
-void copy(__osw_thread_state* state, const copy_format& format, const rectangle& from, bool clears_unpack,
+void copy(__osw_thread_state* state, const copy_format& format, const copied_rectangle& from, bool clears_unpack,
           const char* function, Upload upload) {
   const __osw_glrc* glrc = state->glrc;
   const __osw_pixel_store read_pack{.alignment = glrc->pack_store.alignment};
@@ -96,7 +89,7 @@ GLenum __osw_tex_internal_format(GLenum target) {
 
 // A copy into a texture: `internal_format` tells what kind of pixels it takes.
 template <class Op, class Upload>
-void copy_to_texture(__osw_thread_state* state, GLenum internal_format, const rectangle& from, Upload upload) {
+void copy_to_texture(__osw_thread_state* state, GLenum internal_format, const copied_rectangle& from, Upload upload) {
   const copy_format format = __osw_copy_format(state, __osw_kind_of(internal_format));
   copy(state, format, from, false, Op::name, [&](const void* pixels) { upload(format, pixels); });
 }

@@ -50,7 +50,7 @@ void stop_clipping_children(HWND hwnd) {
 }
 
 HWND create_child(HWND parent, const RECT& rect, i32 part) {
-  const auto id = reinterpret_cast<HMENU>(static_cast<std::intptr_t>(part + first_child_id));
+  const auto id = reinterpret_cast<HMENU>(static_cast<intptr_t>(part + first_child_id));
   return CreateWindowExA(0, child_class, "", child_style, rect.left, rect.top, rect.right - rect.left,
                          rect.bottom - rect.top, parent, id, relaxed_load(__osw_hinstance), nullptr);
 }

@@ -12,6 +12,14 @@ struct copy_format {
   i32 bits;  // per pixel
 };
 
+// Where it is copied from, in GL's window coordinates of the application's window.
+struct copied_rectangle {
+  GLint x;
+  GLint y;
+  GLsizei width;
+  GLsizei height;
+};
+
 // What is copied, by an internal format: GL_COLOR, GL_DEPTH or GL_STENCIL. 32-bit depth counts as color.
 GLenum __osw_kind_of(GLenum internal_format);
 

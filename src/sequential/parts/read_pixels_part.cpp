@@ -6,13 +6,13 @@
 namespace {
 
 // What is read from: the application's whole area, and the part's share of it, with the origin at the top left.
-struct drawable {
+struct source_area {
   RECT client;
   RECT part;
   u32 visible;
 };
 
-drawable drawable_of(const __osw_thread_state* state, i32 part) {
+source_area source_area_of(const __osw_thread_state* state, i32 part) {
   if (const __osw_window_mapping* mapping = relaxed_load(state->window_mapping)) {
     const __osw_child_part& child = mapping->parts[part];
     return {__osw_load_rect(mapping->client_rect), __osw_load_rect(child.part_rect), relaxed_load(child.visible)};
@@ -60,7 +60,7 @@ i32 difference(i32 a, i32 b) {
 
 void __osw_read_pixels_part(__osw_thread_state* state, i32 part, i32 x, i32 y, i32 width, i32 height, u32 format,
                             u32 type, void* pixels) {
-  const drawable from = drawable_of(state, part);
+  const source_area from = source_area_of(state, part);
   if (width < 1 || height < 1) return;
 
   const i32 bottom = difference(difference(from.client.bottom, from.client.top), y);
