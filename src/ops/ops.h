@@ -51,7 +51,6 @@ using wgl_op_list = op_list<before_first_op
 
 constexpr int gl_op_count = gl_op_list::count;
 constexpr int wgl_op_count = wgl_op_list::count;
-static_assert(gl_op_count == 1102 && wgl_op_count == 63);
 
 // What a worker knows when it replays a command. `system` is the table of the op's space.
 struct __osw_thread_state;

@@ -1,0 +1,155 @@
+"""Holds that a handler which a row asks for cannot be forgotten, nor one be written that no row asks for.
+
+    check_handlers.py BUILD ROOT
+
+BUILD is a complete build for Windows. In copies of single sources a handler is taken away, or one is added; the copy is
+compiled as its source is, and put in the place of its object when the library or the driver is linked once more. Prints
+"ok NAME" or "not ok NAME: why" for each check. Status 1 if one of them failed.
+"""
+
+import json
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+
+# What is taken away: a name for the check, the source, the handler.
+REMOVED = [
+    ("threaded", "src/threaded/call_lists.cpp", "glCallLists_op::encode"),
+    ("sequential", "src/sequential/read_pixels.cpp", "glReadPixels_op::broadcast"),
+    ("replay-of-gl", "src/pipeline/replay_gl.cpp", "glViewportOffsetZ4_op::replay"),
+    ("replay-of-wgl", "src/pipeline/replay_wgl.cpp", "wglShareLists_op::replay"),
+    ("wgl-of-an-active-process", "src/wgl/swap.cpp", "wglSwapBuffers_op::handle"),
+    ("wgl-of-a-bypassed-process", "src/dispatch/pass_wgl.cpp", "wglCreateContext_op::pass"),
+    ("driver-gl", "driver/drawable_size.cpp", "own_call<glClear_op>::call"),
+    ("driver-wgl", "driver/wgl_calls.cpp", "own_call<wglDeleteContext_op>::call"),
+]
+
+# What is added: handlers that no word of a row declares, or of another prototype than the row's. Each must not compile.
+ADDED = [
+    ("threaded-without-a-word", "src/threaded/call_lists.cpp", "void glClear_op::encode(GLbitfield) {}"),
+    ("threaded-of-another-prototype", "src/threaded/call_lists.cpp", "void glCallLists_op::encode(GLsizei, GLenum) {}"),
+    ("sequential-without-a-word", "src/sequential/read_pixels.cpp", "void glClear_op::broadcast(GLbitfield) {}"),
+    ("replay-without-a-word", "src/pipeline/replay_gl.cpp", "void glClear_op::replay(const replay_scene&, GLbitfield) {}"),
+    ("wgl-without-a-word", "src/wgl/swap.cpp", "HDC wglGetCurrentDC_op::handle() { return nullptr; }"),
+    ("bypassed-without-a-word", "src/dispatch/pass_wgl.cpp", "HDC wglGetCurrentDC_op::pass() { return nullptr; }"),
+    ("driver-without-a-row", "driver/drawable_size.cpp", "void own_call<glClearColor_op>::call(GLclampf, GLclampf, GLclampf, GLclampf) {}"),
+]
+
+# A row that is changed: its payload taken away while its word asks for one. A source that reads the rows must not
+# compile.
+ROW = ("payload-of-a-row", "src/ops/tables.cpp", r"(glUniform3fv,.*?)fits\(count, 3\)", r"\1none")
+
+IMAGES = {"src": "opengl32", "driver": "opengl32sys"}
+
+
+def compile_commands(build):
+    listed = json.loads((build / "compile_commands.json").read_text())
+    return {pathlib.Path(entry["file"]).resolve(): entry for entry in listed}
+
+
+class Builder:
+    def __init__(self, build, root, folder):
+        self.build, self.root, self.folder = build, root, folder
+        self.commands = compile_commands(build)
+
+    def object_of(self, source):
+        return self.build / shlex.split(self.commands[self.root / source]["command"])[-3]
+
+    # Compiles `text` in the place of `source`. Result: the object, or None, and what the compiler said.
+    def compile(self, source, text, first_folder=None):
+        entry = self.commands[self.root / source]
+        copy = self.folder / pathlib.Path(source).name
+        copy.write_text(text)
+        made = copy.with_suffix(".obj")
+        words = shlex.split(entry["command"])
+        start = next(i for i, word in enumerate(words) if word.endswith("g++"))
+        # What is left over when a handler is gone is no matter here, nor how fast the copy would be.
+        words = [{"-Werror": "-w", "-O2": "-O0"}.get(word, word) for word in words[start:]]
+        words[words.index("-o") + 1] = str(made)
+        words[words.index("-c") + 1] = str(copy)
+        near = [f"-I{first_folder}"] if first_folder else []
+        near.append(f"-I{(self.root / source).parent}")
+        run = subprocess.run(words[:1] + near + words[1:], cwd=entry["directory"], capture_output=True, text=True, timeout=300)
+        return (made if run.returncode == 0 else None), run.stderr
+
+    # Links the image that `source` belongs to with `made` in the place of its object. Result: whether it links, and
+    # what the linker said.
+    def link(self, source, made):
+        image = IMAGES[source.split("/")[0]]
+        own = self.object_of(source).resolve()
+        objects = [str(found) for found in self.build.glob(f"*/CMakeFiles/{image}.dir/**/*.obj") if found.resolve() != own]
+        objects += [str(found) for found in self.build.glob("src/CMakeFiles/osw_ops.dir/**/*.obj")] if image != "opengl32" else []
+        command = ["x86_64-w64-mingw32-g++", "-shared", "-o", str(self.folder / "linked.dll"), str(made)]
+        command += sorted(set(objects)) + ["-lkernel32", "-luser32", "-lgdi32", "-ladvapi32", "-static", "-static-libgcc"]
+        run = subprocess.run(command, capture_output=True, text=True, timeout=300)
+        return run.returncode == 0, run.stderr
+
+
+# The definition of `handler`, whole, out of `text`.
+def without(text, handler):
+    at = text.index(" " + handler + "(")
+    begin = text.rindex("\n", 0, at) + 1
+    end = text.index("\n}\n", at) + 3
+    return text[:begin] + text[end:]
+
+
+def answer(name, problem):
+    print(f"not ok {name}: {problem}" if problem else f"ok {name}")
+    return not problem
+
+
+def check_removed(builder, name, source, handler):
+    text = (builder.root / source).read_text()
+    made, said = builder.compile(source, without(text, handler))
+    if not made:
+        return answer(name, f"{source} without {handler} does not compile: {said[:300]}")
+    links, said = builder.link(source, made)
+    if links:
+        return answer(name, f"the image links without {handler}")
+    return answer(name, "" if handler in said else f"the linker speaks of something else: {said[:300]}")
+
+
+def check_added(builder, name, source, definition):
+    text = (builder.root / source).read_text()
+    made, said = builder.compile(source, text + "\n" + definition + "\n")
+    return answer(name, f"{definition} compiles" if made else "" if "error" in said else "the compiler did not run")
+
+
+def check_row(builder, name, source, pattern, replacement):
+    rows = (builder.root / "src/ops/gl_ops.inc").read_text()
+    changed, count = re.subn(pattern, replacement, rows, count=1)
+    if not count:
+        return answer(name, "the row was not found")
+    changed_folder = builder.folder / "ops"
+    changed_folder.mkdir()
+    for header in (builder.root / "src/ops").glob("*"):
+        (changed_folder / header.name).write_text(header.read_text())
+    (changed_folder / "gl_ops.inc").write_text(changed)
+    made, said = builder.compile(source, (builder.root / source).read_text(), builder.folder)
+    return answer(name, "a row that copies nothing compiles" if made else "" if "payloads_are_used" in said else said[:300])
+
+
+# An image links as it is, so that what fails below fails for want of a handler.
+def check_whole(builder, image, source):
+    made, said = builder.compile(source, (builder.root / source).read_text())
+    links, said = builder.link(source, made) if made else (False, said)
+    return answer(f"{image}-as-it-is", "" if links else said[:300])
+
+
+def main(build, root):
+    build, root = pathlib.Path(build).resolve(), pathlib.Path(root).resolve()
+    with tempfile.TemporaryDirectory() as folder:
+        builder = Builder(build, root, pathlib.Path(folder))
+        good = [check_whole(builder, "opengl32", "src/threaded/call_lists.cpp")]
+        good.append(check_whole(builder, "opengl32sys", "driver/spare_window.cpp"))
+        good += [check_removed(builder, *each) for each in REMOVED]
+        good += [check_added(builder, *each) for each in ADDED]
+        good.append(check_row(builder, *ROW))
+    return 0 if all(good) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:3]))
