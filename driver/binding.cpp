@@ -155,7 +155,6 @@ context* adopt(HGLRC hglrc) {
 
 }  // namespace
 
-extern "C" DWORD driver_bound_slot;
 DWORD driver_bound_slot = no_slot;
 
 bool start_bindings(void (*settle)(context*)) {

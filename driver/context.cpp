@@ -5,7 +5,7 @@
 
 namespace {
 
-SRWLOCK lock = SRWLOCK_INIT;
+SRWLOCK registry_lock = SRWLOCK_INIT;
 context* first_context;
 
 context* find_record(HGLRC hglrc) {
@@ -40,7 +40,7 @@ void store(DWORD& word, DWORD value) {
 }  // namespace
 
 context* register_context(HGLRC hglrc, int pixel_format) {
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&registry_lock);
   context* c = find_record(nullptr);
   if (!c) c = new_record();
   if (c) {
@@ -48,22 +48,22 @@ context* register_context(HGLRC hglrc, int pixel_format) {
     c->pixel_format = pixel_format;
     c->withheld_extensions = -1;
   }
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&registry_lock);
   return c;
 }
 
 context* find_context(HGLRC hglrc) {
   if (!hglrc) return nullptr;
-  AcquireSRWLockShared(&lock);
+  AcquireSRWLockShared(&registry_lock);
   context* c = find_record(hglrc);
-  ReleaseSRWLockShared(&lock);
+  ReleaseSRWLockShared(&registry_lock);
   return c;
 }
 
 void unregister_context(context* c) {
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&registry_lock);
   clear(c);
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&registry_lock);
 }
 
 void note_first_drawable(context* c, HWND hwnd) {
@@ -79,20 +79,20 @@ void note_first_drawable(context* c, HWND hwnd) {
 }
 
 bool take_ownership(context* c, context* previous, DWORD thread) {
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&registry_lock);
   const bool available = c->owner == 0 || c->owner == thread;
   if (available) {
     if (previous) store(previous->owner, 0);
     store(c->owner, thread);
   }
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&registry_lock);
   return available;
 }
 
 void drop_ownership(context* c) {
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&registry_lock);
   store(c->owner, 0);
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&registry_lock);
 }
 
 void set_holder(context* c, DWORD thread) {

@@ -13,7 +13,7 @@ struct watched_thread {
 
 // Under the lock. A thread that ended is kept: its number may be another's one day.
 watched_thread* threads;
-SRWLOCK lock = SRWLOCK_INIT;
+SRWLOCK threads_lock = SRWLOCK_INIT;
 std::atomic<void (*)(const CWPSTRUCT&)> tell;
 
 LRESULT CALLBACK receive(int code, WPARAM first, LPARAM second) {
@@ -35,13 +35,13 @@ watched_thread* find_or_add(DWORD id) {
 
 bool watch_sent_messages(DWORD thread, void (*told)(const CWPSTRUCT& sent)) {
   tell = told;
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&threads_lock);
   watched_thread* t = find_or_add(thread);
   if (t) {
     if (t->hook) UnhookWindowsHookEx(t->hook);
     t->hook = SetWindowsHookExA(WH_CALLWNDPROC, receive, nullptr, thread);
   }
   const bool watched = t && t->hook;
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&threads_lock);
   return watched;
 }

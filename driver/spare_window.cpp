@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr char class_name[] = "osw_driver_spare";
+constexpr char spare_class[] = "osw_driver_spare";
 
-void make_on_window_thread(void* argument) {
-  register_window_class(class_name, DefWindowProcA);
+void make_spare_on_window_thread(void* argument) {
+  register_window_class(spare_class, DefWindowProcA);
   auto* c = static_cast<context*>(argument);
-  HWND hwnd = CreateWindowExA(WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW, class_name, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1,
+  HWND hwnd = CreateWindowExA(WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW, spare_class, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1,
                               nullptr, nullptr, nullptr, nullptr);
   if (!hwnd) return;
   HDC hdc = GetDC(hwnd);
@@ -25,7 +25,7 @@ void make_on_window_thread(void* argument) {
   }
 }
 
-void destroy_on_window_thread(void* hwnd) {
+void destroy_spare_on_window_thread(void* hwnd) {
   DestroyWindow(static_cast<HWND>(hwnd));
 }
 
@@ -33,14 +33,14 @@ void destroy_on_window_thread(void* hwnd) {
 
 HDC spare_hdc(context* c) {
   if (c->spare_window || c->spare_failed) return c->spare_hdc;
-  on_window_thread(make_on_window_thread, c);
+  on_window_thread(make_spare_on_window_thread, c);
   c->spare_failed = !c->spare_window;
   if (c->spare_failed) report("no spare drawable of pixel format %d could be made", c->pixel_format);
   return c->spare_hdc;
 }
 
 void destroy_spare_window(context* c) {
-  if (c->spare_window) on_window_thread(destroy_on_window_thread, c->spare_window);
+  if (c->spare_window) on_window_thread(destroy_spare_on_window_thread, c->spare_window);
   c->spare_window = nullptr;
   c->spare_hdc = nullptr;
 }

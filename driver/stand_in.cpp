@@ -15,7 +15,7 @@ namespace {
 // How often the window thread looks where the children are. Changes of a child itself are seen at once.
 constexpr UINT look_interval = 20;  // ms
 
-constexpr char class_name[] = "osw_driver_stand_in";
+constexpr char stand_in_class[] = "osw_driver_stand_in";
 constexpr DWORD extended_style = WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW | WS_EX_TRANSPARENT | WS_EX_LAYERED;
 
 bool is_under_wine() {
@@ -35,7 +35,7 @@ struct request {
 
 bool make_window(stand_in* s, const request& r) {
   s->owner = GetAncestor(r.child, GA_ROOT);
-  s->hwnd = CreateWindowExA(extended_style, class_name, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1, s->owner, nullptr,
+  s->hwnd = CreateWindowExA(extended_style, stand_in_class, "", WS_POPUP | WS_DISABLED, 0, 0, 1, 1, s->owner, nullptr,
                             nullptr, nullptr);
   if (!s->hwnd) return false;
   share_input(s->owner);
@@ -56,9 +56,9 @@ void enter(stand_in* s) {
   ReleaseSRWLockExclusive(&stand_in_lock);
 }
 
-void make_on_window_thread(void* argument) {
+void make_stand_in_on_window_thread(void* argument) {
   const request& r = *static_cast<const request*>(argument);
-  register_window_class(class_name, stand_in_procedure);
+  register_window_class(stand_in_class, stand_in_procedure);
   if (find_stand_in(r.child)) return;
   auto* s = static_cast<stand_in*>(calloc(1, sizeof(stand_in)));
   if (!s) return;
@@ -85,7 +85,7 @@ void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* de
   if (!child || !is_under_wine() || !is_child(child) || stand_in_hdc(child)) return;
   watch_owner(GetAncestor(child, GA_ROOT));
   request r = {child, pixel_format, descriptor};
-  on_window_thread(make_on_window_thread, &r);
+  on_window_thread(make_stand_in_on_window_thread, &r);
 }
 
 HDC stand_in_hdc(HWND child) {

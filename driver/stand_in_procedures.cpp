@@ -5,11 +5,11 @@
 
 namespace {
 
-void follow_on_window_thread(void* child) {
+void follow_child_on_window_thread(void* child) {
   if (stand_in* s = find_stand_in(static_cast<HWND>(child))) follow_child(s);
 }
 
-void destroy_on_window_thread(void* child) {
+void destroy_stand_in_on_window_thread(void* child) {
   if (stand_in* s = find_stand_in(static_cast<HWND>(child))) destroy_stand_in(s);
 }
 
@@ -24,8 +24,8 @@ WNDPROC procedure_of(HWND child) {
 // The application must find the new size in place when it hears of it, for it may draw at once.
 LRESULT CALLBACK child_procedure(HWND hwnd, UINT message, WPARAM first_word, LPARAM second_word) {
   const WNDPROC procedure = procedure_of(hwnd);
-  if (message == WM_WINDOWPOSCHANGED) on_window_thread(follow_on_window_thread, hwnd);
-  if (message == WM_NCDESTROY) on_window_thread(destroy_on_window_thread, hwnd);
+  if (message == WM_WINDOWPOSCHANGED) on_window_thread(follow_child_on_window_thread, hwnd);
+  if (message == WM_NCDESTROY) on_window_thread(destroy_stand_in_on_window_thread, hwnd);
   return IsWindowUnicode(hwnd) ? CallWindowProcW(procedure, hwnd, message, first_word, second_word)
                                : CallWindowProcA(procedure, hwnd, message, first_word, second_word);
 }

@@ -12,7 +12,7 @@ __osw_proc thunk_targets[thunk_count];
 
 namespace {
 
-SRWLOCK lock = SRWLOCK_INIT;
+SRWLOCK thunk_lock = SRWLOCK_INIT;
 char* names[thunk_count];
 int taken = export_thunk_count;
 
@@ -31,8 +31,8 @@ int find_or_take(const char* name, __osw_proc target) {
 }  // namespace
 
 int thunk_to(const char* name, __osw_proc target) {
-  AcquireSRWLockExclusive(&lock);
+  AcquireSRWLockExclusive(&thunk_lock);
   const int thunk = find_or_take(name, target);
-  ReleaseSRWLockExclusive(&lock);
+  ReleaseSRWLockExclusive(&thunk_lock);
   return thunk;
 }

@@ -79,7 +79,7 @@ extern "C" const char driver_thunks[];
 namespace {
 
 __osw_proc thunk_at(int number) {
-  return reinterpret_cast<__osw_proc>(const_cast<char*>(driver_thunks + number * 16));
+  return reinterpret_cast<__osw_proc>(const_cast<char*>(driver_thunks + ptrdiff_t{16} * number));
 }
 
 }  // namespace

@@ -162,6 +162,7 @@ shifted_values ask_shifted_values() {
 GLbitfield restored_groups(GLbitfield mask, const shifted_values& before, const shifted_values& after) {
   if (memcmp(before.viewport, after.viewport, sizeof before.viewport) == 0) mask &= ~GL_VIEWPORT_BIT;
   if (memcmp(before.scissor, after.scissor, sizeof before.scissor) == 0) mask &= ~GL_SCISSOR_BIT;
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): it is the host's bits that were brought back
   if (memcmp(before.raster, after.raster, sizeof before.raster) == 0) mask &= ~GL_CURRENT_BIT;
   return mask;
 }
