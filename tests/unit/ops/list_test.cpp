@@ -141,50 +141,8 @@ TEST(op_list_test, the_lists_have_the_ops_of_the_design) {
   EXPECT_EQ(wgl_op_count, figures::wgl_ops);
 }
 
-struct op_range {
-  int first, last;
-};
-
-// All asynchronous GL ops.
-constexpr op_range asynchronous[] = {{glClearIndex_op::op, glPolygonStipple_op::op},
-                                     {glEdgeFlag_op::op, glClipPlane_op::op},
-                                     {glDrawBuffer_op::op, glDisable_op::op},
-                                     {glEnableClientState_op::op, glDisableClientState_op::op},
-                                     {glPushAttrib_op::op, glPopClientAttrib_op::op},
-                                     {glFinish_op::op, glTranslatef_op::op},
-                                     {glDeleteLists_op::op, glDeleteLists_op::op},
-                                     {glNewList_op::op, glEdgeFlagPointer_op::op},
-                                     {glArrayElement_op::op, glDrawElements_op::op},
-                                     {glShadeModel_op::op, glLightiv_op::op},
-                                     {glLightModelf_op::op, glMaterialiv_op::op},
-                                     {glColorMaterial_op::op, glPixelMapusv_op::op},
-                                     {glStencilFunc_op::op, glTexGeniv_op::op},
-                                     {glTexEnvf_op::op, glTexEnviv_op::op},
-                                     {glTexParameterf_op::op, glTexParameteriv_op::op},
-                                     {glTexImage1D_op::op, glTexImage2D_op::op},
-                                     {glDeleteTextures_op::op, glBindTexture_op::op},
-                                     {glTexSubImage1D_op::op, glTexSubImage2D_op::op},
-                                     {glFogf_op::op, glFogiv_op::op},
-                                     {glBlendColor_op::op, glTexSubImage3D_op::op},
-                                     {glActiveTexture_op::op, glCompressedTexSubImage1D_op::op},
-                                     {glClientActiveTexture_op::op, glBlendFuncSeparate_op::op},
-                                     {glPointParameterf_op::op, glWindowPos3sv_op::op},
-                                     {glDeleteQueries_op::op, glDeleteQueries_op::op},
-                                     {glBeginQuery_op::op, glEndQuery_op::op},
-                                     {glBindBuffer_op::op, glDeleteBuffers_op::op},
-                                     {glBufferData_op::op, glBufferSubData_op::op},
-                                     {glBlendEquationSeparate_op::op, glEnableVertexAttribArray_op::op},
-                                     {glLinkProgram_op::op, glUniformMatrix4x3fv_op::op},
-                                     {glBindBufferARB_op::op, glDeleteBuffersARB_op::op},
-                                     {glBufferDataARB_op::op, glBufferSubDataARB_op::op},
-                                     {glBindRenderbuffer_op::op, glDeleteRenderbuffers_op::op},
-                                     {glRenderbufferStorage_op::op, glRenderbufferStorage_op::op},
-                                     {glBindFramebuffer_op::op, glDeleteFramebuffers_op::op},
-                                     {glFramebufferTexture1D_op::op, glFramebufferRenderbuffer_op::op},
-                                     {glGenerateMipmap_op::op, glFramebufferTextureLayer_op::op}};
-
 bool is_asynchronous(int op) {
-  for (const op_range& range : asynchronous) {
+  for (const figures::op_range& range : figures::asynchronous_ranges) {
     if (op >= range.first && op <= range.last) return true;
   }
   return false;

@@ -33,6 +33,12 @@ u32 last(const row& row) {
   return row.count - 1;
 }
 
+// The count stands before the values, and before the word that matrices have for their order.
+u32 uniform_count_at(const row& row) {
+  const bool is_matrix = std::string(row.name).find("Matrix") != std::string::npos;
+  return last(row) - (is_matrix ? 2 : 1);
+}
+
 call_shape items(u32 count_at, u32 item_bytes, u32 data_at) {
   return {.what = reads::items, .count_at = count_at, .item_bytes = item_bytes, .data_at = data_at};
 }
@@ -156,7 +162,7 @@ call_shape make_shape(const row& row) {
     case family::names:
       return items(0, sizeof(GLuint), 1);
     case family::uniform:
-      return items(1, components_by_name(row.name) * u32{sizeof(GLfloat)}, last(row));
+      return items(uniform_count_at(row), components_by_name(row.name) * u32{sizeof(GLfloat)}, last(row));
     case family::image:
       return image_call(row);
     case family::compressed:

@@ -2,6 +2,8 @@
 // changed. None is computed from the list: a test counts for itself and compares.
 #pragma once
 
+#include "ops/ops.h"
+
 #include <cstdint>
 
 namespace figures {
@@ -19,6 +21,48 @@ constexpr int synchronous_gl_ops = 641;
 constexpr int asynchronous_gl_ops = 461;
 constexpr int synchronous_wgl_ops = 58;
 constexpr int asynchronous_wgl_ops = 5;
+
+struct op_range {
+  int first, last;
+};
+
+// All asynchronous GL ops.
+constexpr op_range asynchronous_ranges[] = {{glClearIndex_op::op, glPolygonStipple_op::op},
+                                            {glEdgeFlag_op::op, glClipPlane_op::op},
+                                            {glDrawBuffer_op::op, glDisable_op::op},
+                                            {glEnableClientState_op::op, glDisableClientState_op::op},
+                                            {glPushAttrib_op::op, glPopClientAttrib_op::op},
+                                            {glFinish_op::op, glTranslatef_op::op},
+                                            {glDeleteLists_op::op, glDeleteLists_op::op},
+                                            {glNewList_op::op, glEdgeFlagPointer_op::op},
+                                            {glArrayElement_op::op, glDrawElements_op::op},
+                                            {glShadeModel_op::op, glLightiv_op::op},
+                                            {glLightModelf_op::op, glMaterialiv_op::op},
+                                            {glColorMaterial_op::op, glPixelMapusv_op::op},
+                                            {glStencilFunc_op::op, glTexGeniv_op::op},
+                                            {glTexEnvf_op::op, glTexEnviv_op::op},
+                                            {glTexParameterf_op::op, glTexParameteriv_op::op},
+                                            {glTexImage1D_op::op, glTexImage2D_op::op},
+                                            {glDeleteTextures_op::op, glBindTexture_op::op},
+                                            {glTexSubImage1D_op::op, glTexSubImage2D_op::op},
+                                            {glFogf_op::op, glFogiv_op::op},
+                                            {glBlendColor_op::op, glTexSubImage3D_op::op},
+                                            {glActiveTexture_op::op, glCompressedTexSubImage1D_op::op},
+                                            {glClientActiveTexture_op::op, glBlendFuncSeparate_op::op},
+                                            {glPointParameterf_op::op, glWindowPos3sv_op::op},
+                                            {glDeleteQueries_op::op, glDeleteQueries_op::op},
+                                            {glBeginQuery_op::op, glEndQuery_op::op},
+                                            {glBindBuffer_op::op, glDeleteBuffers_op::op},
+                                            {glBufferData_op::op, glBufferSubData_op::op},
+                                            {glBlendEquationSeparate_op::op, glEnableVertexAttribArray_op::op},
+                                            {glLinkProgram_op::op, glUniformMatrix4x3fv_op::op},
+                                            {glBindBufferARB_op::op, glDeleteBuffersARB_op::op},
+                                            {glBufferDataARB_op::op, glBufferSubDataARB_op::op},
+                                            {glBindRenderbuffer_op::op, glDeleteRenderbuffers_op::op},
+                                            {glRenderbufferStorage_op::op, glRenderbufferStorage_op::op},
+                                            {glBindFramebuffer_op::op, glDeleteFramebuffers_op::op},
+                                            {glFramebufferTexture1D_op::op, glFramebufferRenderbuffer_op::op},
+                                            {glGenerateMipmap_op::op, glFramebufferTextureLayer_op::op}};
 
 constexpr int gl_ops_with_result = 55;
 constexpr int gl_ops_without_result = 1047;
