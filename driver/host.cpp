@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "ops/names.h"
 #include "report.h"
 #include "thunk_targets.h"
 
@@ -18,12 +19,6 @@ const __osw_proc lacking = reinterpret_cast<__osw_proc>(nothing);
 constexpr DWORD longest_path = 4096;
 
 HMODULE host_module;
-
-constexpr auto name_of = []<class Op>() { return Op::name; };
-constexpr auto gl_name_column = gl_op_list::column<const char*>(name_of);
-constexpr auto wgl_name_column = wgl_op_list::column<const char*>(name_of);
-constexpr auto& gl_names = gl_name_column.of;
-constexpr auto& wgl_names = wgl_name_column.of;
 
 // A library that stands on this driver, or is one like it, would call the driver again for every call.
 bool leads_back_here(HMODULE module) {
@@ -89,8 +84,8 @@ BOOL CALLBACK load_once(INIT_ONCE*, void*, void**) {
     report("no host library was found, error %lu", GetLastError());
     return TRUE;
   }
-  fill_from_exports(host_gl, gl_names, gl_op_count);
-  fill_from_exports(host_wgl, wgl_names, wgl_op_count);
+  fill_from_exports(host_gl, __osw_gl_names, gl_op_count);
+  fill_from_exports(host_wgl, __osw_wgl_names, wgl_op_count);
   for (int i = 0; i < export_thunk_count; ++i) {
     if (__osw_proc entry = exported(thunked_exports[i])) thunk_targets[i] = entry;
   }
@@ -113,13 +108,12 @@ __osw_proc host_wgl[wgl_op_count];
 bool load_host() {
   static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
   InitOnceExecuteOnce(&once, load_once, nullptr, nullptr);
-  return host_module;
+  return host_module != nullptr;
 }
 
 __osw_proc ask_host(const char* name) {
   if (!load_host()) return nullptr;
-  const auto answer = reinterpret_cast<INT_PTR>(host_wgl_entry<wglGetProcAddress_op>()(name));
-  return answer >= -1 && answer <= 3 ? nullptr : reinterpret_cast<__osw_proc>(answer);
+  return known_entry(host_wgl_entry<wglGetProcAddress_op>()(name));
 }
 
 bool find_host_gl(int op, const char* name) {

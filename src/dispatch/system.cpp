@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "dispatch/report.h"
+#include "ops/names.h"
 #include "ops/relaxed.h"
 
 CRITICAL_SECTION __osw_wgl_bind_lock;
@@ -41,7 +42,7 @@ system_library load_system_library() {
 __osw_proc find(const system_library& library, const char* name) {
   if (!library.module) return nullptr;
   if (auto exported = reinterpret_cast<__osw_proc>(GetProcAddress(library.module, name))) return exported;
-  return library.lookup ? __osw_known_entry(library.lookup(name)) : nullptr;
+  return library.lookup ? known_entry(library.lookup(name)) : nullptr;
 }
 
 // Writes every slot, null where nothing is found. Until the first make-current other threads may be calling through the
@@ -85,11 +86,6 @@ void bind_gl_locked() {
 }
 
 }  // namespace
-
-__osw_proc __osw_known_entry(PROC answer) {
-  const auto value = reinterpret_cast<intptr_t>(answer);
-  return value >= -1 && value <= 3 ? nullptr : reinterpret_cast<__osw_proc>(answer);
-}
 
 void __osw_bind_wgl(i32 first_use) {
   if (is_set(__osw_wgl_bound_done)) return;

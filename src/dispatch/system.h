@@ -12,10 +12,6 @@ extern CRITICAL_SECTION __osw_gl_bind_lock;
 extern u32 __osw_wgl_bound_done;
 extern u32 __osw_gl_bound_done;
 
-// What the system's wglGetProcAddress answered, with null for every way of saying that a name is unknown: drivers
-// answer null, and some 1, 2, 3 or -1.
-__osw_proc __osw_known_entry(PROC answer);
-
 // Fills `__osw_sys_wgl`. `first_use` is 1 for a new thread state, where extension entries are expected to be missing:
 // the binding then says nothing of them and is made again by the next caller; 0 for a thread whose context has just
 // become current, which completes the table for good. Failures are reported to the debugger and leave slots null. Any

@@ -12,11 +12,7 @@ __osw_proc __osw_gl_table_pass[gl_op_count];
 
 namespace {
 
-constexpr auto name_of = []<class Op>() { return Op::name; };
 constexpr auto number_of = []<class Op>() { return Op::op; };
-
-constexpr auto wgl_names = wgl_op_list::column<const char*>(name_of);
-constexpr auto gl_names = gl_op_list::column<const char*>(name_of);
 
 // A row that is missing, doubled or out of place would shift every table behind it.
 template <int count>
@@ -50,6 +46,3 @@ constexpr bool payloads_are_used() {
 static_assert(payloads_are_used());
 
 }  // namespace
-
-const char* const (&__osw_wgl_names)[wgl_op_count] = wgl_names.of;
-const char* const (&__osw_gl_names)[gl_op_count] = gl_names.of;

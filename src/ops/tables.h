@@ -3,7 +3,7 @@
 // binding under its locks (dispatch/system.h).
 #pragma once
 
-#include "ops/ops.h"
+#include "ops/names.h"
 
 extern __osw_proc __osw_sys_wgl[wgl_op_count];
 extern __osw_proc __osw_sys_gl[gl_op_count];
@@ -18,10 +18,6 @@ extern __osw_proc __osw_gl_table_pass[gl_op_count];
 // The entry points that applications call, exported or handed out by name, in op order.
 extern const __osw_proc (&__osw_wgl_entries)[wgl_op_count];
 extern const __osw_proc (&__osw_gl_entries)[gl_op_count];
-
-// The functions' own names, in op order.
-extern const char* const (&__osw_wgl_names)[wgl_op_count];
-extern const char* const (&__osw_gl_names)[gl_op_count];
 
 // Per op: 1 when the issuing thread waits for the replay of a command of this op, else 0.
 extern u32 __osw_wgl_sync_flags[wgl_op_count];

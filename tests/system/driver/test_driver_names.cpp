@@ -3,6 +3,7 @@
 #include <initializer_list>
 
 #include "driver.h"
+#include "ops/names.h"
 
 namespace {
 
@@ -12,11 +13,8 @@ HGLRC context;
 const char* const private_names[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
                                      "glDrawableSizeZ4", "OswDriverSwitchCount"};
 
-constexpr auto name_of = []<class Op>() { return Op::name; };
-constexpr auto gl_name_column = gl_op_list::column<const char*>(name_of);
-constexpr auto wgl_name_column = wgl_op_list::column<const char*>(name_of);
-constexpr auto& gl_names = gl_name_column.of;
-constexpr auto& wgl_names = wgl_name_column.of;
+const auto& gl_names = __osw_gl_names;
+const auto& wgl_names = __osw_wgl_names;
 
 constexpr int exported_gl = 336, exported_wgl = 25;
 
