@@ -134,7 +134,7 @@ bool is_acceptable(thread_state* thread, context* c, HDC draw, HDC read) {
 
 BOOL note_none(thread_state* thread, HDC hdc) {
   if (thread->owned) drop_ownership(thread->owned);
-  const bool had_one = thread->current;
+  const bool had_one = thread->current != nullptr;
   thread->owned = thread->current = nullptr;
   if (thread->real) return release_real(thread);
   return had_one ? TRUE : host_wgl_entry<wglMakeCurrent_op>()(hdc, nullptr);

@@ -21,6 +21,9 @@ struct thread_state {
   int depth;         // of calls into the host that may come back through gdi32
 };
 
+// Deeper than any honest way through gdi32 and back.
+constexpr int deepest_call = 16;
+
 // TLS slot that holds the thread's state while its noted binding is real on the host, and null otherwise.
 extern "C" DWORD driver_bound_slot;
 

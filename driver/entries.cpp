@@ -1,83 +1,92 @@
-// The driver's entries, exported or handed out by name: one function per op, and what finds them.
-#include <cstring>
+// The driver's entries: one function per op. Each is the driver's own form of the call, where there is one, or passes
+// it on to the host. The names carry a prefix, because the public headers declare the plain ones as imports.
+#include "entries.h"
 
-#include "drawable_size.h"
-#include "extension_names.h"
-#include "names.h"
-#include "state_queries.h"
-#include "thunks.h"
-#include "wgl_entries.h"
-#include "window_coordinates.h"
+#include <type_traits>
+
+#include "binding.h"
+#include "host.h"
+#include "ops/entry_table.h"
+#include "own_ops.h"
+#include "stand_in.h"
+
+namespace {
+
+// The first call on a binding that was only noted. Apart from the function below, so that the path of every other call
+// is a load, a test and a jump.
+template <class Op, class... Arguments>
+[[gnu::noinline, gnu::cold]] auto bind_and_call(Arguments... arguments) {
+  bind_current();
+  return host_gl_entry<Op>()(arguments...);
+}
+
+template <class Op, class... Arguments>
+inline auto call_gl(Arguments... arguments) {
+  if constexpr (has_own_call<Op>) {
+    return own_call<Op>::call(arguments...);
+  } else {
+    if (!bound_thread()) [[unlikely]]
+      return bind_and_call<Op>(arguments...);
+    return host_gl_entry<Op>()(arguments...);
+  }
+}
+
+template <class Op, class Value>
+inline Value host_value(Value value) {
+  if constexpr (std::is_same_v<Value, HDC> && !asks_for_font<Op>) {
+    return host_hdc(value);
+  } else {
+    return value;
+  }
+}
+
+// The thread's binding is made real first where the host looks at it. The depth is watched because the host may come
+// back here through gdi32.
+template <class Op, class... Arguments>
+inline auto pass_wgl(Arguments... arguments) {
+  using result = decltype(host_wgl_entry<Op>()(arguments...));
+  thread_state* thread = this_thread();
+  if (!thread || thread->depth >= deepest_call) return result();
+  if constexpr (asks_current_context<Op>) bind_current();
+  ++thread->depth;
+  if constexpr (std::is_void_v<result>) {
+    host_wgl_entry<Op>()(host_value<Op>(arguments)...);
+    --thread->depth;
+  } else {
+    const result value = host_wgl_entry<Op>()(host_value<Op>(arguments)...);
+    --thread->depth;
+    return value;
+  }
+}
+
+template <class Op, class... Arguments>
+inline auto call_wgl(Arguments... arguments) {
+  if constexpr (has_own_call<Op>) {
+    return own_call<Op>::call(arguments...);
+  } else {
+    return pass_wgl<Op>(arguments...);
+  }
+}
+
+}  // namespace
 
 #define GL_OP(number, function, sync, threaded, sequential, replay, alias, payload, result, parameters, arguments) \
   extern "C" result driver_##function parameters {                                                                 \
-    return forward<function##_op, result> arguments;                                                               \
-  }
+    return call_gl<function##_op> arguments;                                                                       \
+  }                                                                                                                \
+  template <>                                                                                                      \
+  constexpr function##_op::type* entry_point<function##_op> = driver_##function;
 #include "ops/gl_ops.inc"
 #undef GL_OP
 
 #define WGL_OP(number, function, sync, main, pass, replay, result, parameters, arguments) \
   extern "C" result driver_##function parameters {                                        \
-    return forward_wgl<function##_op, result> arguments;                                  \
-  }
+    return call_wgl<function##_op> arguments;                                             \
+  }                                                                                       \
+  template <>                                                                             \
+  constexpr function##_op::type* entry_point<function##_op> = driver_##function;
 #include "ops/wgl_ops.inc"
 #undef WGL_OP
 
-namespace {
-
-struct named_entry {
-  const char* name;
-  __osw_proc entry;
-};
-
-#define GL_OP(number, function, ...) {#function, reinterpret_cast<__osw_proc>(driver_##function)},
-const named_entry gl_entries[] = {
-#include "ops/gl_ops.inc"
-};
-#undef GL_OP
-
-#define WGL_OP(number, function, ...) {#function, reinterpret_cast<__osw_proc>(driver_##function)},
-const named_entry wgl_entries[] = {
-#include "ops/wgl_ops.inc"
-};
-#undef WGL_OP
-
-const named_entry private_entries[] = {
-    {"wglFastSwitchContextZ4", reinterpret_cast<__osw_proc>(driver_wglFastSwitchContextZ4)},
-    {"wglGetGLContextZ4", reinterpret_cast<__osw_proc>(driver_wglGetGLContextZ4)},
-    {"glViewportOffsetZ4", reinterpret_cast<__osw_proc>(driver_glViewportOffsetZ4)},
-    {"glDrawableSizeZ4", reinterpret_cast<__osw_proc>(driver_glDrawableSizeZ4)},
-    {"OswDriverSwitchCount", reinterpret_cast<__osw_proc>(driver_OswDriverSwitchCount)},
-};
-
-template <int count>
-int position_of(const char* name, const named_entry (&entries)[count]) {
-  for (int i = 0; i < count; ++i) {
-    if (strcmp(entries[i].name, name) == 0) return i;
-  }
-  return -1;
-}
-
-__osw_proc find_proc(const char* name) {
-  if (const int i = position_of(name, private_entries); i >= 0) return private_entries[i].entry;
-  if (strcmp(name, "wglCreateContextAttribsARB") == 0) return nullptr;
-  bind_current();
-  __osw_proc hosts = ask_host(name);
-  if (!hosts) return nullptr;
-  // What the host exports is called there; it may answer another address to the name.
-  if (const int op = position_of(name, gl_entries); op >= 0) {
-    find_host_gl(op, name);
-    return gl_entries[op].entry;
-  }
-  if (const int op = position_of(name, wgl_entries); op >= 0) {
-    find_host_wgl(op, name);
-    return wgl_entries[op].entry;
-  }
-  return thunk_for(name, hosts);
-}
-
-}  // namespace
-
-PROC find_entry(const char* name) {
-  return name ? reinterpret_cast<PROC>(find_proc(name)) : nullptr;
-}
+const __osw_proc (&driver_gl_entries)[gl_op_count] = entry_table<gl_op_list>::entries;
+const __osw_proc (&driver_wgl_entries)[wgl_op_count] = entry_table<wgl_op_list>::entries;

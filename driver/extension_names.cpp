@@ -3,6 +3,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "binding.h"
+#include "host.h"
+#include "own_ops.h"
+#include "stand_in.h"
+
 namespace {
 
 // A program that finds the first of these creates its contexts in a way that cannot be spanned; the others stand on it.
@@ -96,17 +101,25 @@ int withheld_extension_count(context* c) {
   return c->withheld_extensions;
 }
 
-template <>
-const GLubyte* forward<glGetString_op, const GLubyte*>(GLenum name) {
+const GLubyte* own_call<glGetString_op>::call(GLenum name) {
   bind_current();
   const GLubyte* string = host_gl_entry<glGetString_op>()(name);
   if (name != GL_EXTENSIONS) return string;
   return reinterpret_cast<const GLubyte*>(offered_extensions(reinterpret_cast<const char*>(string)));
 }
 
-template <>
-const GLubyte* forward<glGetStringi_op, const GLubyte*>(GLenum name, GLuint index) {
+const GLubyte* own_call<glGetStringi_op>::call(GLenum name, GLuint index) {
   context* c = calling_context();
   if (c && name == GL_EXTENSIONS && withheld_extension_count(c) > 0) index = host_index(index);
   return host_gl_entry<glGetStringi_op>()(name, index);
+}
+
+const char* own_call<wglGetExtensionsStringARB_op>::call(HDC hdc) {
+  load_host();
+  return offered_extensions(host_wgl_entry<wglGetExtensionsStringARB_op>()(host_hdc(hdc)));
+}
+
+const char* own_call<wglGetExtensionsStringEXT_op>::call() {
+  bind_current();
+  return offered_extensions(host_wgl_entry<wglGetExtensionsStringEXT_op>()());
 }

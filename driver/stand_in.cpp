@@ -19,7 +19,7 @@ constexpr char stand_in_class[] = "osw_driver_stand_in";
 constexpr DWORD extended_style = WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW | WS_EX_TRANSPARENT | WS_EX_LAYERED;
 
 bool is_under_wine() {
-  static const bool under_wine = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version");
+  static const bool under_wine = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
   return under_wine;
 }
 

@@ -76,7 +76,7 @@ void note_raised(HWND hwnd) {
   if (!first_stand_in) return;
   HWND owner = GetAncestor(hwnd, GA_ROOT);
   AcquireSRWLockShared(&stand_in_lock);
-  const bool any = find_stand_in_by_owner(owner);
+  const bool any = find_stand_in_by_owner(owner) != nullptr;
   ReleaseSRWLockShared(&stand_in_lock);
   if (!any) return;
   GetInputState();

@@ -1,9 +1,11 @@
-#include "state_queries.h"
-
+// Queries of values in window coordinates, which are the host's without the offset.
 #include <cstring>
 #include <limits>
 
+#include "binding.h"
 #include "extension_names.h"
+#include "host.h"
+#include "own_ops.h"
 
 namespace {
 
@@ -103,47 +105,38 @@ void ask_indexed(GLenum name, GLuint index, Value* values) {
 
 }  // namespace
 
-template <>
-void forward<glGetBooleanv_op, void>(GLenum name, GLboolean* values) {
+void own_call<glGetBooleanv_op>::call(GLenum name, GLboolean* values) {
   ask<glGetBooleanv_op>(name, values);
 }
 
-template <>
-void forward<glGetDoublev_op, void>(GLenum name, GLdouble* values) {
+void own_call<glGetDoublev_op>::call(GLenum name, GLdouble* values) {
   ask<glGetDoublev_op>(name, values);
 }
 
-template <>
-void forward<glGetFloatv_op, void>(GLenum name, GLfloat* values) {
+void own_call<glGetFloatv_op>::call(GLenum name, GLfloat* values) {
   ask<glGetFloatv_op>(name, values);
 }
 
-template <>
-void forward<glGetIntegerv_op, void>(GLenum name, GLint* values) {
+void own_call<glGetIntegerv_op>::call(GLenum name, GLint* values) {
   ask<glGetIntegerv_op>(name, values);
 }
 
-template <>
-void forward<glGetBooleani_v_op, void>(GLenum name, GLuint index, GLboolean* values) {
+void own_call<glGetBooleani_v_op>::call(GLenum name, GLuint index, GLboolean* values) {
   ask_indexed<glGetBooleani_v_op>(name, index, values);
 }
 
-template <>
-void forward<glGetIntegeri_v_op, void>(GLenum name, GLuint index, GLint* values) {
+void own_call<glGetIntegeri_v_op>::call(GLenum name, GLuint index, GLint* values) {
   ask_indexed<glGetIntegeri_v_op>(name, index, values);
 }
 
-template <>
-void forward<glGetInteger64i_v_op, void>(GLenum name, GLuint index, GLint64* values) {
+void own_call<glGetInteger64i_v_op>::call(GLenum name, GLuint index, GLint64* values) {
   ask_indexed<glGetInteger64i_v_op>(name, index, values);
 }
 
-template <>
-void forward<glGetBooleanIndexedvEXT_op, void>(GLenum name, GLuint index, GLboolean* values) {
+void own_call<glGetBooleanIndexedvEXT_op>::call(GLenum name, GLuint index, GLboolean* values) {
   ask_indexed<glGetBooleanIndexedvEXT_op>(name, index, values);
 }
 
-template <>
-void forward<glGetIntegerIndexedvEXT_op, void>(GLenum name, GLuint index, GLint* values) {
+void own_call<glGetIntegerIndexedvEXT_op>::call(GLenum name, GLuint index, GLint* values) {
   ask_indexed<glGetIntegerIndexedvEXT_op>(name, index, values);
 }

@@ -4,12 +4,6 @@
 
 #include <cstring>
 
-const char* const thunked_exports[export_thunk_count] = {"GlmfBeginGlsBlock", "GlmfCloseMetaFile", "GlmfEndGlsBlock",
-                                                         "GlmfEndPlayback",   "GlmfInitPlayback",  "GlmfPlayGlsRecord",
-                                                         "glDebugEntry"};
-
-__osw_proc thunk_targets[thunk_count];
-
 namespace {
 
 SRWLOCK thunk_lock = SRWLOCK_INIT;
@@ -29,6 +23,12 @@ int find_or_take(const char* name, __osw_proc target) {
 }
 
 }  // namespace
+
+const char* const thunked_exports[export_thunk_count] = {"GlmfBeginGlsBlock", "GlmfCloseMetaFile", "GlmfEndGlsBlock",
+                                                         "GlmfEndPlayback",   "GlmfInitPlayback",  "GlmfPlayGlsRecord",
+                                                         "glDebugEntry"};
+
+__osw_proc thunk_targets[thunk_count];
 
 int thunk_to(const char* name, __osw_proc target) {
   AcquireSRWLockExclusive(&thunk_lock);

@@ -40,7 +40,7 @@ void await_server() {
 
 bool is_owned_by(HWND hwnd, HWND owner) {
   while (hwnd && hwnd != owner) hwnd = GetWindow(hwnd, GW_OWNER);
-  return hwnd;
+  return hwnd != nullptr;
 }
 
 bool is_foremost(HWND owner) {

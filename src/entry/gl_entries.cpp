@@ -1,7 +1,7 @@
 // The GL entry points. Each knows its op and nothing else: it jumps through the calling thread's table with the
 // arguments as they came. The names carry a prefix, because the public headers declare the plain ones as imports.
 #include "dispatch/thread_state.h"
-#include "entry/entry_table.h"
+#include "ops/entry_table.h"
 
 #define GL_OP(number, function, sync, threaded, sequential, replay, alias, payload, result, parameters, arguments) \
   extern "C" result osw_##function parameters {                                                                    \

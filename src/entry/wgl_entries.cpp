@@ -1,7 +1,7 @@
 // The wgl entry points, made like the GL ones, and the exports that belong to neither list.
 #include "dispatch/no_context.h"
 #include "dispatch/thread_state.h"
-#include "entry/entry_table.h"
+#include "ops/entry_table.h"
 
 #define WGL_OP(number, function, sync, main, pass, replay, result, parameters, arguments) \
   extern "C" result osw_##function parameters {                                           \

@@ -1,9 +1,11 @@
-#include "wgl_entries.h"
-
-#include "extension_names.h"
+// The wgl functions that are more than a call of the host's.
+#include "attribute_stack.h"
+#include "binding.h"
+#include "host.h"
 #include "names.h"
+#include "own_ops.h"
 #include "spare_window.h"
-#include "window_coordinates.h"
+#include "stand_in.h"
 
 namespace {
 
@@ -47,17 +49,17 @@ HDC current_hdc(drawable context::*which) {
 
 }  // namespace
 
-OWN_WGL_ENTRY(wglCreateContext, HGLRC, HDC hdc) {
+HGLRC own_call<wglCreateContext_op>::call(HDC hdc) {
   load_host();
   return enter(hdc, host_wgl_entry<wglCreateContext_op>()(host_hdc(hdc)));
 }
 
-OWN_WGL_ENTRY(wglCreateLayerContext, HGLRC, HDC hdc, int layer) {
+HGLRC own_call<wglCreateLayerContext_op>::call(HDC hdc, int layer) {
   load_host();
   return enter(hdc, host_wgl_entry<wglCreateLayerContext_op>()(host_hdc(hdc), layer));
 }
 
-OWN_WGL_ENTRY(wglCopyContext, BOOL, HGLRC source, HGLRC destination, UINT mask) {
+BOOL own_call<wglCopyContext_op>::call(HGLRC source, HGLRC destination, UINT mask) {
   load_host();
   const BOOL result = host_wgl_entry<wglCopyContext_op>()(source, destination, mask);
   const context* from = find_context(source);
@@ -66,7 +68,7 @@ OWN_WGL_ENTRY(wglCopyContext, BOOL, HGLRC source, HGLRC destination, UINT mask) 
   return result;
 }
 
-OWN_WGL_ENTRY(wglDeleteContext, BOOL, HGLRC hglrc) {
+BOOL own_call<wglDeleteContext_op>::call(HGLRC hglrc) {
   load_host();
   context* c = find_context(hglrc);
   if (!c) return host_wgl_entry<wglDeleteContext_op>()(hglrc);
@@ -82,46 +84,46 @@ OWN_WGL_ENTRY(wglDeleteContext, BOOL, HGLRC hglrc) {
   return TRUE;
 }
 
-OWN_WGL_ENTRY(wglGetCurrentContext, HGLRC) {
+HGLRC own_call<wglGetCurrentContext_op>::call() {
   const thread_state* thread = this_thread();
   return thread && thread->current ? thread->current->hglrc : nullptr;
 }
 
-OWN_WGL_ENTRY(wglGetCurrentDC, HDC) {
+HDC own_call<wglGetCurrentDC_op>::call() {
   return current_hdc(&context::draw);
 }
 
-OWN_WGL_ENTRY(wglGetCurrentReadDCARB, HDC) {
+HDC own_call<wglGetCurrentReadDCARB_op>::call() {
   return current_hdc(&context::read);
 }
 
-OWN_WGL_ENTRY(wglGetCurrentReadDCEXT, HDC) {
+HDC own_call<wglGetCurrentReadDCEXT_op>::call() {
   return current_hdc(&context::read);
 }
 
-OWN_WGL_ENTRY(wglGetDefaultProcAddress, PROC, LPCSTR name) {
+PROC own_call<wglGetDefaultProcAddress_op>::call(LPCSTR name) {
   return find_entry(name);
 }
 
-OWN_WGL_ENTRY(wglGetProcAddress, PROC, LPCSTR name) {
+PROC own_call<wglGetProcAddress_op>::call(LPCSTR name) {
   return find_entry(name);
 }
 
-OWN_WGL_ENTRY(wglMakeCurrent, BOOL, HDC hdc, HGLRC hglrc) {
+BOOL own_call<wglMakeCurrent_op>::call(HDC hdc, HGLRC hglrc) {
   return note_binding(hdc, hdc, hglrc);
 }
 
-OWN_WGL_ENTRY(wglMakeContextCurrentARB, BOOL, HDC draw, HDC read, HGLRC hglrc) {
+BOOL own_call<wglMakeContextCurrentARB_op>::call(HDC draw, HDC read, HGLRC hglrc) {
   return note_binding(draw, read, hglrc);
 }
 
-OWN_WGL_ENTRY(wglMakeContextCurrentEXT, BOOL, HDC draw, HDC read, HGLRC hglrc) {
+BOOL own_call<wglMakeContextCurrentEXT_op>::call(HDC draw, HDC read, HGLRC hglrc) {
   return note_binding(draw, read, hglrc);
 }
 
-OWN_WGL_ENTRY(wglSetPixelFormat, BOOL, HDC hdc, int format, const PIXELFORMATDESCRIPTOR* descriptor) {
+BOOL own_call<wglSetPixelFormat_op>::call(HDC hdc, int format, const PIXELFORMATDESCRIPTOR* descriptor) {
   thread_state* thread = this_thread();
-  if (!thread || thread->depth >= deepest) return FALSE;
+  if (!thread || thread->depth >= deepest_call) return FALSE;
   ++thread->depth;
   make_stand_in(WindowFromDC(hdc), format, descriptor);
   const BOOL result = host_wgl_entry<wglSetPixelFormat_op>()(host_hdc(hdc), format, descriptor);
@@ -129,45 +131,38 @@ OWN_WGL_ENTRY(wglSetPixelFormat, BOOL, HDC hdc, int format, const PIXELFORMATDES
   return result;
 }
 
-OWN_WGL_ENTRY(wglSwapBuffers, BOOL, HDC hdc) {
+BOOL own_call<wglSwapBuffers_op>::call(HDC hdc) {
   HDC shown = prepare_swap(hdc);
   return shown ? host_wgl_entry<wglSwapBuffers_op>()(shown) : TRUE;
 }
 
-OWN_WGL_ENTRY(wglSwapLayerBuffers, BOOL, HDC hdc, UINT planes) {
+BOOL own_call<wglSwapLayerBuffers_op>::call(HDC hdc, UINT planes) {
   HDC shown = prepare_swap(hdc);
   return shown ? host_wgl_entry<wglSwapLayerBuffers_op>()(shown, planes) : TRUE;
 }
 
 // One by one, as each may need a binding of its own; bit i of the result is set when swap i succeeded.
-OWN_WGL_ENTRY(wglSwapMultipleBuffers, DWORD, UINT count, const WGLSWAP* swaps) {
+DWORD own_call<wglSwapMultipleBuffers_op>::call(UINT count, const WGLSWAP* swaps) {
   if (count > most_swaps) return 0;
   DWORD swapped = 0;
   for (UINT i = 0; i < count; ++i) {
-    if (forward_wgl<wglSwapLayerBuffers_op, BOOL>(swaps[i].hdc, swaps[i].uiFlags)) swapped |= 1u << i;
+    if (own_call<wglSwapLayerBuffers_op>::call(swaps[i].hdc, swaps[i].uiFlags)) swapped |= 1u << i;
   }
   return swapped;
 }
 
-OWN_WGL_ENTRY(wglGetExtensionsStringARB, const char*, HDC hdc) {
-  load_host();
-  return offered_extensions(host_wgl_entry<wglGetExtensionsStringARB_op>()(host_hdc(hdc)));
-}
-
-OWN_WGL_ENTRY(wglGetExtensionsStringEXT, const char*) {
-  bind_current();
-  return offered_extensions(host_wgl_entry<wglGetExtensionsStringEXT_op>()());
-}
-
 // Not offered; see extension_names.cpp.
-OWN_WGL_ENTRY(wglCreateContextAttribsARB, HGLRC, HDC, HGLRC, const int*) {
+HGLRC own_call<wglCreateContextAttribsARB_op>::call(HDC, HGLRC, const int*) {
   return nullptr;
 }
 
-OWN_WGL_ENTRY(wglFastSwitchContextZ4, BOOL, HANDLE driver_context, UINT) {
+// Makes the driver context `driver_context` the calling thread's, on the drawable that it was last bound to, even while
+// another thread owns it. The second argument is 0. False, with no change, when that cannot be; see binding.h.
+BOOL own_call<wglFastSwitchContextZ4_op>::call(HANDLE driver_context, UINT) {
   return switch_to(static_cast<context*>(driver_context));
 }
 
-OWN_WGL_ENTRY(wglGetGLContextZ4, HANDLE, HGLRC hglrc) {
+// The driver context of a context, or null. It is valid until the context is deleted.
+HANDLE own_call<wglGetGLContextZ4_op>::call(HGLRC hglrc) {
   return find_context(hglrc);
 }
