@@ -47,7 +47,7 @@ HDC lasting_hdc(const drawable& target, drawable& borrowed) {
   return borrowed.hdc;
 }
 
-bool is_same(const drawable& a, const drawable& b) {
+bool is_same_drawable(const drawable& a, const drawable& b) {
   return a.hdc == b.hdc && a.hwnd == b.hwnd;
 }
 
@@ -67,7 +67,7 @@ BOOL make_real(context* c) {
     if (make_current_on(c, spare, spare)) return TRUE;
   }
   HDC draw = lasting_hdc(c->draw, c->borrowed);
-  return make_current_on(c, draw, is_same(c->draw, c->read) ? draw : host_hdc(c->read.hdc));
+  return make_current_on(c, draw, is_same_drawable(c->draw, c->read) ? draw : host_hdc(c->read.hdc));
 }
 
 void refuse(thread_state* thread, const char* why) {
@@ -103,7 +103,7 @@ bool realize(thread_state* thread) {
 void note_drawables(context* c, HDC draw, HDC read) {
   const drawable new_draw = {draw, WindowFromDC(draw)};
   const drawable new_read = read == draw ? new_draw : drawable{read, WindowFromDC(read)};
-  if (!is_same(new_draw, c->draw) || !is_same(new_read, c->read) || c->spared) c->stale = true;
+  if (!is_same_drawable(new_draw, c->draw) || !is_same_drawable(new_read, c->read) || c->spared) c->stale = true;
   note_first_drawable(c, new_draw.hwnd);
   c->draw = new_draw;
   c->read = new_read;

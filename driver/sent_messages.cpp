@@ -11,7 +11,7 @@ struct watched_thread {
   HHOOK hook;
 };
 
-// Under the lock. A thread that ended is kept: its number may be another's one day.
+// Under `threads_lock`. A thread that ended is kept: its number may be another's one day.
 watched_thread* threads;
 SRWLOCK threads_lock = SRWLOCK_INIT;
 std::atomic<void (*)(const CWPSTRUCT&)> tell;

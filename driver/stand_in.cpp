@@ -121,7 +121,7 @@ void catch_up(HWND child) {
   RECT owner_place{};
   GetWindowRect(owner, &owner_place);
   if (at_rest && !has_new_foreground() && EqualRect(&last_place, &owner_place) &&
-      is_same(now, find_placement(child, owner)))
+      is_same_placement(now, find_placement(child, owner)))
     return;
   on_window_thread(bring_on_window_thread, child);
 }

@@ -75,7 +75,7 @@ placement find_placement(HWND child, HWND owner) {
   return p;
 }
 
-bool is_same(const placement& a, const placement& b) {
+bool is_same_placement(const placement& a, const placement& b) {
   return a.visible == b.visible && EqualRect(&a.place, &b.place) && EqualRect(&a.part, &b.part);
 }
 
@@ -99,7 +99,7 @@ void follow_child(stand_in* s) {
   s->owner_place = owner_place;
   ReleaseSRWLockExclusive(&stand_in_lock);
   const placement wanted = find_placement(s->child, owner);
-  if (!is_same(wanted, s->now)) place(s, wanted);
+  if (!is_same_placement(wanted, s->now)) place(s, wanted);
 }
 
 // Each round starts at the front: the list may have changed meanwhile. What was looked at in this round is passed over.

@@ -6,7 +6,7 @@
 // Where a child's stand-in belongs now. `owner` is its top window. Any thread that may send messages.
 placement find_placement(HWND child, HWND owner);
 
-bool is_same(const placement& a, const placement& b);
+bool is_same_placement(const placement& a, const placement& b);
 
 // Brings a stand-in to where its child is, under its child's top window as owner, or destroys it if the child is gone.
 // `s` may be gone on return. On the window thread, as the next two.

@@ -7,19 +7,19 @@
 namespace {
 
 SRWLOCK thunk_lock = SRWLOCK_INIT;
-char* names[thunk_count];
-int taken = export_thunk_count;
+char* thunk_names[thunk_count];
+int taken_thunks = export_thunk_count;
 
 int find_or_take(const char* name, __osw_proc target) {
-  for (int i = export_thunk_count; i < taken; ++i) {
-    if (thunk_targets[i] == target && strcmp(names[i], name) == 0) return i;
+  for (int i = export_thunk_count; i < taken_thunks; ++i) {
+    if (thunk_targets[i] == target && strcmp(thunk_names[i], name) == 0) return i;
   }
-  if (taken == thunk_count) return -1;
+  if (taken_thunks == thunk_count) return -1;
   char* copy = _strdup(name);
   if (!copy) return -1;
-  names[taken] = copy;
-  thunk_targets[taken] = target;
-  return taken++;
+  thunk_names[taken_thunks] = copy;
+  thunk_targets[taken_thunks] = target;
+  return taken_thunks++;
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 
 constexpr UINT most_swaps = 16;
 
-HGLRC enter(HDC hdc, HGLRC hglrc) {
+HGLRC enter_context(HDC hdc, HGLRC hglrc) {
   if (!hglrc) return nullptr;
   if (register_context(hglrc, host_wgl_entry<wglGetPixelFormat_op>()(host_hdc(hdc)))) return hglrc;
   host_wgl_entry<wglDeleteContext_op>()(hglrc);
@@ -51,12 +51,12 @@ HDC current_hdc(drawable context::*which) {
 
 HGLRC own_call<wglCreateContext_op>::call(HDC hdc) {
   load_host();
-  return enter(hdc, host_wgl_entry<wglCreateContext_op>()(host_hdc(hdc)));
+  return enter_context(hdc, host_wgl_entry<wglCreateContext_op>()(host_hdc(hdc)));
 }
 
 HGLRC own_call<wglCreateLayerContext_op>::call(HDC hdc, int layer) {
   load_host();
-  return enter(hdc, host_wgl_entry<wglCreateLayerContext_op>()(host_hdc(hdc), layer));
+  return enter_context(hdc, host_wgl_entry<wglCreateLayerContext_op>()(host_hdc(hdc), layer));
 }
 
 BOOL own_call<wglCopyContext_op>::call(HGLRC source, HGLRC destination, UINT mask) {
