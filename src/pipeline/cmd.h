@@ -49,6 +49,7 @@ inline u64 to_slot(T value) {
 template <class T>
 inline T from_slot(const u64& slot) {
   T value;
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): a pointer is a value like others
   memcpy(&value, &slot, sizeof value);
   return value;
 }
