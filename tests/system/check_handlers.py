@@ -80,8 +80,13 @@ class Builder:
     def link(self, source, made):
         image = IMAGES[source.split("/")[0]]
         own = self.object_of(source).resolve()
-        objects = [str(found) for found in self.build.glob(f"*/CMakeFiles/{image}.dir/**/*.obj") if found.resolve() != own]
-        objects += [str(found) for found in self.build.glob("src/CMakeFiles/osw_ops.dir/**/*.obj")] if image != "opengl32" else []
+        # What both images share is a library of its own.
+        objects = [
+            str(found)
+            for target in (image, "osw_ops")
+            for found in self.build.glob(f"*/CMakeFiles/{target}.dir/**/*.obj")
+            if found.resolve() != own
+        ]
         command = ["x86_64-w64-mingw32-g++", "-shared", "-o", str(self.folder / "linked.dll"), str(made)]
         command += sorted(set(objects)) + ["-lkernel32", "-luser32", "-lgdi32", "-ladvapi32", "-static", "-static-libgcc"]
         run = subprocess.run(command, capture_output=True, text=True, timeout=300)
