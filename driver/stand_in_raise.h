@@ -1,7 +1,7 @@
 // Bringing stand-ins to the front with the windows that own them.
 //
-// It goes in two steps, the stand-ins first and then the application's own windows over the same owner, because Wine
-// has to hear from the X server of the first before the second, or it takes the windows to lie in the other order.
+// It goes in two steps over each owner: first the stand-ins, then the application's own windows. Before the second Wine
+// has to have heard of the first from the X server. Otherwise it takes the windows to lie in the other order.
 #pragma once
 
 #include "stand_in_record.h"

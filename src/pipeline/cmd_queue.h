@@ -45,7 +45,7 @@ struct __osw_cmd_queue {
   __osw_cmd** fill_list;
   u32* fill_count;
   u64 last_result;            // of the latest replay on any worker; relaxed
-  u32 abandoned;              // 1: no swap thread ever came, and workers that pass the start end; under `start_lock`
+  u32 abandoned;              // 1: no swap thread could be made, so that workers end at the start; under `start_lock`
   u32 users;                  // threads that may still touch the queue, its issuing thread included; atomic
   __osw_thread_state* owner;  // set when the state has been destroyed: freed together with the queue
 };

@@ -53,8 +53,8 @@ u32 group_for(__osw_client_state* client_state, const __osw_client_array& array)
   return number;
 }
 
-// The group begins lower now: the arrays before this one stand further in. Stride and distance decide, not the group's
-// number.
+// The group's base has gone down to a new array, so the arrays that were in the group before lie further from it. Which
+// they are is told by stride and distance, as when they were put in, and not by the number of their group.
 void lower_base(__osw_client_state* client_state, __osw_array_group* group, const u32* list, u32 count) {
   for (u32 i = 0; i < count; ++i) {
     __osw_client_array* array = &client_state->arrays[list[i]];

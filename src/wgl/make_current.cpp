@@ -42,7 +42,8 @@ void show_application_window(HWND hwnd) {
   __osw_drop_window_mapping(mapping);
 }
 
-// Nobody may go on sparing the pixels of a context that is seen from now on.
+// While the parts showed the picture, the driver was told that nobody sees what this context draws, and may have drawn
+// nothing. From now on the user looks at it.
 void show_application_context(const __osw_thread_state* state, HWND hwnd) {
   auto* set_size = sys_gl<glDrawableSizeZ4_op>(state);
   RECT client{};
