@@ -6,8 +6,8 @@
 #include <GL/gl.h>
 
 #include <cstdio>
-#include <vector>
 
+#include "figures.h"
 #include "overlay.h"
 #include "scene.h"
 
@@ -247,38 +247,13 @@ bool pump_messages() {
   return true;
 }
 
-// How often the driver has changed the context of a thread in this process, or -1 where the driver does not count.
-double count_switches() {
-  const HMODULE driver = GetModuleHandleA("opengl32sys.dll");
-  const FARPROC found = driver ? GetProcAddress(driver, "OswDriverSwitchCount") : nullptr;
-  if (!found) return -1;
-  auto* count = reinterpret_cast<unsigned long long (*)()>(reinterpret_cast<void*>(found));
-  return static_cast<double>(count());
-}
-
-// Seconds for which the processors were busy with this process, on all of its threads.
-double busy_seconds() {
-  FILETIME made, ended, kernel, user;
-  GetProcessTimes(GetCurrentProcess(), &made, &ended, &kernel, &user);
-  const auto seconds = [](const FILETIME& time) {
-    return 429.4967296 * time.dwHighDateTime + 1e-7 * time.dwLowDateTime;
-  };
-  return seconds(kernel) + seconds(user);
-}
-
-// Reads the picture back, which cannot end before all of it is there.
-void wait_for_picture(const options& chosen) {
-  std::vector<unsigned char> pixels(static_cast<size_t>(chosen.width) * static_cast<size_t>(chosen.height) * 4);
-  glReadPixels(0, 0, chosen.width, chosen.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-}
-
 // Draws pictures 0 to count - 1 and prints how long it took. False if the window was closed.
 bool run_benchmark(viewer* self, int count) {
   LARGE_INTEGER frequency, start, stop;
   QueryPerformanceFrequency(&frequency);
   // The first picture pays for what is set up with it.
   draw(self);
-  wait_for_picture(*self->chosen);
+  wait_for_picture(self->chosen->width, self->chosen->height);
   const double switches = count_switches(), busy = busy_seconds();
   QueryPerformanceCounter(&start);
   for (int i = 0; i < count; ++i) {
@@ -286,7 +261,7 @@ bool run_benchmark(viewer* self, int count) {
     set_frame(self, i);
     draw(self);
   }
-  wait_for_picture(*self->chosen);
+  wait_for_picture(self->chosen->width, self->chosen->height);
   QueryPerformanceCounter(&stop);
   const double seconds = static_cast<double>(stop.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
   printf("%d frames in %.3f seconds, %.1f frames per second", count, seconds, count / seconds);
