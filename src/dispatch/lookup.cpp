@@ -23,8 +23,10 @@ PROC __osw_get_proc_address(LPCSTR name) {
   __osw_proc entry = nullptr;
   if (strncmp(name, "wgl", 3) == 0) {
     entry = __osw_find_wgl_entry(name);
+    if (entry) bind_missing_wgl(find_wgl_op(name), reinterpret_cast<__osw_proc>(answer));
   } else if (strncmp(name, "gl", 2) == 0) {
     entry = __osw_find_gl_entry(name);
+    if (entry) bind_missing_gl(find_gl_op(name), reinterpret_cast<__osw_proc>(answer));
   } else {
     __osw_report(severity_error, "function %s needs to be implemented", name);
   }

@@ -21,7 +21,7 @@ HGLRC wglCreateContext_op::pass(HDC hdc) {
 BOOL wglMakeCurrent_op::pass(HDC hdc, HGLRC hglrc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const BOOL result = sys_wgl<wglMakeCurrent_op>(state)(hdc, hglrc);
-  if (!result) return result;
+  if (!result || state == shared_thread_state()) return result;
   if (hglrc) {
     __osw_bind_system(state);
     __osw_enter_pass_through(state);

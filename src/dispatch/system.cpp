@@ -13,6 +13,8 @@ u32 __osw_gl_bound_done;
 
 namespace {
 
+std::atomic<bool> in_use;
+
 constexpr char library_name[] = "opengl32sys.dll";
 constexpr char lookup_name[] = "wglGetProcAddress";
 
@@ -45,10 +47,10 @@ __osw_proc find(const system_library& library, const char* name) {
   return library.lookup ? known_entry(library.lookup(name)) : nullptr;
 }
 
-// Writes every slot, null where nothing is found. Until the first make-current other threads may be calling through the
-// wgl table while a new thread's binding refills it, so a slot goes from its old value to its new one with no null
-// between.
+// Until the first make-current each new thread's binding empties the wgl table and fills it again. Who calls through it
+// meanwhile and finds nothing waits for the lock.
 void fill(const system_library& library, const char* const* names, __osw_proc* table, int count) {
+  for (int op = 0; op < count; ++op) relaxed_store(table[op], __osw_proc{});
   for (int op = 0; op < count; ++op) relaxed_store(table[op], find(library, names[op]));
 }
 
@@ -85,13 +87,34 @@ void bind_gl_locked() {
   set(__osw_gl_bound_done);
 }
 
+void bind_missing(__osw_proc& slot, u32& bound_done, __osw_proc entry) {
+  if (is_set(bound_done) && !relaxed_load(slot)) relaxed_store(slot, entry);
+}
+
 }  // namespace
 
 void __osw_bind_wgl(i32 first_use) {
   if (is_set(__osw_wgl_bound_done)) return;
+  in_use.store(true, std::memory_order_relaxed);
   EnterCriticalSection(&__osw_wgl_bind_lock);
   if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
   LeaveCriticalSection(&__osw_wgl_bind_lock);
+}
+
+void await_wgl_binding() {
+  if (is_set(__osw_wgl_bound_done)) return;
+  EnterCriticalSection(&__osw_wgl_bind_lock);
+  LeaveCriticalSection(&__osw_wgl_bind_lock);
+}
+
+void bind_wgl_unless_busy(i32 first_use) {
+  if (is_set(__osw_wgl_bound_done) || !TryEnterCriticalSection(&__osw_wgl_bind_lock)) return;
+  if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
+  LeaveCriticalSection(&__osw_wgl_bind_lock);
+}
+
+bool is_library_in_use() {
+  return in_use.load(std::memory_order_relaxed);
 }
 
 void __osw_bind_gl() {
@@ -99,4 +122,12 @@ void __osw_bind_gl() {
   EnterCriticalSection(&__osw_gl_bind_lock);
   if (!is_set(__osw_gl_bound_done)) bind_gl_locked();
   LeaveCriticalSection(&__osw_gl_bind_lock);
+}
+
+void bind_missing_wgl(int op, __osw_proc entry) {
+  bind_missing(__osw_sys_wgl[op], __osw_wgl_bound_done, entry);
+}
+
+void bind_missing_gl(int op, __osw_proc entry) {
+  bind_missing(__osw_sys_gl[op], __osw_gl_bound_done, entry);
 }

@@ -18,5 +18,21 @@ extern u32 __osw_gl_bound_done;
 // thread.
 void __osw_bind_wgl(i32 first_use);
 
+// The same for a thread that ends, which has the loader lock: another thread that is binding may be waiting for that
+// one within the lock of the binding, and then nothing is done.
+void bind_wgl_unless_busy(i32 first_use);
+
+// Returns when no other thread is filling `__osw_sys_wgl`, or that is complete. Any thread, without the lock.
+void await_wgl_binding();
+
+// Whether a thread of this process has ever called the library. A process that has not loads nothing, and calls nobody,
+// when its threads and it itself come to their ends. Any thread.
+bool is_library_in_use();
+
 // Fills `__osw_sys_gl`, once. The calling thread has a context current. Failures as above.
 void __osw_bind_gl();
+
+// Gives an op its entry when the first context's driver had none: `entry` is what the system says under the context
+// that is current now. Nothing before the table is complete. Any thread, no lock needed.
+void bind_missing_wgl(int op, __osw_proc entry);
+void bind_missing_gl(int op, __osw_proc entry);

@@ -4,6 +4,7 @@
 
 #include "dispatch/bypass.h"
 #include "dispatch/path.h"
+#include "dispatch/process_end.h"
 #include "dispatch/report.h"
 #include "dispatch/system.h"
 
@@ -16,37 +17,24 @@ namespace {
 
 // Puts `wanted` in the lowest slot that holds `present`.
 void replace_in_list(const __osw_thread_state* present, __osw_thread_state* wanted) {
-  EnterCriticalSection(&__osw_thread_state_lock);
+  enter_unless_process_ends(&__osw_thread_state_lock);
   for (__osw_thread_state*& slot : __osw_thread_state_list) {
     if (slot == present) {
       slot = wanted;
       break;
     }
   }
-  LeaveCriticalSection(&__osw_thread_state_lock);
+  leave_unless_process_ends(&__osw_thread_state_lock);
 }
 
-__osw_thread_state* share_reserve_state() {
-  static __osw_thread_state reserve;
-  __osw_bind_wgl(1);
-  reserve.wgl_bound = 1;
-  reserve.sys_wgl = __osw_sys_wgl;
-  reserve.wgl_table = __osw_wgl_table_pass;
-  reserve.gl_table = __osw_gl_table_nocontext;
-  reserve.path = &no_context_path;
-  return &reserve;
-}
-
-}  // namespace
-
-__osw_thread_state* __osw_get_thread_state() {
+__osw_thread_state* make_state(void (*bind_wgl)(i32 first_use)) {
   auto* state = static_cast<__osw_thread_state*>(calloc(1, sizeof(__osw_thread_state)));
   if (!state) {
     __osw_report(severity_error, "no memory for the state of a thread\n");
     return nullptr;
   }
   state->thread_id = GetCurrentThreadId();
-  __osw_bind_wgl(!state->wgl_bound);
+  bind_wgl(!state->wgl_bound);
   state->sys_wgl = __osw_sys_wgl;
   state->wgl_table = __osw_wgl_table_main;
   if (__osw_enable_wrapper_bypass) {
@@ -61,9 +49,22 @@ __osw_thread_state* __osw_get_thread_state() {
   return state;
 }
 
+}  // namespace
+
+__osw_thread_state* __osw_get_thread_state() {
+  return make_state(__osw_bind_wgl);
+}
+
+__osw_thread_state* make_ending_thread_state() {
+  return is_library_in_use() ? make_state(bind_wgl_unless_busy) : nullptr;
+}
+
 __osw_thread_state* __osw_store_new_thread_state() {
   __osw_thread_state* created = __osw_get_thread_state();
-  if (!created) return share_reserve_state();
+  if (!created) {
+    __osw_bind_wgl(1);
+    return shared_thread_state();
+  }
   // Loading the system library can bring this thread back into the library, which has then made a state already.
   if (auto* present = static_cast<__osw_thread_state*>(TlsGetValue(__osw_state_slot))) {
     __osw_unlist_thread_state(created);
@@ -72,6 +73,15 @@ __osw_thread_state* __osw_store_new_thread_state() {
   }
   TlsSetValue(__osw_state_slot, created);
   return created;
+}
+
+__osw_thread_state* shared_thread_state() {
+  static constinit __osw_thread_state shared = {.wgl_bound = 1,
+                                                .sys_wgl = __osw_sys_wgl,
+                                                .wgl_table = __osw_wgl_table_pass,
+                                                .gl_table = __osw_gl_table_nocontext,
+                                                .path = &no_context_path};
+  return &shared;
 }
 
 void __osw_unlist_thread_state(const __osw_thread_state* state) {

@@ -1,6 +1,7 @@
 // The record of one thread that has entered the library, and how the thread finds it.
 #pragma once
 
+#include "dispatch/system.h"
 #include "ops/tables.h"
 
 struct __osw_cmd_queue;
@@ -76,12 +77,21 @@ extern __osw_thread_state* __osw_thread_state_list[max_thread_states];
 // is no memory.
 __osw_thread_state* __osw_get_thread_state();
 
+// The same for a thread that never called and ends now, with the loader lock held: it waits for no binding. Null
+// without memory, and when no thread of the process has called yet, so that nothing is loaded.
+__osw_thread_state* make_ending_thread_state();
+
 // Takes a state out of the list; one that is not listed is passed over. Any thread.
 void __osw_unlist_thread_state(const __osw_thread_state* state);
 
-// Creates the calling thread's state and stores it in its TLS slot. Without memory the result is a state that all such
-// threads share: their GL calls do nothing and their wgl calls go to the system, until a later call finds memory.
+// Creates the calling thread's state and stores it in its TLS slot. Without memory the result is the state that such
+// threads share, until a later call finds memory.
 __osw_thread_state* __osw_store_new_thread_state();
+
+// The state that threads without one of their own share: those that found no memory, and those that call once more
+// after their end was told, as a program's destructors may. GL calls do nothing and wgl calls go to the system. Nobody
+// writes to it.
+__osw_thread_state* shared_thread_state();
 
 // The calling thread's state, created and stored in its TLS slot when it has none. Never null.
 inline __osw_thread_state* __osw_fetch_thread_state() {
@@ -96,7 +106,12 @@ inline typename Op::type* sys_gl(const __osw_thread_state* state) {
   return entry_in<Op>(state->sys_gl);
 }
 
+// The same of a wgl op. Before the first context a slot may be empty because another thread's binding has just emptied
+// the table; then that is waited for. Null when the system has no such entry.
 template <class Op>
 inline typename Op::type* sys_wgl(const __osw_thread_state* state) {
+  if (auto* entry = entry_in<Op>(state->sys_wgl)) [[likely]]
+    return entry;
+  await_wgl_binding();
   return entry_in<Op>(state->sys_wgl);
 }

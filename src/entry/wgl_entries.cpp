@@ -21,22 +21,7 @@ extern "C" u64 osw_glDebugEntry() {
   return static_cast<u64>(TlsSetValue(__osw_state_slot, __osw_get_thread_state()));
 }
 
-// The metafile entries of the platform's library, which have no effect in any mode.
-extern "C" void osw_GlmfBeginGlsBlock() {
-  __osw_void_stub();
-}
-extern "C" void osw_GlmfCloseMetaFile() {
-  __osw_void_stub();
-}
-extern "C" void osw_GlmfEndGlsBlock() {
-  __osw_void_stub();
-}
-extern "C" void osw_GlmfEndPlayback() {
-  __osw_void_stub();
-}
-extern "C" void osw_GlmfInitPlayback() {
-  __osw_void_stub();
-}
-extern "C" void osw_GlmfPlayGlsRecord() {
+// All six metafile entries of the platform's library, which have no effect in any mode.
+extern "C" void osw_Glmf() {
   __osw_void_stub();
 }

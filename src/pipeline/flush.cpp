@@ -17,10 +17,17 @@ void drop_list(__osw_cmd_queue* queue) {
   *queue->fill_count = 0;
 }
 
-void hand_over(__osw_cmd_queue* queue) {
+// The threads have been stopped, wherever they were: from now on it is as if there were no parts.
+void give_up(__osw_cmd_queue* queue) {
+  queue->worker_bits = 0;
+  drop_list(queue);
+}
+
+void hand_over(const __osw_thread_state* state) {
+  __osw_cmd_queue* queue = state->cmd_queue;
   if (!queue->worker_bits) return drop_list(queue);
   report_done(queue, queue->app_bit);
-  wait_for_start(queue, queue->app_bit);
+  if (!wait_for_flip(queue, state->started.swap_thread)) give_up(queue);
 }
 
 }  // namespace
@@ -30,16 +37,16 @@ void __osw_flush_sync(__osw_thread_state* state) {
   count_sync(queue);
   if (!queue->worker_bits) return drop_list(queue);
   report_done(queue, queue->app_bit);
-  wait_for_replay(queue);
+  if (!wait_for_replay(queue, state->started.swap_thread)) return give_up(queue);
   // Every worker has reported, so the flip that started them has passed and opened the start for this thread too.
   close_start(queue);
 }
 
 void __osw_hand_over_full(__osw_thread_state* state) {
   ++state->cmd_queue->full_count;
-  hand_over(state->cmd_queue);
+  hand_over(state);
 }
 
 void __osw_hand_over_idle(__osw_thread_state* state) {
-  if (*state->cmd_queue->fill_count) hand_over(state->cmd_queue);
+  if (*state->cmd_queue->fill_count) hand_over(state);
 }

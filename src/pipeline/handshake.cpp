@@ -1,5 +1,23 @@
 #include "pipeline/handshake.h"
 
+namespace {
+
+// How often the issuing thread looks whether the others still live.
+constexpr DWORD look_interval = 250;  // ms
+
+// Sleeps until `queue` has what `is_there` waits for. Result: false when it will never have it.
+template <class Condition>
+bool sleep_until(CONDITION_VARIABLE* condition, CRITICAL_SECTION* lock, HANDLE swap_thread, Condition is_there) {
+  while (!is_there()) {
+    if (SleepConditionVariableCS(condition, lock, look_interval)) continue;
+    // It may have ended because it had done all it should.
+    if (WaitForSingleObject(swap_thread, 0) == WAIT_OBJECT_0 && !is_there()) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 void report_done(__osw_cmd_queue* queue, u32 bit) {
   EnterCriticalSection(&queue->done_lock);
   queue->done_mask |= bit;
@@ -50,6 +68,15 @@ bool wait_for_start(__osw_cmd_queue* queue, u32 bit) {
   return goes_on;
 }
 
+bool wait_for_flip(__osw_cmd_queue* queue, HANDLE swap_thread) {
+  EnterCriticalSection(&queue->start_lock);
+  const bool flipped = sleep_until(&queue->start_cond, &queue->start_lock, swap_thread,
+                                   [=] { return !(queue->start_mask & queue->app_bit); });
+  queue->start_mask |= queue->app_bit;
+  LeaveCriticalSection(&queue->start_lock);
+  return flipped;
+}
+
 void close_start(__osw_cmd_queue* queue) {
   EnterCriticalSection(&queue->start_lock);
   queue->start_mask |= queue->app_bit;
@@ -63,13 +90,13 @@ void report_replayed(__osw_cmd_queue* queue, u32 bit) {
   LeaveCriticalSection(&queue->sync_lock);
 }
 
-void wait_for_replay(__osw_cmd_queue* queue) {
+bool wait_for_replay(__osw_cmd_queue* queue, HANDLE swap_thread) {
   EnterCriticalSection(&queue->sync_lock);
-  while (queue->sync_mask != queue->worker_bits) {
-    SleepConditionVariableCS(&queue->sync_cond, &queue->sync_lock, INFINITE);
-  }
+  const bool replayed = sleep_until(&queue->sync_cond, &queue->sync_lock, swap_thread,
+                                    [=] { return queue->sync_mask == queue->worker_bits; });
   queue->sync_mask = 0;
   LeaveCriticalSection(&queue->sync_lock);
+  return replayed;
 }
 
 void release_exit_flush(__osw_cmd_queue* queue) {

@@ -5,7 +5,7 @@
 //                                                         report_replayed      if its last command was synchronous
 //     report_done          ──>   wait_for_everyone  <──   report_done
 //                                flip: exchange the lists
-//     wait_for_start       <──   open_start         ──>   wait_for_start
+//     wait_for_flip        <──   open_start         ──>   wait_for_start
 //
 // After a synchronous command the issuing thread waits for the replay and not for the start:
 //
@@ -25,9 +25,13 @@
 // Issuing thread or worker: it is through with its list.
 void report_done(__osw_cmd_queue* queue, u32 bit);
 
-// Issuing thread or worker, after `report_done`: waits for the flip, and closes the start behind
-// itself. Result: whether there is a list to go on with; false only for a worker whose queue was abandoned.
+// Worker, after `report_done`: waits for the flip, and closes the start behind itself. Result: whether there is a list
+// to go on with; false when its queue was abandoned.
 bool wait_for_start(__osw_cmd_queue* queue, u32 bit);
+
+// The same for the issuing thread. Result: false when there will be no flip any more, because the swap thread has
+// ended: the end of the process stops it before other libraries have made their last calls.
+bool wait_for_flip(__osw_cmd_queue* queue, HANDLE swap_thread);
 
 // Worker, before `report_done`: it has replayed a list whose last command the issuing thread waits for.
 void report_replayed(__osw_cmd_queue* queue, u32 bit);
@@ -35,8 +39,8 @@ void report_replayed(__osw_cmd_queue* queue, u32 bit);
 // Worker, in place of `report_done`: it has taken the exit command, and touches no list any more.
 void report_left(__osw_cmd_queue* queue, u32 bit);
 
-// Issuing thread, after `report_done`: waits until every worker has replayed the list.
-void wait_for_replay(__osw_cmd_queue* queue);
+// Issuing thread, after `report_done`: waits until every worker has replayed the list. Result: as of `wait_for_flip`.
+bool wait_for_replay(__osw_cmd_queue* queue, HANDLE swap_thread);
 
 // Issuing thread, after `wait_for_replay`, by which it has passed a start without waiting for it: closes that one.
 void close_start(__osw_cmd_queue* queue);

@@ -1,4 +1,3 @@
-#include <atomic>
 #include <cstdlib>
 
 #include "dispatch/report.h"
@@ -9,9 +8,6 @@
 
 namespace {
 
-// Workers and swap threads that may still run code of the library.
-std::atomic<i32> threads_inside;
-
 // Starts a thread that may touch the queue until it gives it back. Result: the handle, or null.
 HANDLE start_thread(LPTHREAD_START_ROUTINE main, const __osw_thread_ctrl& ctrl, i32 part, DWORD* id) {
   auto* arg = static_cast<__osw_worker_arg*>(calloc(1, sizeof(__osw_worker_arg)));
@@ -21,10 +17,8 @@ HANDLE start_thread(LPTHREAD_START_ROUTINE main, const __osw_thread_ctrl& ctrl, 
   __osw_register_worker_arg(arg);
   __osw_cmd_queue* queue = ctrl.state->cmd_queue;
   __osw_retain_queue(queue);
-  threads_inside.fetch_add(1);
   HANDLE thread = CreateThread(nullptr, 0, main, arg, 0, id);
   if (!thread) {
-    threads_inside.fetch_sub(1);
     __osw_release_queue(queue);
     __osw_unregister_worker_arg(arg);
   }
@@ -43,13 +37,6 @@ bool start_missing(__osw_thread_ctrl* ctrl) {
   if (ctrl->swap_thread) return true;
   show_failure(nullptr, "Creating swap thread failed!");
   return false;
-}
-
-void close_handles(const __osw_thread_ctrl& ctrl) {
-  for (HANDLE worker : ctrl.worker_thread) {
-    if (worker) CloseHandle(worker);
-  }
-  if (ctrl.swap_thread) CloseHandle(ctrl.swap_thread);
 }
 
 bool is_running(HANDLE thread) {
@@ -86,21 +73,12 @@ u32 __osw_start_threads(HANDLE app_thread) {
 void __osw_end_threads(__osw_thread_state* state) {
   if (!state->cmd_queue) return;
   end_workers(state);
-  close_handles(state->started);
+  __osw_close_thread_handles(state);
 }
 
-void __osw_note_thread_left() {
-  threads_inside.fetch_sub(1);
-}
-
-bool __osw_wait_for_threads_to_leave(u32 milliseconds) {
-  // Nobody wakes this condition: to do so would be one more step within the library.
-  CONDITION_VARIABLE look_again;
-  InitializeConditionVariable(&look_again);
-  EnterCriticalSection(&__osw_worker_arg_lock);
-  for (u32 waited = 0; threads_inside.load() != 0 && waited < milliseconds;) {
-    if (!SleepConditionVariableCS(&look_again, &__osw_worker_arg_lock, 1)) ++waited;
+void __osw_close_thread_handles(const __osw_thread_state* state) {
+  for (HANDLE worker : state->started.worker_thread) {
+    if (worker) CloseHandle(worker);
   }
-  LeaveCriticalSection(&__osw_worker_arg_lock);
-  return threads_inside.load() == 0;
+  if (state->started.swap_thread) CloseHandle(state->started.swap_thread);
 }

@@ -31,6 +31,5 @@ DWORD WINAPI __osw_swap_main(void* start) {
   release_exit_flush(queue);
   __osw_unregister_worker_arg(arg);
   __osw_release_queue(queue);
-  __osw_note_thread_left();
   return 0;
 }

@@ -33,15 +33,11 @@ inline bool __osw_has_pipeline(const __osw_thread_state* state) {
 // Threads that the system has ended already are not waited for. The others give the queue back by themselves.
 void __osw_end_threads(__osw_thread_state* state);
 
+// Closes the handles of the threads that were started for a state, which the end of the process has stopped.
+void __osw_close_thread_handles(const __osw_thread_state* state);
+
 DWORD WINAPI __osw_worker_main(void* start);
 DWORD WINAPI __osw_swap_main(void* start);
-
-// The last step of a worker or swap thread within the library.
-void __osw_note_thread_left();
-
-// Waits until no worker or swap thread runs code of the library any more, at most `milliseconds`. For a library that is
-// unloaded while its process goes on. Result: whether all have left.
-bool __osw_wait_for_threads_to_leave(u32 milliseconds);
 
 // Gives back what threads that the system has ended held of their queues, and frees their arguments. At the end of the
 // process, with no other thread left.

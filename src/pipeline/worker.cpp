@@ -57,6 +57,5 @@ DWORD WINAPI __osw_worker_main(void* start) {
   }
   __osw_unregister_worker_arg(arg);
   __osw_release_queue(queue);
-  __osw_note_thread_left();
   return 0;
 }

@@ -5,7 +5,7 @@
 #include "dispatch/bypass.h"
 #include "dispatch/no_context.h"
 #include "dispatch/pass_through.h"
-#include "dispatch/report.h"
+#include "dispatch/process_end.h"
 #include "dispatch/system.h"
 #include "pipeline/threads.h"
 #include "sequential/sequential_table.h"
@@ -26,9 +26,6 @@ namespace {
 
 // Kept for the place that it holds in the order of start and end; nothing enters it.
 CRITICAL_SECTION spare_lock;
-
-// What the threads may take to leave a library that is unloaded.
-constexpr u32 unload_patience = 2000;  // ms
 
 // How a developer stops a process at load: nothing but a debugger gets out.
 void stop_for_debugger() {
@@ -93,8 +90,8 @@ void attach_process() {
   if (!__osw_gl_sync_filled) __osw_fill_gl_sync();
 }
 
-// States of threads that have not detached. At the end of the process no such thread runs any more; a library that is
-// unloaded ends the workers that they have left.
+// States of threads that have not detached, none of which runs any more. A library that is unloaded has none with
+// threads of its own: from the first binding on it stays loaded.
 void destroy_thread_states() {
   for (__osw_thread_state*& slot : __osw_thread_state_list) {
     if (__osw_thread_state* state = slot) __osw_end_thread_state(state);
@@ -102,16 +99,13 @@ void destroy_thread_states() {
   }
 }
 
-void detach_process(bool process_ends) {
+void detach_process(bool ends) {
+  process_ends = ends;
   __osw_detach_thread();
-  destroy_thread_states();
-  if (process_ends) {
-    __osw_release_for_ended_threads();
-  } else if (!__osw_wait_for_threads_to_leave(unload_patience)) {
-    __osw_report(severity_error, "the library is unloaded while its threads are at work\n");
-  }
   DeleteCriticalSection(&__osw_pbuffer_lock);
   DeleteCriticalSection(&__osw_glrc_lock);
+  if (ends) __osw_release_for_ended_threads();
+  destroy_thread_states();
   TlsFree(__osw_state_slot);
   TlsFree(__osw_ctrl_slot);
   DeleteCriticalSection(&spare_lock);
@@ -126,7 +120,7 @@ void detach_process(bool process_ends) {
 }  // namespace
 
 // The system's entry, with the loader lock held. Result: always TRUE, so that a program starts whatever fails here.
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID process_ends) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID ending) {
   relaxed_store(__osw_hinstance, module);
   switch (reason) {
     case DLL_PROCESS_ATTACH:
@@ -136,7 +130,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID process_en
       __osw_detach_thread();
       break;
     case DLL_PROCESS_DETACH:
-      detach_process(process_ends != nullptr);
+      detach_process(ending != nullptr);
       break;
     default:
       break;  // a thread's state is made at its first use

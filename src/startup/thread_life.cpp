@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "dispatch/process_end.h"
 #include "pipeline/idle.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
@@ -25,15 +26,23 @@ u32 __osw_destroy_thread_state(__osw_thread_state* state) {
 }
 
 void __osw_end_thread_state(__osw_thread_state* state) {
-  __osw_end_threads(state);
+  if (process_ends) {
+    // Nobody is left to take the exit command.
+    __osw_close_thread_handles(state);
+  } else {
+    __osw_end_threads(state);
+  }
   __osw_destroy_thread_state(state);
 }
 
 void __osw_detach_thread() {
   auto* state = static_cast<__osw_thread_state*>(TlsGetValue(__osw_state_slot));
-  if (!state) state = __osw_get_thread_state();
+  if (state == shared_thread_state()) return;
+  const bool called = state != nullptr;
+  if (!called) state = make_ending_thread_state();
   if (!state) return;
   __osw_disarm_idle_timer(state);
   __osw_end_thread_state(state);
+  if (called) TlsSetValue(__osw_state_slot, shared_thread_state());
   TlsSetValue(__osw_ctrl_slot, nullptr);
 }

@@ -8,8 +8,10 @@
 // process detach.
 u32 __osw_destroy_thread_state(__osw_thread_state* state);
 
-// Ends the workers and the swap thread of a state and destroys it. On the state's own thread, or at process detach.
+// Ends the workers and the swap thread of a state, unless the end of the process has, and destroys it. On the state's
+// own thread, or at process detach.
 void __osw_end_thread_state(__osw_thread_state* state);
 
-// Cleans up after the calling thread: ends its workers and its swap thread and destroys its state.
+// Cleans up after the calling thread: ends its workers and its swap thread and destroys its state. The thread may call
+// the library once more afterwards, from a destructor of the program's, and finds the shared state then.
 void __osw_detach_thread();

@@ -4,6 +4,7 @@
 #include "pipeline/threads.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
+#include "startup/config/process_identity.h"
 #include "wgl/child_windows.h"
 #include "wgl/context.h"
 #include "wgl/follow.h"
@@ -93,6 +94,7 @@ outcome bind_with_children(__osw_thread_state* state, const drawable& bound, __o
 }
 
 outcome bind(__osw_thread_state* state, HDC hdc, HGLRC hglrc, HANDLE thread) {
+  keep_library_loaded();
   __osw_glrc* glrc = __osw_glrc_lookup(hglrc);
   drawable bound{hdc ? __osw_pbuffer_of_hdc(hdc) : nullptr, nullptr};
   if (glrc && !bound.pbuffer) {

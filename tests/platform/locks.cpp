@@ -28,10 +28,34 @@ void count_entered() {
   }
 }
 
+void set_owner(CRITICAL_SECTION* section, thread_record* owner) {
+  __atomic_store_n(&section->owner, owner, __ATOMIC_RELEASE);
+}
+
+// Whether a thread was killed within it, which nobody will ever leave.
+bool is_orphan(const CRITICAL_SECTION* section) {
+  const auto* owner = static_cast<const thread_record*>(__atomic_load_n(&section->owner, __ATOMIC_ACQUIRE));
+  return owner != nullptr && owner->killed.load() && owner->ended.load();
+}
+
+bool try_acquire(CRITICAL_SECTION* section) {
+  if (pthread_mutex_trylock(&section->mutex) != 0) return false;
+  set_owner(section, &self());
+  return true;
+}
+
 void acquire(CRITICAL_SECTION* section) {
-  if (pthread_mutex_trylock(&section->mutex) == 0) return;
+  if (try_acquire(section)) return;
+  if (is_orphan(section)) misuse("EnterCriticalSection of a section in which a thread was killed");
   const blocked_scope blocked("EnterCriticalSection");
   pthread_mutex_lock(&section->mutex);
+  set_owner(section, &self());
+}
+
+void leave(CRITICAL_SECTION* section) {
+  thread_record& me = self();
+  --me.locks_held;
+  if (pthread_mutex_unlock(&section->mutex) != 0) misuse("LeaveCriticalSection by a thread that is not in it");
 }
 
 timespec from_now(DWORD milliseconds) {
@@ -99,12 +123,14 @@ extern "C" void InitializeCriticalSection(LPCRITICAL_SECTION section) {
   pthread_mutex_init(&section->mutex, &attributes);
   pthread_mutexattr_destroy(&attributes);
   section->state = in_use;
+  set_owner(section, nullptr);
   live_sections.fetch_add(1);
 }
 
 extern "C" void DeleteCriticalSection(LPCRITICAL_SECTION section) {
   check(section, "DeleteCriticalSection of a section that is not in use");
-  if (pthread_mutex_destroy(&section->mutex) != 0) misuse("DeleteCriticalSection of a section that a thread is in");
+  if (!is_orphan(section) && pthread_mutex_destroy(&section->mutex) != 0)
+    misuse("DeleteCriticalSection of a section that a thread is in");
   section->state = deleted;
   live_sections.fetch_sub(1);
 }
@@ -116,10 +142,17 @@ extern "C" void EnterCriticalSection(LPCRITICAL_SECTION section) {
   count_entered();
 }
 
+extern "C" BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) {
+  check(section, "TryEnterCriticalSection of a section that is not in use");
+  kill_point();
+  if (!try_acquire(section)) return FALSE;
+  count_entered();
+  return TRUE;
+}
+
 extern "C" void LeaveCriticalSection(LPCRITICAL_SECTION section) {
   check(section, "LeaveCriticalSection of a section that is not in use");
-  if (pthread_mutex_unlock(&section->mutex) != 0) misuse("LeaveCriticalSection by a thread that is not in it");
-  --self().locks_held;
+  leave(section);
 }
 
 extern "C" void InitializeConditionVariable(PCONDITION_VARIABLE condition) {
@@ -138,8 +171,9 @@ extern "C" BOOL SleepConditionVariableCS(PCONDITION_VARIABLE condition, PCRITICA
   set_sleeping(me, &condition->condition);
   const int result = me.killed.load() ? 0 : sleep(condition, section, milliseconds);
   set_sleeping(me, nullptr);
+  set_owner(section, &me);
   if (me.killed.load()) {
-    LeaveCriticalSection(section);
+    leave(section);
     throw thread_killed{};
   }
   if (result != ETIMEDOUT) return TRUE;

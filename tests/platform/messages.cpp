@@ -54,7 +54,7 @@ bool run_on_owner(DWORD owner_id, HWND hwnd, const char* call, bool wait, std::f
   thread_record* owner = find_thread(owner_id);
   if (owner == nullptr) return false;
   std::unique_lock guard(lock);
-  if (owner->exit_code.load() != STILL_ACTIVE) return false;
+  if (owner->ended.load()) return false;
   const auto work = std::make_shared<sent_work>();
   work->run = std::move(run);
   owner->inbox.push_back(work);

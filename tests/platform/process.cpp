@@ -24,26 +24,8 @@ struct {
 
 library_hooks current_hooks;
 std::atomic<bool> attached{false};
-
-struct loader_scope {
-  loader_scope() {
-    thread_record& me = self();
-    std::unique_lock guard(loader.lock);
-    const blocked_scope blocked("loader lock");
-    loader.changed.wait(guard, [&] { return loader.owner == nullptr || loader.owner == &me || me.killed.load(); });
-    if (me.killed.load()) throw thread_killed{};
-    loader.owner = &me;
-    ++loader.depth;
-  }
-  ~loader_scope() {
-    const std::lock_guard guard(loader.lock);
-    if (--loader.depth > 0) return;
-    loader.owner = nullptr;
-    loader.changed.notify_all();
-  }
-  loader_scope(const loader_scope&) = delete;
-  loader_scope& operator=(const loader_scope&) = delete;
-};
+std::atomic<bool> pinned{false};
+std::function<void()> after_end;
 
 BOOL call_library(DWORD reason, LPVOID reserved) {
   if (current_hooks.dll_main == nullptr) return TRUE;
@@ -74,6 +56,23 @@ constexpr DWORD default_process_id = 4711;
 
 }  // namespace
 
+loader_scope::loader_scope() {
+  thread_record& me = self();
+  std::unique_lock guard(loader.lock);
+  const blocked_scope blocked("loader lock");
+  loader.changed.wait(guard, [&] { return loader.owner == nullptr || loader.owner == &me || me.killed.load(); });
+  if (me.killed.load()) throw thread_killed{};
+  loader.owner = &me;
+  ++loader.depth;
+}
+
+loader_scope::~loader_scope() {
+  const std::lock_guard guard(loader.lock);
+  if (--loader.depth > 0) return;
+  loader.owner = nullptr;
+  loader.changed.notify_all();
+}
+
 const library_hooks& hooks() {
   return current_hooks;
 }
@@ -100,14 +99,15 @@ BOOL attach_process() {
 
 BOOL detach_process() {
   const loader_scope scope;
+  if (pinned.load()) return TRUE;
   const BOOL result = call_library(DLL_PROCESS_DETACH, nullptr);
   attached.store(false);
   return result;
 }
 
-BOOL exit_process() {
+BOOL exit_process(DWORD exit_code) {
   const loader_scope scope;
-  if (!kill_other_threads()) misuse("exit of a process with a thread that cannot be ended");
+  if (!kill_other_threads(exit_code)) misuse("exit of a process with a thread that cannot be ended");
   char process_ends;
   const BOOL result = call_library(DLL_PROCESS_DETACH, &process_ends);
   keep_window_properties();
@@ -117,6 +117,14 @@ BOOL exit_process() {
 
 bool process_attached() {
   return attached.load();
+}
+
+void after_thread_end(std::function<void()> work) {
+  after_end = std::move(work);
+}
+
+void run_after_thread_end() {
+  if (after_end) after_end();
 }
 
 void provide_library(const std::string& name, FARPROC (*lookup)(const char*)) {
@@ -178,6 +186,8 @@ std::vector<std::string> leaks(bool handles) {
 
 void reset_process() {
   attached.store(false);
+  pinned.store(false);
+  after_end = nullptr;
   current_hooks = {};
   const std::lock_guard guard(lock);
   libraries.clear();
@@ -208,6 +218,7 @@ using namespace platform;
 
 extern "C" HMODULE LoadLibraryA(LPCSTR name) {
   if (ordered_to_fail("LoadLibraryA")) return nullptr;
+  const loader_scope scope;
   const std::lock_guard guard(lock);
   const auto found = libraries.find(name);
   if (found == libraries.end() || !found->second.there) {
@@ -220,6 +231,7 @@ extern "C" HMODULE LoadLibraryA(LPCSTR name) {
 
 extern "C" FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
   if (ordered_to_fail("GetProcAddress")) return nullptr;
+  const loader_scope scope;
   std::unique_lock guard(lock);
   FARPROC (*lookup)(const char*) = nullptr;
   for (auto& [library_name, library] : libraries) {
@@ -229,6 +241,16 @@ extern "C" FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
   FARPROC result = lookup == nullptr ? nullptr : lookup(name);
   if (result == nullptr) SetLastError(lookup == nullptr ? ERROR_MOD_NOT_FOUND : ERROR_PROC_NOT_FOUND);
   return result;
+}
+
+extern "C" BOOL GetModuleHandleExA(DWORD flags, LPCSTR, HMODULE* module) {
+  if (flags != (GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN)) {
+    misuse("GetModuleHandleExA with flags that the simulation does not know");
+  }
+  if (ordered_to_fail("GetModuleHandleExA")) return FALSE;
+  pinned.store(true);
+  *module = hooks().module;
+  return TRUE;
 }
 
 extern "C" DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size) {

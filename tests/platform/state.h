@@ -27,6 +27,7 @@ struct thread_record {
   std::function<DWORD()> work;
   LPVOID* slots = nullptr;  // guarded by the thread lock; null once the thread has ended
   std::atomic<DWORD> exit_code{STILL_ACTIVE};
+  std::atomic<bool> ended{false};  // an exit code may be STILL_ACTIVE too
   std::atomic<bool> killed{false};
   std::atomic<const char*> blocked_in{nullptr};
   std::mutex sleep_lock;
@@ -56,8 +57,19 @@ bool ordered_to_fail(const char* function);
 // Prints and stops the program: the library did what the platform punishes.
 [[noreturn]] void misuse(const char* what);
 
+// The loader lock, for the time of a scope. A thread may be in it several times.
+struct loader_scope {
+  loader_scope();
+  ~loader_scope();
+  loader_scope(const loader_scope&) = delete;
+  loader_scope& operator=(const loader_scope&) = delete;
+};
+
 // Calls DllMain under the loader lock, once the process is attached.
 void tell_library(DWORD reason);
+
+// Runs what a test wants to be done after a thread's end has been told.
+void run_after_thread_end();
 const struct library_hooks& hooks();
 void wake_loader_waiters();
 

@@ -30,6 +30,7 @@ std::vector<std::unique_ptr<thread_record>> threads;
 std::set<handle_record*> handles;
 std::array<bool, platform_tls_slot_count> slot_taken;
 DWORD last_id = 0;
+std::atomic<DWORD> exit_code_of_process{1};
 
 thread_local thread_record* current = nullptr;
 
@@ -64,6 +65,7 @@ void finish(thread_record& record, DWORD code) {
   const std::lock_guard guard(lock);
   record.slots = nullptr;
   record.exit_code.store(code);
+  record.ended.store(true);
   changed.notify_all();
 }
 
@@ -79,8 +81,9 @@ void* run_thread(void* argument) {
     tell_library(DLL_THREAD_ATTACH);
     code = record.work();
     tell_library(DLL_THREAD_DETACH);
+    run_after_thread_end();
   } catch (const thread_killed&) {
-    code = 1;
+    code = exit_code_of_process.load();
   }
   finish(record, code);
   return nullptr;
@@ -106,7 +109,7 @@ thread_record* thread_of(HANDLE handle) {
 }
 
 bool alive(const thread_record& thread) {
-  return thread.made_here && thread.exit_code.load() == STILL_ACTIVE;
+  return thread.made_here && !thread.ended.load();
 }
 
 // With the lock held.
@@ -153,7 +156,7 @@ watchdog& dog = *new watchdog;
 void print_threads() {
   const std::lock_guard guard(lock);
   for (const auto& thread : threads) {
-    if (thread->exit_code.load() != STILL_ACTIVE) continue;
+    if (thread->ended.load()) continue;
     const char* what = thread->blocked_in.load();
     std::fprintf(stderr, "  thread %u: %s\n", thread->id, what == nullptr ? "not in a wait" : what);
   }
@@ -221,7 +224,8 @@ bool join(HANDLE handle, std::chrono::milliseconds patience) {
   return true;
 }
 
-bool kill_other_threads() {
+bool kill_other_threads(DWORD exit_code) {
+  exit_code_of_process.store(exit_code);
   const auto due = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!kill_round()) {
     if (std::chrono::steady_clock::now() > due) return false;
@@ -370,6 +374,14 @@ extern "C" BOOL GetExitCodeThread(HANDLE handle, LPDWORD exit_code) {
   guard.unlock();
   SetLastError(ERROR_INVALID_HANDLE);
   return FALSE;
+}
+
+extern "C" DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
+  if (milliseconds != 0) misuse("WaitForSingleObject with a time, which the simulation does not know");
+  const std::lock_guard guard(lock);
+  const thread_record* thread = thread_of(handle);
+  if (thread == nullptr) return WAIT_FAILED;
+  return alive(*thread) ? WAIT_TIMEOUT : WAIT_OBJECT_0;
 }
 
 extern "C" BOOL CloseHandle(HANDLE handle) {

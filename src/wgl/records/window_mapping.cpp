@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "dispatch/process_end.h"
+
 const char mapping_property[] = "child_window_mapping_prop_str";
 CRITICAL_SECTION __osw_mapping_lock;
 
@@ -19,9 +21,9 @@ __osw_window_mapping* __osw_use_window_mapping(HWND hwnd) {
 
 void __osw_drop_window_mapping(__osw_window_mapping* mapping) {
   if (!mapping) return;
-  EnterCriticalSection(&__osw_mapping_lock);
+  enter_unless_process_ends(&__osw_mapping_lock);
   const u32 users = --mapping->users;
-  LeaveCriticalSection(&__osw_mapping_lock);
+  leave_unless_process_ends(&__osw_mapping_lock);
   if (!users) free(mapping);
 }
 

@@ -198,13 +198,24 @@ struct GLYPHMETRICSFLOAT {
 using LPGLYPHMETRICSFLOAT = GLYPHMETRICSFLOAT*;
 
 // The platform's lock may be entered again by the thread that holds it. `state` tells a lock that was never made, or
-// was deleted, from one in use.
+// was deleted, from one in use; `owner` is the record of the thread that is in it, loaded and stored atomically.
 struct CRITICAL_SECTION {
   pthread_mutex_t mutex;
   DWORD state;
+  void* owner;
 };
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
 using PCRITICAL_SECTION = CRITICAL_SECTION*;
+
+struct MEMORY_BASIC_INFORMATION {
+  LPVOID BaseAddress;
+  LPVOID AllocationBase;
+  DWORD AllocationProtect;
+  SIZE_T RegionSize;
+  DWORD State;
+  DWORD Protect;
+  DWORD Type;
+};
 
 // All zero is a condition ready for use, as on the platform.
 struct CONDITION_VARIABLE {
@@ -222,6 +233,24 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define MAX_PATH             260
 #define INFINITE             0xFFFFFFFFu
 #define STILL_ACTIVE         259u
+#define WAIT_OBJECT_0        0u
+#define WAIT_TIMEOUT         258u
+#define WAIT_FAILED          0xFFFFFFFFu
+
+#define MEM_COMMIT 0x00001000u
+#define MEM_FREE   0x00010000u
+
+#define PAGE_NOACCESS          0x01u
+#define PAGE_READONLY          0x02u
+#define PAGE_READWRITE         0x04u
+#define PAGE_WRITECOPY         0x08u
+#define PAGE_EXECUTE_READ      0x20u
+#define PAGE_EXECUTE_READWRITE 0x40u
+#define PAGE_EXECUTE_WRITECOPY 0x80u
+#define PAGE_GUARD             0x100u
+
+#define GET_MODULE_HANDLE_EX_FLAG_PIN          0x00000001u
+#define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x00000004u
 #define TLS_OUT_OF_INDEXES   0xFFFFFFFFu
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
 
@@ -362,11 +391,13 @@ HANDLE GetCurrentThread();
 DWORD GetCurrentThreadId();
 DWORD GetCurrentProcessId();
 BOOL GetExitCodeThread(HANDLE thread, LPDWORD exit_code);
+DWORD WaitForSingleObject(HANDLE thread, DWORD milliseconds);
 BOOL CloseHandle(HANDLE handle);
 
 void InitializeCriticalSection(LPCRITICAL_SECTION section);
 void DeleteCriticalSection(LPCRITICAL_SECTION section);
 void EnterCriticalSection(LPCRITICAL_SECTION section);
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section);
 void LeaveCriticalSection(LPCRITICAL_SECTION section);
 void InitializeConditionVariable(PCONDITION_VARIABLE condition);
 BOOL SleepConditionVariableCS(PCONDITION_VARIABLE condition, PCRITICAL_SECTION section, DWORD milliseconds);
@@ -376,8 +407,11 @@ void WakeAllConditionVariable(PCONDITION_VARIABLE condition);
 DWORD GetLastError();
 void SetLastError(DWORD error);
 
+SIZE_T VirtualQuery(LPCVOID address, MEMORY_BASIC_INFORMATION* information, SIZE_T size);
+
 HMODULE LoadLibraryA(LPCSTR name);
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
+BOOL GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module);
 DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size);
 void OutputDebugStringA(LPCSTR text);
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);

@@ -26,13 +26,20 @@ std::string in(const std::string& folder, const char* name) {
 void exports_have_names_and_ordinals() {
   const std::vector<std::string> names = exported_names();
   std::set<FARPROC> found;
+  size_t metafile = 0;
   for (size_t i = 0; i < names.size(); ++i) {
     const FARPROC by_name = GetProcAddress(wrapper(), names[i].c_str());
     const FARPROC by_ordinal = GetProcAddress(wrapper(), MAKEINTRESOURCEA(i + 1));
-    if (!by_name || by_name != by_ordinal || !found.insert(by_name).second)
+    const bool known = !found.insert(by_name).second;
+    const bool is_metafile = names[i].rfind("Glmf", 0) == 0;
+    // Those six are one function; no other two are.
+    if (!by_name || by_name != by_ordinal || known != (is_metafile && metafile > 0))
       fail(__FILE__, __LINE__, names[i].c_str(), " is not what its ordinal says");
+    metafile += is_metafile;
   }
-  CHECK_EQUAL(found.size(), 371);
+  CHECK_EQUAL(metafile, 6);
+  CHECK_EQUAL(found.size(), 366);
+  CHECK_EQUAL(names.size(), 371);
   CHECK_EQUAL(names.size() - platform_names, 3);
   CHECK(GetProcAddress(wrapper(), MAKEINTRESOURCEA(372)) == nullptr);
   CHECK(GetProcAddress(wrapper(), "glActiveTexture") == nullptr);

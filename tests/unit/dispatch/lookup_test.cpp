@@ -135,6 +135,37 @@ TEST_F(lookup_test, a_found_entry_follows_the_thread) {
   EXPECT_FALSE(driver::calls_of<glBlendColor_op>().empty());
 }
 
+// A program's first context may be a poorer one than the next, as for thumbnails.
+TEST_F(lookup_test, what_the_first_context_lacked_is_bound_when_it_is_found) {
+  library::prepare({.query_on_app_thread = false});
+  driver::set_reach("glBlendColor", driver::reach::nowhere);
+  driver::set_reach("wglSwapIntervalEXT", driver::reach::nowhere);
+  platform::attach_process();
+  EXPECT_EQ(osw_wglGetProcAddress("glBlendColor"), nullptr);
+  const library::rendering drawn = library::start_rendering();
+  EXPECT_EQ(__osw_sys_gl[glBlendColor_op::op], nullptr);
+  EXPECT_EQ(osw_wglGetProcAddress("glBlendColor"), nullptr);
+  driver::set_reach("glBlendColor", driver::reach::by_name);
+  driver::set_reach("wglSwapIntervalEXT", driver::reach::by_name);
+  const auto found =
+      reinterpret_cast<glBlendColor_op::type*>(reinterpret_cast<__osw_proc>(osw_wglGetProcAddress("glBlendColor")));
+  ASSERT_NE(found, nullptr);
+  EXPECT_NE(osw_wglGetProcAddress("wglSwapIntervalEXT"), nullptr);
+  EXPECT_NE(__osw_sys_wgl[wglSwapIntervalEXT_op::op], nullptr);
+  library::finish();
+  driver::clear_calls();
+  found(0.25f, 0.5f, 0.75f, 1);
+  library::finish();
+  for (int part = 0; part < 2; ++part) {
+    EXPECT_EQ(library::part_calls(drawn, part),
+              std::vector<driver::call>{driver::expect<glBlendColor_op>(0.25f, 0.5f, 0.75f, 1.0f)});
+  }
+  const __osw_proc kept = __osw_sys_gl[glBlendEquation_op::op];
+  driver::set_answer("glBlendEquation", 0x1234);
+  osw_wglGetProcAddress("glBlendEquation");
+  EXPECT_EQ(__osw_sys_gl[glBlendEquation_op::op], kept) << "what is bound stays";
+}
+
 TEST_F(lookup_test, several_threads_look_up_at_once) {
   start_with_all_names();
   library::run_on_new_threads(4, [] {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "dispatch/thread_state.h"
+#include "ops/names.h"
 #include "support/expected_figures.h"
 #include "support/library.h"
 
@@ -32,6 +33,22 @@ TEST_F(binding_test, each_state_before_a_context_binds_again) {
     library::run_on_new_thread([] { osw_glDebugEntry(); });
     EXPECT_EQ(platform::load_count("opengl32sys.dll"), thread);
   }
+}
+
+// Whoever calls through the table meanwhile waits: it stops changing with the first context.
+TEST_F(binding_test, a_binding_empties_the_table_before_it_fills_it) {
+  library::start();
+  osw_glGetError();
+  int asked = 0;
+  driver::on_call<wglGetProcAddress_op>([&](driver::live_call& call) {
+    const int op = find_wgl_op(reinterpret_cast<const char*>(call.what.arguments[0]));
+    if (op < 0) return;
+    ++asked;
+    for (int later = op; later < wgl_op_count; ++later) EXPECT_EQ(__osw_sys_wgl[later], nullptr) << later;
+  });
+  library::run_on_new_thread([] { osw_glGetError(); });
+  EXPECT_GT(asked, 0);
+  EXPECT_NE(__osw_sys_wgl[wglMakeCurrent_op::op], nullptr);
 }
 
 TEST_F(binding_test, the_first_make_current_completes_both_tables) {

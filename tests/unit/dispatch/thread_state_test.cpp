@@ -171,6 +171,7 @@ TEST_F(thread_state_test, without_memory_calls_do_nothing_until_there_is_some) {
 TEST_F(thread_state_test, many_threads_make_theirs_at_once) {
   library::start();
   library::run_on_new_threads(8, [] {
+    // Each one's binding empties the table that the others call through.
     for (int call = 0; call < 100; ++call) {
       EXPECT_EQ(osw_glGetError(), 0u);
       EXPECT_EQ(osw_wglGetCurrentContext(), nullptr);

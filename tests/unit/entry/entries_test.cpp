@@ -87,12 +87,7 @@ TEST_F(entry_test, the_metafile_exports_have_no_effect) {
     if (with_context) library::start_rendering();
     driver::clear_calls();
     platform::clear_debug_output();
-    osw_GlmfBeginGlsBlock();
-    osw_GlmfCloseMetaFile();
-    osw_GlmfEndGlsBlock();
-    osw_GlmfEndPlayback();
-    osw_GlmfInitPlayback();
-    osw_GlmfPlayGlsRecord();
+    osw_Glmf();
     EXPECT_TRUE(driver::calls().empty());
     EXPECT_TRUE(platform::debug_output().empty());
   }
@@ -100,7 +95,7 @@ TEST_F(entry_test, the_metafile_exports_have_no_effect) {
 
 TEST_F(entry_test, metafile_exports_need_no_thread_state) {
   library::start();
-  osw_GlmfBeginGlsBlock();
+  osw_Glmf();
   EXPECT_EQ(TlsGetValue(__osw_state_slot), nullptr);
 }
 

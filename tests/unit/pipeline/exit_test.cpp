@@ -104,8 +104,8 @@ void expect_freed(const blocks& found) {
   allocation::stop_watching();
 }
 
-void exit_and_check(const blocks& found) {
-  EXPECT_TRUE(platform::exit_process());
+void exit_and_check(const blocks& found, DWORD exit_code = 1) {
+  EXPECT_TRUE(platform::exit_process(exit_code));
   EXPECT_EQ(platform::live_threads(), 0);
   for (const __osw_thread_state* listed : __osw_thread_state_list) EXPECT_EQ(listed, nullptr);
   for (const __osw_worker_arg* listed : __osw_worker_arg_list) EXPECT_EQ(listed, nullptr);
@@ -163,51 +163,70 @@ TEST_F(process_exit_test, with_a_dead_swap_thread_no_exit_command_is_sent) {
   EXPECT_EQ(TlsGetValue(__osw_ctrl_slot), nullptr);
 }
 
-TEST_F(process_exit_test, a_library_that_is_unloaded_ends_its_workers) {
+// Exactly the code that says that a thread still runs.
+TEST_P(exit_test, an_exit_code_that_looks_alive_sends_no_exit_command) {
+  library::start({.parts = 2, .query_on_app_thread = false});
+  const gate_pointer gate = hold_everybody();
+  blocks found;
+  allocation::watch();
+  enter_state(state_of_test().waits ? replaying : state_of_test(), found);
+  const int held = state_of_test().waits ? 2 : 0;
+  ASSERT_TRUE(wait_until_held(*gate, held));
+  start_in_state(found, gate, held);
+  exit_and_check(found, STILL_ACTIVE);
+}
+
+// Libraries that are told of the end before this one may have destructors that draw.
+struct late_call {
+  const char* name;
+  void (*act)();
+};
+
+const late_call late_calls[] = {{"a_synchronous_op", [] { osw_glGetError(); }},
+                                {"a_release", [] { osw_wglMakeCurrent(nullptr, nullptr); }},
+                                {"a_full_list", [] { push_hints(3 * 5000); }},
+                                {"a_swap_and_a_finish", [] {
+                                   osw_wglSwapBuffers(osw_wglGetCurrentDC());
+                                   osw_glFinish();
+                                 }}};
+
+struct late_call_test : pipeline_test, testing::WithParamInterface<late_call> {};
+
+TEST_P(late_call_test, returns_when_the_workers_have_been_killed) {
+  library::start({.parts = 4, .query_on_app_thread = false});
+  blocks found;
+  allocation::watch();
+  enter_state(exit_states[1], found);
+  ASSERT_TRUE(platform::kill_other_threads(STILL_ACTIVE));
+  platform::set_watchdog(std::chrono::seconds(20));
+  for (int i = 0; i < 3; ++i) GetParam().act();
+  platform::set_watchdog(std::chrono::seconds(0));
+  exit_and_check(found);
+}
+
+INSTANTIATE_TEST_SUITE_P(calls, late_call_test, testing::ValuesIn(late_calls),
+                         [](const auto& named) { return std::string(named.param.name); });
+
+// Windows with its procedures, its timers and its threads outlive the program's interest in it.
+TEST_F(process_exit_test, a_library_that_has_bound_a_context_stays_loaded) {
   library::start({.parts = 4});
   const library::rendering drawn = library::start_rendering();
   empty_list();
   driver::clear_calls();
   push_hints(10);
   EXPECT_TRUE(platform::detach_process());
-  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  EXPECT_TRUE(platform::process_attached());
+  EXPECT_EQ(platform::live_threads(), 5);
+  empty_list();
   for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
+  EXPECT_EQ(platform::call_count("GetModuleHandleExA"), 1);
 }
 
-// The thread of the application lives on, and will not come back to the library.
-TEST_F(process_exit_test, a_library_that_is_unloaded_ends_the_workers_of_other_threads) {
-  library::start({.parts = 4});
-  blocks found;
-  library::rendering drawn;
-  const library::app_thread_pointer thread = library::start_thread();
-  allocation::watch();
-  library::run(thread, [&] {
-    drawn = library::start_rendering();
-    empty_list();
-    driver::clear_calls();
-    DestroyWindow(drawn.window.hwnd);
-    add(found);
-    push_hints(10);
-  });
+TEST_F(process_exit_test, a_bypassed_library_is_unloaded) {
+  library::start({.active = false});
+  library::start_rendering();
   EXPECT_TRUE(platform::detach_process());
-  EXPECT_TRUE(platform::wait_for_live_threads(1)) << "the application's own";
-  for (int part = 0; part < 4; ++part) EXPECT_EQ(library::part_calls(drawn, part), hints(10));
-  expect_freed(found);
-  library::end_thread(thread);
-}
-
-// A driver that never comes back must not keep the program from going on.
-TEST_F(process_exit_test, an_unloaded_library_waits_for_its_threads_only_so_long) {
-  library::start({.parts = 1});
-  const library::app_thread_pointer thread = library::start_thread();
-  library::run(thread, [] {
-    const library::rendering drawn = library::start_rendering();
-    empty_list();
-    DestroyWindow(drawn.window.hwnd);
-  });
-  EXPECT_FALSE(__osw_wait_for_threads_to_leave(20)) << "they wait for the next list";
-  library::end_thread(thread);
-  EXPECT_TRUE(__osw_wait_for_threads_to_leave(5000));
+  EXPECT_FALSE(platform::process_attached());
 }
 
 TEST_F(process_exit_test, half_started_threads_are_cleaned_up) {

@@ -7,12 +7,17 @@
 #include "dispatch/bypass.h"
 #include "dispatch/system.h"
 #include "dispatch/thread_state.h"
+#include "pipeline/threads.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
 #include "startup/config/process_identity.h"
 #include "startup/config/shared.h"
 #include "support/allocation.h"
 #include "support/library.h"
+#include "wgl/child_windows.h"
+#include "wgl/records/glrc.h"
+#include "wgl/records/pbuffer.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 
@@ -186,13 +191,91 @@ TEST_F(life_test, a_thread_that_starts_gets_no_state) {
 
 TEST_F(life_test, a_thread_that_never_called_makes_and_destroys_a_state_at_its_end) {
   library::start();
+  osw_glGetError();
   allocation::watch();
   library::run_on_new_thread([] {});
   allocation::stop_watching();
-  EXPECT_EQ(platform::load_count("opengl32sys.dll"), 1);
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(platform::load_count("opengl32sys.dll"), 2);
+  EXPECT_EQ(listed_states(), 1);
   EXPECT_EQ(allocation::freed().size(), 1u);
   EXPECT_EQ(allocation::live_blocks(), 0);
+}
+
+// Nothing may be loaded under the loader lock for a program that has no use of it.
+TEST_F(life_test, a_process_that_never_called_loads_nothing_at_the_end_of_its_threads) {
+  library::start();
+  allocation::watch();
+  for (int i = 0; i < 1000; ++i) library::run_on_new_threads(1, [] {});
+  EXPECT_EQ(platform::exit_process(), TRUE);
+  allocation::stop_watching();
+  EXPECT_EQ(platform::call_count("LoadLibraryA"), 0);
+  EXPECT_EQ(platform::call_count("GetProcAddress"), 0);
+  EXPECT_TRUE(driver::calls().empty());
+  EXPECT_TRUE(allocation::freed().empty());
+  EXPECT_EQ(allocation::live_blocks(), 0);
+}
+
+// A binding waits for the loader within its lock, and the thread that ends has the loader lock.
+TEST_F(life_test, a_thread_ends_while_another_binds) {
+  library::start();
+  std::atomic<bool> asked{false}, ended{false};
+  driver::on_call<wglGetProcAddress_op>([&](driver::live_call&) {
+    if (asked.exchange(true)) return;
+    library::run_on_new_thread([] {});
+    ended = true;
+  });
+  osw_glGetError();
+  EXPECT_TRUE(ended);
+  EXPECT_EQ(listed_states(), 1);
+}
+
+struct late_life_test : life_test, testing::WithParamInterface<bool> {};
+
+// What destructors of a program's own do once the loader has told the library of the thread's end.
+TEST_P(late_life_test, a_call_after_the_end_of_its_thread_finds_no_context) {
+  library::start({.active = GetParam()});
+  std::atomic<int> calls{0};
+  platform::after_thread_end([&] {
+    if (own_state() == nullptr) return;  // a worker's
+    const __osw_thread_state before = *own_state();
+    EXPECT_EQ(osw_glGetError(), 0u);
+    EXPECT_EQ(osw_glIsEnabled(GL_BLEND), GL_FALSE);
+    osw_glFlush();
+    EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+    EXPECT_EQ(osw_wglGetCurrentContext(), nullptr);
+    EXPECT_EQ(own_state()->gl_table, __osw_gl_table_nocontext);
+    EXPECT_EQ(std::memcmp(own_state(), &before, sizeof before), 0) << "other threads share it";
+    ++calls;
+  });
+  library::run_on_new_threads(2, [] {
+    library::start_rendering();
+    osw_glFlush();
+  });
+  EXPECT_EQ(calls, 2);
+  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  EXPECT_EQ(listed_states(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, late_life_test, testing::Bool(),
+                         [](const auto& active) { return std::string(active.param ? "active" : "bypassed"); });
+
+// It would end the process at once, and other libraries would not hear of the end.
+TEST_F(life_test, no_lock_is_entered_at_the_end_in_which_a_thread_was_stopped) {
+  library::start();
+  osw_glGetError();
+  CRITICAL_SECTION* const locks[] = {&__osw_wgl_bind_lock,   &__osw_gl_bind_lock, &__osw_thread_state_lock,
+                                     &__osw_worker_arg_lock, &__osw_glrc_lock,    &__osw_pbuffer_lock,
+                                     &__osw_mapping_lock,    &__osw_class_lock};
+  std::vector<library::app_thread_pointer> threads;
+  for (std::size_t i = 0; i < std::size(locks); ++i) {
+    threads.push_back(library::start_thread());
+    library::run(threads.back(), [] { library::start_rendering(); });
+  }
+  for (std::size_t i = 0; i < std::size(locks); ++i) {
+    library::run(threads[i], [lock = locks[i]] { EnterCriticalSection(lock); });
+  }
+  EXPECT_EQ(platform::exit_process(), TRUE);
+  EXPECT_EQ(listed_states(), 0);
 }
 
 TEST_F(life_test, a_thread_that_called_leaves_nothing) {
@@ -260,14 +343,16 @@ TEST_F(life_test, the_process_ends_while_the_main_thread_renders) {
   EXPECT_EQ(platform::live_threads(), 0);
 }
 
-// Its code must not go while its own threads still run it.
-TEST_F(life_test, the_library_can_be_unloaded_when_its_threads_have_ended) {
+TEST_F(life_test, a_library_that_has_bound_nothing_can_be_unloaded) {
   library::start();
-  library::run_on_new_thread([] { library::start_rendering(); });
-  EXPECT_TRUE(platform::wait_for_live_threads(0));
   osw_glGetError();
+  const library::app_thread_pointer other = library::start_thread();
+  library::run(other, [] { osw_glGetError(); });
+  EXPECT_EQ(listed_states(), 2);
   EXPECT_EQ(platform::detach_process(), TRUE);
+  EXPECT_FALSE(platform::process_attached());
   EXPECT_EQ(listed_states(), 0);
+  library::end_thread(other);
 }
 
 TEST_F(life_test, unknown_reasons_are_accepted) {

@@ -23,12 +23,7 @@ BOOL DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 char* EnablePerformanceOptimization(const char* path);
 void DisablePerformanceOptimization();
 u64 osw_glDebugEntry();
-void osw_GlmfBeginGlsBlock();
-void osw_GlmfCloseMetaFile();
-void osw_GlmfEndGlsBlock();
-void osw_GlmfEndPlayback();
-void osw_GlmfInitPlayback();
-void osw_GlmfPlayGlsRecord();
+void osw_Glmf();
 }
 
 namespace library {

@@ -37,14 +37,19 @@ void set_library_hooks(const library_hooks& hooks);
 // Calls DllMain with DLL_PROCESS_ATTACH under the loader lock. From then on each thread's start and end is told too.
 BOOL attach_process();
 
-// Unloads the library from a process that goes on: DLL_PROCESS_DETACH with a null third argument.
+// Unloads the library from a process that goes on: DLL_PROCESS_DETACH with a null third argument. A library that has
+// pinned itself stays.
 BOOL detach_process();
 
 // Ends the process as the platform does: under the loader lock all other threads stop where they are, without a
-// DLL_THREAD_DETACH, then DllMain is called with DLL_PROCESS_DETACH and a third argument that is not null.
-BOOL exit_process();
+// DLL_THREAD_DETACH and with the process's exit code, then DllMain is called with DLL_PROCESS_DETACH and a third
+// argument that is not null. Sections in which they stop stay entered: who enters one then stops the program.
+BOOL exit_process(DWORD exit_code = 1);
 
 bool process_attached();
+
+// What each thread of the application does after its DLL_THREAD_DETACH, as destructors of the program's do.
+void after_thread_end(std::function<void()> work);
 
 // ---- threads ----
 
@@ -55,8 +60,8 @@ HANDLE start_thread(std::function<void()> work);
 bool join(HANDLE thread, std::chrono::milliseconds patience = std::chrono::seconds(60));
 
 // Ends all threads but the calling one, wherever they sleep or at their next call of the platform. False when one does
-// not end within half a minute.
-bool kill_other_threads();
+// not end within half a minute. Their exit code is the one given.
+bool kill_other_threads(DWORD exit_code = 1);
 
 // Lets the calling thread end here if it is being killed; for code that would otherwise not call the platform.
 void kill_point();
