@@ -53,16 +53,19 @@ constexpr image_payload payload_pixels(i32 width, i32 height, i32 depth, GLenum 
 // The most bytes that a block is made of: what a GLsizei can count.
 constexpr u64 largest_block = 0x7FFFFFFF;
 
-// The bytes of `count` items of `item_size` bytes, or 0 when either is negative or the product is more than a block can
-// hold: then nothing is copied and GL itself refuses the call on the workers.
+// More bytes than there is memory: no block is made of them, and the call reaches no part.
+constexpr u64 too_many_bytes = 0x7FFFFFFFFFFFFFFF;
+
+// The bytes of `count` items of `item_size` bytes, or `too_many_bytes`. 0 for a negative count: then nothing is copied
+// and GL itself refuses the call on the workers.
 constexpr u64 __osw_checked_bytes(i32 count, u64 item_size) {
   if (count < 0) return 0;
   const u64 bytes = static_cast<u64>(count) * item_size;
-  return bytes > largest_block ? 0 : bytes;
+  return bytes > largest_block ? too_many_bytes : bytes;
 }
 
-// Bytes of `count` list names of `type`; 0 for a count below 1 and for a type that is none.
-constexpr u32 __osw_call_lists_size(GLsizei count, GLenum type) {
+// Bytes of `count` list names of `type`, or `too_many_bytes`; 0 for a count below 1 and for a type that is none.
+constexpr u64 __osw_call_lists_size(GLsizei count, GLenum type) {
   if (count < 1) return 0;
   u64 item = 0;
   switch (type) {
@@ -87,5 +90,5 @@ constexpr u32 __osw_call_lists_size(GLsizei count, GLenum type) {
     default:
       break;
   }
-  return static_cast<u32>(__osw_checked_bytes(count, item));
+  return __osw_checked_bytes(count, item);
 }

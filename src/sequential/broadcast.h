@@ -28,6 +28,10 @@ Result broadcast(Parameters... arguments) {
   }
 }
 
+// The general form of an op, for a handler of the op's own that also repeats the call.
+template <class Op>
+constexpr typename Op::type* repeat_on_each_part = broadcast<Op>;
+
 template <class Op>
 inline typename Op::type* broadcaster();
 

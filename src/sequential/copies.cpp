@@ -4,6 +4,7 @@
 
 #include "sequential/broadcast.h"
 #include "sequential/parts/copy_format.h"
+#include "wgl/records/glrc.h"
 
 namespace {
 
@@ -13,6 +14,8 @@ struct pixel_half {
   GLenum buffer;
   GLenum buffer_binding;
 };
+
+constexpr i32 largest_alignment = 8;
 
 constexpr pixel_half pack = {&pixel_store_field::pack, GL_PIXEL_PACK_BUFFER, GL_PIXEL_PACK_BUFFER_BINDING};
 constexpr pixel_half unpack = {&pixel_store_field::unpack, GL_PIXEL_UNPACK_BUFFER, GL_PIXEL_UNPACK_BUFFER_BINDING};
@@ -117,14 +120,13 @@ void restore_store(const __osw_thread_state* state, const pixel_half& half, cons
   __osw_for_each_part(state, [&](i32) { set_store(state, half, saved, false); });
 }
 
-// What the first part says of the state that the read and the upload will work under.
-void get_transfer_state(const __osw_thread_state* state, bool clears_unpack, __osw_pixel_store* read,
-                        __osw_pixel_store* upload) {
-  ask_first_part(state, [=] {
-    sys_gl<glGetIntegerv_op>(state)(GL_PACK_ALIGNMENT, &read->alignment);
-    sys_gl<glGetIntegerv_op>(state)(GL_UNPACK_ALIGNMENT, &upload->alignment);
-    if (!clears_unpack) get_store(state, unpack, upload);
-  });
+// Bytes that the read and the upload will reach, whatever alignment they work under.
+u64 bytes_reached(const __osw_thread_state* state, const copy_format& format, const copied_rectangle& from,
+                  bool clears_unpack) {
+  __osw_pixel_store read{};
+  __osw_pixel_store upload = clears_unpack ? __osw_pixel_store{} : state->glrc->unpack_store;
+  read.alignment = upload.alignment = largest_alignment;
+  return __osw_copy_buffer_size(format, from.width, from.height, read, upload);
 }
 
 // The sequence of all six copies. `upload` writes the pixels to all parts. Only a copy of pixels clears the unpack
@@ -132,11 +134,7 @@ void get_transfer_state(const __osw_thread_state* state, bool clears_unpack, __o
 template <class Upload>
 void copy(const __osw_thread_state* state, const copy_format& format, const copied_rectangle& from, bool clears_unpack,
           const char* function, Upload upload) {
-  __osw_pixel_store read{};
-  __osw_pixel_store write{};
-  get_transfer_state(state, clears_unpack, &read, &write);
-  const u64 bytes = __osw_copy_buffer_size(format, from.width, from.height, read, write);
-  void* buffer = __osw_create_copy_buffer(bytes, function);
+  void* buffer = __osw_create_copy_buffer(bytes_reached(state, format, from, clears_unpack), function);
   if (!buffer) return;
   const GLuint pack_buffer = unbind_buffer(state, pack);
   const GLuint unpack_buffer = unbind_buffer(state, unpack);

@@ -5,6 +5,7 @@
 
 #include "dispatch/report.h"
 #include "threaded/encode_pointer.h"
+#include "threaded/encoders.h"
 
 namespace {
 
@@ -26,15 +27,19 @@ void set_effective_stride(__osw_client_array* array) {
   array->effective_stride = array->stride ? static_cast<u32>(array->stride) : packed;
 }
 
-u32 low_half(const void* pointer) {
-  return static_cast<u32>(reinterpret_cast<u64>(pointer));
+u64 address(const void* pointer) {
+  return reinterpret_cast<u64>(pointer);
 }
 
-// Whether a lies within one stride of b. Distances are those of the low halves of the addresses.
+// Whether a lies within one stride of b. A stride is a signed number; within a negative one lies nothing.
 bool within_stride(const void* a, const void* b, u32 stride) {
-  const i32 forward = static_cast<i32>(low_half(a) - low_half(b));
-  const i32 backward = static_cast<i32>(low_half(b) - low_half(a));
-  return (forward > backward ? forward : backward) < static_cast<i32>(stride);
+  const u64 distance = address(a) > address(b) ? address(a) - address(b) : address(b) - address(a);
+  return static_cast<i32>(stride) > 0 && distance < stride;
+}
+
+// An array that fits lies less than a stride above the base.
+u32 offset_in(const __osw_array_group& group, const __osw_client_array& array) {
+  return static_cast<u32>(address(array.pointer) - address(group.base));
 }
 
 bool fits(const __osw_array_group& group, const __osw_client_array& array) {
@@ -54,11 +59,12 @@ u32 group_for(__osw_client_state* client_state, const __osw_client_array& array)
 }
 
 // The group's base has gone down to a new array, so the arrays that were in the group before lie further from it. Which
-// they are is told by stride and distance, as when they were put in, and not by the number of their group.
+// they are is told by stride and distance, as when they were put in, and not by the number of their group; but none is
+// sent to below the block.
 void lower_base(__osw_client_state* client_state, __osw_array_group* group, const u32* list, u32 count) {
   for (u32 i = 0; i < count; ++i) {
     __osw_client_array* array = &client_state->arrays[list[i]];
-    if (fits(*group, *array)) array->group_offset = low_half(array->pointer) - low_half(group->base);
+    if (fits(*group, *array) && array->pointer >= group->base) array->group_offset = offset_in(*group, *array);
   }
 }
 
@@ -111,10 +117,18 @@ void push_pointer(__osw_thread_state* state, const __osw_client_array& array, co
   });
 }
 
+// The array buffer that GL has bound. The record keeps one that was deleted since, and GL does not: to bind that one
+// again would make a new buffer of its name.
+GLuint bound_array_buffer(const __osw_thread_state* state) {
+  GLint bound = 0;
+  if (state->glrc->client_state.array_buffer) encoder<glGetIntegerv_op>()(GL_ARRAY_BUFFER_BINDING, &bound);
+  return static_cast<GLuint>(bound);
+}
+
 // Runs `push_pointers` with no array buffer bound on the workers, which would take the addresses for offsets into it.
+// `buffer` is the one that is bound.
 template <class PushPointers>
-void push_addresses(__osw_thread_state* state, PushPointers push_pointers) {
-  const u32 buffer = state->glrc->client_state.array_buffer;
+void push_addresses(__osw_thread_state* state, GLuint buffer, PushPointers push_pointers) {
   if (buffer) push<glBindBuffer_op>(state, GL_ARRAY_BUFFER, 0);
   push_pointers();
   if (buffer) push<glBindBuffer_op>(state, GL_ARRAY_BUFFER, buffer);
@@ -173,7 +187,10 @@ u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64
     return 0;
   }
   if (blob) copy_groups(client_state, blob);
-  if (list.count) push_addresses(state, [&] { aim_at_blob(state, list, blob, &captured->mask); });
+  if (list.count) {
+    captured->array_buffer = bound_array_buffer(state);
+    push_addresses(state, captured->array_buffer, [&] { aim_at_blob(state, list, blob, &captured->mask); });
+  }
   captured->blobs[0] = blob;
   captured->blob_count = blob ? 1 : 0;
   return 0;
@@ -185,8 +202,8 @@ void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 c
     __osw_client_array* array = &client_state->arrays[list[i]];
     array->group = group_for(client_state, *array);
     __osw_array_group* group = &client_state->groups[array->group];
-    if (low_half(array->pointer) >= low_half(group->base)) {
-      array->group_offset = low_half(array->pointer) - low_half(group->base);
+    if (array->pointer >= group->base) {
+      array->group_offset = offset_in(*group, *array);
       continue;
     }
     group->base = static_cast<const u8*>(array->pointer);
@@ -194,10 +211,10 @@ void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 c
   }
 }
 
-void __osw_restore_arrays(__osw_thread_state* state, u32 mask) {
-  if (!mask) return;
-  push_addresses(state, [=] {
-    for (u32 rest = mask; rest; rest &= rest - 1) {
+void __osw_restore_arrays(__osw_thread_state* state, const captured_arrays& captured) {
+  if (!captured.mask) return;
+  push_addresses(state, captured.array_buffer, [&] {
+    for (u32 rest = captured.mask; rest; rest &= rest - 1) {
       const __osw_client_array& array = state->glrc->client_state.arrays[__builtin_ctz(rest)];
       push_pointer(state, array, array.pointer);
     }

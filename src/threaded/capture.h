@@ -10,6 +10,7 @@ struct captured_arrays {
   void* blobs[cmd_slots];  // heap blocks, for the draw's command to carry
   u32 blob_count;          // 0 or 1
   u32 mask;                // the arrays that were captured, by index
+  GLuint array_buffer;     // what GL has bound while they point at the block
   bool out_of_memory;      // the draw has to be dropped: its arrays may be gone by the time of replay
 };
 
@@ -25,5 +26,5 @@ u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64
 // Puts arrays that are interleaved in one block into one group. `list` holds `count` array indices in ascending order.
 void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 count);
 
-// Pushes the application's own pointers again for the arrays in `mask`.
-void __osw_restore_arrays(__osw_thread_state* state, u32 mask);
+// Pushes the application's own pointers again for the arrays that were captured.
+void __osw_restore_arrays(__osw_thread_state* state, const captured_arrays& captured);

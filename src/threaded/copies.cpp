@@ -45,15 +45,24 @@ void rebind_buffers(__osw_thread_state* state, const saved_state& saved) {
   if (saved.unpack_buffer) push<glBindBuffer_op>(state, GL_PIXEL_PACK_BUFFER, saved.unpack_buffer);
 }
 
+// The unpack buffer that the application's own context has bound, if it follows at all. The record keeps one that was
+// deleted since, and to bind that one would make a new buffer of its name.
+GLuint bound_unpack_buffer(const __osw_thread_state* state, const saved_state& saved) {
+  GLint bound = 0;
+  if (saved.unpack_buffer && mirrors()) sys_gl<glGetIntegerv_op>(state)(GL_PIXEL_UNPACK_BUFFER_BINDING, &bound);
+  return static_cast<GLuint>(bound);
+}
+
 // Enters the upload encoder as if no unpack buffer were bound, on the application's own context too: the pixels lie in
 // memory whatever is bound, and travel as a blob of the upload.
 template <class Upload>
 void upload_from_memory(__osw_thread_state* state, const saved_state& saved, Upload upload, const void* pixels) {
   u32* binding = &state->glrc->client_state.unpack_buffer;
+  const GLuint bound = bound_unpack_buffer(state, saved);
   *binding = 0;
-  if (saved.unpack_buffer) mirror<glBindBuffer_op>(state, GL_PIXEL_UNPACK_BUFFER, 0);
+  if (bound) mirror<glBindBuffer_op>(state, GL_PIXEL_UNPACK_BUFFER, 0);
   upload(pixels);
-  if (saved.unpack_buffer) mirror<glBindBuffer_op>(state, GL_PIXEL_UNPACK_BUFFER, saved.unpack_buffer);
+  if (bound) mirror<glBindBuffer_op>(state, GL_PIXEL_UNPACK_BUFFER, bound);
   *binding = saved.unpack_buffer;
 }
 

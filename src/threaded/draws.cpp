@@ -68,7 +68,7 @@ void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, cons
   if (captured.out_of_memory) return free(const_cast<void*>(mask ? indices : nullptr));
   mask |= carry_blobs(state, parameter_count<Op>, captured);
   push_draw(indices, mask);
-  __osw_restore_arrays(state, captured.mask);
+  __osw_restore_arrays(state, captured);
   if (uncaptured) __osw_send_sync_cmd(state);
 }
 
@@ -86,9 +86,12 @@ void glDrawArrays_op::encode(GLenum mode, GLint first, GLsizei count) {
     uncaptured = __osw_capture_arrays(state, false, begin, begin + static_cast<u32>(count), &captured);
   }
   if (captured.out_of_memory) return;
+  // GL refuses it, and drivers that do not read what the application has there.
+  const __osw_client_state& client_state = state->glrc->client_state;
+  if (first < 0 && (client_state.enabled_mask & ~client_state.buffered_mask)) uncaptured = 1;
   const u32 mask = carry_blobs(state, blob_slot, captured);
   push_with_blobs<glDrawArrays_op>(state, mask, mode, first, count);
-  __osw_restore_arrays(state, captured.mask);
+  __osw_restore_arrays(state, captured);
   if (uncaptured) __osw_send_sync_cmd(state);
 }
 

@@ -9,7 +9,7 @@
 template <class Op>
 constexpr u32 array_blob = 1u << array_slot<Op>;
 
-// Bytes of an op's array by its payload; 0 for one that no block can hold.
+// Bytes of an op's array by its payload; `too_many_bytes` for one that no block can hold.
 template <class Op>
 inline u64 bytes_of(const array_payload& payload) {
   return __osw_checked_bytes(payload.items, payload.elements * sizeof(array_element<Op>));
@@ -43,12 +43,12 @@ inline void push_copied(__osw_thread_state* state, const array_payload& payload,
 // Pixels or compressed data. With an unpack buffer bound the pointer is an offset into it, and nothing is copied.
 // Without memory the call is dropped on all parts alike.
 template <class Op, class... Parameters>
-inline void push_image(__osw_thread_state* state, u64 bytes, Parameters... arguments) {
+inline void push_image(__osw_thread_state* state, const image_extent& bytes, Parameters... arguments) {
   constexpr u32 count = sizeof...(Parameters);
   u64 slots[] = {to_slot(arguments)...};
   const void* data = from_slot<const void*>(slots[array_slot<Op>]);
   if (state->glrc->client_state.unpack_buffer) return __osw_push_gl_cmd(state, Op::op, count, slots, 0);
-  void* blob = data ? __osw_copy_to_blob(data, bytes, Op::name) : nullptr;
+  void* blob = data ? copy_reached_to_blob(data, bytes.told, bytes.reached, Op::name) : nullptr;
   if (data && !blob) return;
   slots[array_slot<Op>] = to_slot(blob);
   __osw_push_gl_cmd(state, Op::op, count, slots, array_blob<Op>);
@@ -61,7 +61,8 @@ inline void push_copied(__osw_thread_state* state, const image_payload& payload,
 
 template <class Op, class... Parameters>
 inline void push_copied(__osw_thread_state* state, const block_payload& payload, Parameters... arguments) {
-  push_image<Op>(state, __osw_checked_bytes(static_cast<i32>(payload.bytes), 1), arguments...);
+  const u64 bytes = __osw_checked_bytes(static_cast<i32>(payload.bytes), 1);
+  push_image<Op>(state, {bytes, bytes}, arguments...);
 }
 
 // What the call points at is copied as its row's payload says.
@@ -70,14 +71,4 @@ Result encode_copied(Parameters... arguments) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   mirror<Op>(state, arguments...);
   push_copied<Op>(state, Op::payload(arguments...), arguments...);
-}
-
-// A number of names that no memory can hold goes out with a null array, so that no worker walks it.
-template <class Op>
-void encode_names(GLsizei count, const GLuint* names) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, count, names);
-  const array_payload payload = Op::payload(count, names);
-  const bool too_many = count > 0 && !bytes_of<Op>(payload);
-  push_copied<Op>(state, payload, count, too_many ? nullptr : names);
 }

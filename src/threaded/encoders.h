@@ -26,10 +26,8 @@ inline typename Op::type* encoder() {
     return Op::encode;
   } else if constexpr (Op::threaded::value == threaded_word::query) {
     return encode_query<Op>;
-  } else if constexpr (Op::threaded::value == threaded_word::copied) {
+  } else if constexpr (Op::threaded::value == threaded_word::copied || Op::threaded::value == threaded_word::names) {
     return encode_copied<Op>;
-  } else if constexpr (Op::threaded::value == threaded_word::names) {
-    return encode_names<Op>;
   } else if constexpr (Op::threaded::value == threaded_word::array) {
     return encode_pointer<Op>;
   } else if constexpr (Op::threaded::value == threaded_word::alias) {

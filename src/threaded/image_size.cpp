@@ -37,6 +37,13 @@ image_pitch pitch_of(const __osw_pixel_store& unpack, i32 width, i32 height, GLe
   return {row, h};
 }
 
+u64 bytes_of_image(const image_pitch& pitch, i32 depth) {
+  u64 bytes;
+  if (__builtin_mul_overflow(pitch.row, pitch.rows, &bytes)) return too_many_bytes;
+  if (__builtin_mul_overflow(bytes, static_cast<u64>(depth), &bytes)) return too_many_bytes;
+  return bytes;
+}
+
 }  // namespace
 
 u32 __osw_pixel_components(GLenum format, GLenum type) {
@@ -99,23 +106,22 @@ u32 __osw_pixel_type_size(GLenum type) {
 
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type) {
   if (width < 0 || height < 0 || depth < 0) return 0;
-  const image_pitch pitch = pitch_of(state->glrc->unpack_store, width, height, format, type);
-  u64 bytes;
-  if (__builtin_mul_overflow(pitch.row, pitch.rows, &bytes)) return 0;
-  if (__builtin_mul_overflow(bytes, static_cast<u64>(depth), &bytes)) return 0;
+  const u64 bytes = bytes_of_image(pitch_of(state->glrc->unpack_store, width, height, format, type), depth);
   return bytes > largest_block ? 0 : static_cast<i32>(bytes);
 }
 
-u64 __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
+image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
   const __osw_pixel_store& unpack = state->glrc->unpack_store;
   const auto& [size, dimensions, format, type] = image;
-  const u64 whole = static_cast<u64>(__osw_image_size(state, size[0], size[1], size[2], format, type));
-  if (!whole || !size[0] || !size[1]) return 0;
+  if (size[0] < 1 || size[1] < 1 || size[2] < 1) return {};
   const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
+  const u64 told = bytes_of_image(pitch, size[2]);
+  if (!told) return {};
+  if (told > largest_block) return {0, too_many_bytes};
   const u64 slice = pitch.row * pitch.rows;
   u64 end = static_cast<u64>(size[2] - 1) * slice +
             (static_cast<u64>(size[1] - 1) + static_cast<u64>(unpack.skip_rows)) * pitch.row;
   end += bytes_of_pixels(static_cast<u64>(unpack.skip_pixels) + static_cast<u64>(size[0]), format, type);
   if (dimensions == 3) end += static_cast<u64>(unpack.skip_images) * slice;
-  return end > largest_block ? 0 : std::max(whole, end);
+  return {told, end > largest_block ? too_many_bytes : std::max(told, end)};
 }

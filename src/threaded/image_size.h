@@ -14,7 +14,12 @@ u32 __osw_pixel_type_size(GLenum type);
 // negative or the product does not fit 32 bits.
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type);
 
-// Bytes from the application's pointer on that are copied: the size above, or as far as the workers reach under the
-// same unpack state, whichever is more. The skipped bytes before the image count too, skipped images only in an image
-// of three dimensions. 0 for an image without pixels, and when the workers reach beyond 31 bits.
-u64 __osw_image_extent(const __osw_thread_state* state, const image_payload& image);
+// Bytes from the application's pointer on.
+struct image_extent {
+  u64 told;     // the size above, which is copied whatever lies there
+  u64 reached;  // as far as the workers go under the same unpack state, if that is more; or `too_many_bytes`
+};
+
+// The skipped bytes before the image are reached too, skipped images only in an image of three dimensions. Nothing is
+// told or reached of an image without pixels.
+image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image);

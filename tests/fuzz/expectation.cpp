@@ -40,17 +40,42 @@ pointers array_rule(const call_shape& shape, const ops::row& row, const driver::
   constexpr u64 slots = 32;
   const auto count = static_cast<i32>(arguments[shape.count_at]);
   const u64 bytes = count > 0 ? static_cast<u64>(count) * shape.item_bytes : 0;
-  const bool overflows = bytes > 0x7FFFFFFF;
   const bool is_null = arguments[shape.data_at] == 0;
-  if (row.threaded == ops::family::names && overflows) return pointers::zeroed;
   if (!is_null) return pointers::copied;
-  return overflows || bytes <= (slots - row.count) * 8 ? pointers::zeroed : pointers::as_given;
+  return bytes <= (slots - row.count) * 8 ? pointers::zeroed : pointers::as_given;
 }
 
 // Images, compressed data, maps and the stipple: an offset into a bound buffer stays what it is, and so does null.
 pointers block_rule(const expectation& all, const call_shape& shape, const driver::argument_bits& arguments) {
   if (shape.unpacks && all.record.unpack_buffer) return pointers::as_given;
   return arguments[shape.data_at] ? pointers::copied : pointers::as_given;
+}
+
+// More than a block can hold: the parts get a call that does nothing.
+bool is_too_large(const call_shape& shape, const driver::argument_bits& arguments) {
+  const auto count = static_cast<i32>(arguments[shape.count_at]);
+  return arguments[shape.data_at] && count > 0 && static_cast<u64>(count) * shape.item_bytes > 0x7FFFFFFF;
+}
+
+void expect_array(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
+  const call_shape& shape = shape_of(row.op);
+  expect_mirror(all, row.op, arguments);
+  driver::argument_bits sent = arguments;
+  const bool too_large = is_too_large(shape, arguments);
+  if (too_large) sent[shape.count_at] = sent[shape.data_at] = 0;
+  expect_parts(all, row.op, sent, too_large ? pointers::as_given : array_rule(shape, row, arguments));
+}
+
+// An image that no block can hold reaches no part.
+void expect_block(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
+  const call_shape& shape = shape_of(row.op);
+  expect_mirror(all, row.op, arguments);
+  const bool copies = arguments[shape.data_at] && !all->record.unpack_buffer;
+  if (copies && row.threaded == ops::family::image &&
+      lay_out(image_of(shape, row, arguments), all->record.unpack).too_large) {
+    return;
+  }
+  expect_parts(all, row.op, arguments, block_rule(*all, shape, arguments));
 }
 
 void expect_everywhere(expectation* all, int op, const driver::argument_bits& arguments, pointers become) {
@@ -84,6 +109,25 @@ void expect_source(expectation* all, const driver::argument_bits& arguments) {
   }
 }
 
+// Names of display lists: more than a block can hold are none.
+void expect_lists(expectation* all, const driver::argument_bits& arguments) {
+  expect_mirror(all, glCallLists_op::op, arguments);
+  const auto count = static_cast<i32>(arguments[0]);
+  const bool too_large =
+      arguments[2] && count > 0 && static_cast<u64>(count) * list_bytes(static_cast<GLenum>(arguments[1])) > 0x7FFFFFFF;
+  driver::argument_bits sent = arguments;
+  if (too_large) sent[0] = sent[2] = 0;
+  expect_parts(all, glCallLists_op::op, sent, sent[2] ? pointers::copied : pointers::as_given);
+}
+
+// A map reaches the parts as one block or not at all.
+void expect_map(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
+  const call_shape& shape = shape_of(row.op);
+  expect_mirror(all, row.op, arguments);
+  if (!all->record.unpack_buffer && is_too_large(shape, arguments)) return;
+  expect_parts(all, row.op, arguments, block_rule(*all, shape, arguments));
+}
+
 void expect_own(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
   const call_shape& shape = shape_of(row.op);
   switch (row.op) {
@@ -105,13 +149,17 @@ void expect_own(expectation* all, const ops::row& row, const driver::argument_bi
     case glGetBufferSubData_op::op:  // contents exist only on the parts
       return expect_parts(all, row.op, arguments);
     case glDrawBuffers_op::op:
+      if (is_too_large(shape, arguments)) return expect_mirror(all, row.op, arguments);
+      [[fallthrough]];
     case glBindAttribLocation_op::op:
       return expect_everywhere(all, row.op, arguments, arguments[shape.data_at] ? pointers::copied : pointers::zeroed);
-    case glPolygonStipple_op::op:
     case glPixelMapfv_op::op:
     case glPixelMapuiv_op::op:
     case glPixelMapusv_op::op:
+      return expect_map(all, row, arguments);
     case glCallLists_op::op:
+      return expect_lists(all, arguments);
+    case glPolygonStipple_op::op:
       return expect_everywhere(all, row.op, arguments, block_rule(*all, shape, arguments));
     default:
       // Setters, creation, glFinish and glFlush; and glUniformMatrix2x3fv, which hands the application's own pointer
@@ -163,9 +211,11 @@ void begin(expectation* all, const library::process_setup& setup, const RECT& wi
     all->shares[at] = share_of(setup, window, part);
     all->part[at].part = part;
     all->part[at].expects = true;
+    all->part[at].keeps_attribs = all->way == library::path::sequential;
   }
   all->app.expects = true;
   all->record.expects = true;
+  all->record.keeps_attribs = all->way == library::path::sequential;
 }
 
 driver::argument_bits args(std::initializer_list<u64> values) {
@@ -212,10 +262,10 @@ void expect_threaded(expectation* all, const ops::row& travels, const driver::ar
                                arguments[shape.data_at] ? pointers::copied : pointers::zeroed);
     case ops::family::names:
     case ops::family::uniform:
-      return expect_everywhere(all, travels.op, arguments, array_rule(shape, travels, arguments));
+      return expect_array(all, travels, arguments);
     case ops::family::image:
     case ops::family::compressed:
-      return expect_everywhere(all, travels.op, arguments, block_rule(*all, shape, arguments));
+      return expect_block(all, travels, arguments);
     case ops::family::own:
       return expect_own(all, travels, arguments);
     case ops::family::alias:

@@ -223,6 +223,9 @@ void expect_bind(expectation* all, GLenum target, GLuint buffer) {
 // The application's own context uploads too, and must not take the memory for an offset into its unpack buffer.
 void expect_mirrored_upload(expectation* all, const copy_plan& plan, const std::vector<u8>& buffer) {
   const GLuint unpack = all->record.unpack_buffer;
+  u64 anywhere = 0;
+  const driver::argument_bits question = args({GL_PIXEL_UNPACK_BUFFER_BINDING, driver::bits_of(&anywhere)});
+  if (unpack) expect_mirror(all, glGetIntegerv_op::op, question, pointers::aimed);
   if (unpack) expect_mirror(all, glBindBuffer_op::op, args({GL_PIXEL_UNPACK_BUFFER, 0}));
   expect_mirror(all, plan.upload_op, upload_of(plan, buffer), pointers::aimed);
   if (unpack) expect_mirror(all, glBindBuffer_op::op, args({GL_PIXEL_UNPACK_BUFFER, unpack}));
@@ -333,17 +336,14 @@ GLuint expect_unbind(expectation* all, const half& of) {
   return bound;
 }
 
-// What the first part is asked before the buffer is made: the state that decides how much of it is reached.
-void expect_questions(expectation* all, int op, const driver::argument_bits& arguments, bool of_pixels) {
+// What the first part is asked before the buffer is made.
+void expect_questions(expectation* all, int op, const driver::argument_bits& arguments) {
   u64 anywhere = 0;
   if (into_texture_part(op)) {
     expect_part(all, 0, glGetTexLevelParameteriv_op::op,
                 args({arguments[0], 0, GL_TEXTURE_INTERNAL_FORMAT, driver::bits_of(&anywhere)}), pointers::aimed);
   }
   expect_get(all, 0, glGetIntegerv_op::op, GL_FRAMEBUFFER_BINDING);
-  expect_get(all, 0, glGetIntegerv_op::op, GL_PACK_ALIGNMENT);
-  expect_get(all, 0, glGetIntegerv_op::op, GL_UNPACK_ALIGNMENT);
-  if (!of_pixels) expect_gets(all, 0, unpack_half);
 }
 
 }  // namespace
@@ -351,7 +351,7 @@ void expect_questions(expectation* all, int op, const driver::argument_bits& arg
 void expect_sequential_copy(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
   const int op = row.base >= 0 ? row.base : row.op;
   const copy_plan plan = fuzz::plan(*all, op, arguments);
-  expect_questions(all, op, arguments, plan.of_pixels);
+  expect_questions(all, op, arguments);
   if (is_too_large(plan)) return;
   std::vector<u8> buffer = room_for(plan, context_of(*all, 0).unpack);
   const GLuint pack_buffer = expect_unbind(all, pack_half);

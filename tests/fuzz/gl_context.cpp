@@ -98,6 +98,21 @@ i32 truncated(u64 bits) {
   return value > 0 ? 0x7FFFFFFF : -1;
 }
 
+void push_attribs(gl_context* context, GLbitfield mask) {
+  if (!context->keeps_attribs || context->attribs.size() == attrib_depth) return;
+  context->attribs.push_back({(mask & GL_CLIENT_PIXEL_STORE_BIT) != 0, context->pack, context->unpack});
+}
+
+void pop_attribs(gl_context* context) {
+  if (context->attribs.empty()) return;
+  const saved_attribs& saved = context->attribs.back();
+  if (saved.pixels) {
+    context->pack = saved.pack;
+    context->unpack = saved.unpack;
+  }
+  context->attribs.pop_back();
+}
+
 void bind(gl_context* context, GLenum target, GLuint buffer) {
   if (target == GL_ARRAY_BUFFER) context->array_buffer = buffer;
   if (target == GL_ELEMENT_ARRAY_BUFFER) context->element_buffer = buffer;
@@ -170,6 +185,10 @@ void track(gl_context* context, int op, arguments_of a) {
       return set_store(context, name(a[0]), number(a[1]));
     case glPixelStoref_op::op:
       return set_store(context, name(a[0]), truncated(a[1]));
+    case glPushClientAttrib_op::op:
+      return push_attribs(context, name(a[0]));
+    case glPopClientAttrib_op::op:
+      return pop_attribs(context);
     case glBindBuffer_op::op:
     case glBindFramebuffer_op::op:
       return bind(context, name(a[0]), name(a[1]));
@@ -241,11 +260,6 @@ void read_some(event* seen, const ops::row& row, arguments_of a) {
 u64 sane_bytes(i32 count, u64 item) {
   const u64 bytes = count > 0 ? static_cast<u64>(count) * item : 0;
   return bytes > 0x7FFFFFFF ? 0 : bytes;
-}
-
-u32 list_bytes(GLenum type) {
-  constexpr u32 bytes[] = {1, 1, 2, 2, 4, 4, 4, 2, 3, 4};
-  return type >= GL_BYTE && type <= GL_4_BYTES ? bytes[type - GL_BYTE] : 0;
 }
 
 void read_image(event* seen, const image& of, const pixel_store& store, u64 address) {
@@ -343,6 +357,7 @@ void write_figures(gl_context* context, int op, arguments_of a) {
     return store(a[3], static_cast<GLint>(internal_format_of(name(a[0]))));
   }
   if (op == glGetIntegerv_op::op) {
+    if (name(a[0]) == GL_ARRAY_BUFFER_BINDING) return store(a[1], static_cast<GLint>(context->array_buffer));
     if (name(a[0]) == GL_PIXEL_PACK_BUFFER_BINDING) return store(a[1], static_cast<GLint>(context->pack_buffer));
     if (name(a[0]) == GL_PIXEL_UNPACK_BUFFER_BINDING) return store(a[1], static_cast<GLint>(context->unpack_buffer));
     if (const i32* field = store_field(context, name(a[0]))) store(a[1], *field);
@@ -414,6 +429,11 @@ int array_number(const gl_context& context, GLenum array) {
     default:
       return -1;
   }
+}
+
+u32 list_bytes(GLenum type) {
+  constexpr u32 bytes[] = {1, 1, 2, 2, 4, 4, 4, 2, 3, 4};
+  return type >= GL_BYTE && type <= GL_4_BYTES ? bytes[type - GL_BYTE] : 0;
 }
 
 u32 component_bytes(GLenum type) {

@@ -7,7 +7,9 @@
 //   stands for the vertex array;
 // - glTexCoordPointer: unit 8 has the fog coordinates' entry;
 // - glBindFramebuffer and glBindBuffer: either binds whatever of the five tracked targets it names;
-// - glPushClientAttrib, glPopClientAttrib, glInterleavedArrays, and the EXT names of the pointer calls change nothing.
+// - glInterleavedArrays, and the EXT names of the pointer calls change nothing;
+// - glPushClientAttrib and glPopClientAttrib change nothing on the threaded path, and the pixel state alone on the
+// other.
 #pragma once
 
 #include "pixel_bytes.h"
@@ -34,6 +36,13 @@ constexpr u32 array_count = 32;
 constexpr u32 first_attribute = 16;
 constexpr u32 fog_array = 11;
 
+// What glPushClientAttrib has put aside, as deep as GL lets it.
+struct saved_attribs {
+  bool pixels;
+  pixel_store pack, unpack;
+};
+constexpr std::size_t attrib_depth = 16;
+
 struct gl_context {
   int part = -1;               // -1 for the application's own
   bool expects = false;        // of the expectation: it writes nothing into the application's memory
@@ -49,6 +58,8 @@ struct gl_context {
   u32 enabled = 0;  // bit i: array i
   client_array arrays[array_count];
   GLuint mapped = 0;  // bit i: the buffer of map_targets[i] is mapped
+  bool keeps_attribs = false;
+  std::vector<saved_attribs> attribs;
 };
 
 // What a context has seen of a call. Memory and values as digests; pointers apart, because most of them may change.
@@ -81,6 +92,9 @@ int array_number(const gl_context& context, GLenum name);
 
 // Bytes of a component; 0 for a type that is none.
 u32 component_bytes(GLenum type);
+
+// Bytes of the name of a display list; 0 for a type that is none.
+u32 list_bytes(GLenum type);
 
 // From one vertex to the next.
 u32 bytes_apart(const client_array& array);

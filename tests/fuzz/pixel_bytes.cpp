@@ -94,6 +94,8 @@ image_layout lay_out(const image& of, const pixel_store& store) {
   u64 told = 0;
   const bool told_fits = !__builtin_mul_overflow(layout.row, rows, &layout.slice) &&
                          !__builtin_mul_overflow(layout.slice, whole(of.depth), &told) && told <= most_bytes;
+  const bool has_pixels = of.width > 0 && of.height > 0 && of.depth > 0;
+  layout.too_large = has_pixels && !told_fits;
   if (!told_fits || told == 0 || of.width == 0 || of.height == 0) return layout;
   layout.first = bytes_of(whole(store.skip_pixels) - skipped_bits) + whole(store.skip_rows) * layout.row;
   if (of.dimensions == 3) layout.first += whole(store.skip_images) * layout.slice;
@@ -101,6 +103,7 @@ image_layout lay_out(const image& of, const pixel_store& store) {
       layout.first + (whole(of.depth) - 1) * layout.slice + (whole(of.height) - 1) * layout.row + layout.row_bytes;
   layout.told = told;
   layout.sizable = std::max(layout.end, told) <= most_bytes;
+  layout.too_large = !layout.sizable;
   return layout;
 }
 

@@ -28,13 +28,14 @@ struct image {
 // Byte distances from the image's address on. A bitmap's pixel counts 0 bytes.
 struct image_layout {
   u64 pixel = 0;
-  u64 row_bytes = 0;     // that belong to the image itself
-  u64 row = 0;           // from one row to the next
-  u64 slice = 0;         // from one image of a volume to the next
-  u64 first = 0;         // of the first pixel
-  u64 end = 0;           // behind the last pixel
-  u64 told = 0;          // of whole rows and images, without what is skipped: what a copy takes at least
-  bool sizable = false;  // false: a size is below 1, a pixel has no size, or no memory holds it; nothing is read
+  u64 row_bytes = 0;       // that belong to the image itself
+  u64 row = 0;             // from one row to the next
+  u64 slice = 0;           // from one image of a volume to the next
+  u64 first = 0;           // of the first pixel
+  u64 end = 0;             // behind the last pixel
+  u64 told = 0;            // of whole rows and images, without what is skipped: what a copy takes at least
+  bool sizable = false;    // false: a size is below 1, a pixel has no size, or no memory holds it; nothing is read
+  bool too_large = false;  // no memory holds it
 };
 
 image_layout lay_out(const image& of, const pixel_store& store);

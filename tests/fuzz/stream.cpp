@@ -33,12 +33,13 @@ void note(driver::live_call& live) {
   }
 }
 
-void watch(const library::rendering& rendered) {
+void watch(const library::rendering& rendered, library::path way) {
   context_count = 1 + static_cast<int>(rendered.children.size());
   for (int i = 0; i < context_count; ++i) {
     contexts[i] = {};
     contexts[i].context = i == 0 ? rendered.context : rendered.children[static_cast<std::size_t>(i - 1)];
     contexts[i].state.part = i - 1;
+    contexts[i].state.keeps_attribs = way == library::path::sequential;
   }
   driver::record(driver::recording::digest);
   driver::on_every_call(note);
@@ -169,7 +170,7 @@ void begin(stream* run, const library::process_setup& setup) {
   run->rendered = library::start_rendering(window);
   begin(&run->memory);
   wait_for_parts(run);
-  watch(run->rendered);
+  watch(run->rendered, setup.way);
   begin(&run->expected, setup, window);
   for (const std::string& name : ops::ops_without_shape()) fail(run, name + " has no shape in call_shapes.cpp");
 }

@@ -20,6 +20,7 @@ struct __osw_glrc {
   __osw_client_state client_state;
   __osw_pixel_store pack_store;
   __osw_pixel_store unpack_store;
+  pixel_store_stack unpack_stack;  // sequential path only
 };
 
 extern __osw_glrc __osw_glrc_registry[max_glrcs];

@@ -47,3 +47,23 @@ inline void set_field(__osw_pixel_store* store, const pixel_store_field& field, 
     store->*field.number = value;
   }
 }
+
+// Records what a call of glPixelStorei sets in the half that `pname` belongs to. A value that GL refuses changes
+// nothing. On the thread that has the context current.
+void set_pixel_store(__osw_pixel_store* pack, __osw_pixel_store* unpack, GLenum pname, i32 value);
+
+// What GL makes of the value of glPixelStoref, within what an integer can hold.
+i32 pixel_store_value(GLfloat value);
+
+// What glPushClientAttrib has put aside of one half, as deep as every driver lets it.
+constexpr u32 max_client_attribs = 16;
+
+struct pixel_store_stack {
+  u32 depth;
+  bool is_saved[max_client_attribs];  // a push may be for other state
+  __osw_pixel_store saved[max_client_attribs];
+};
+
+// One beyond the depth, and a pop of what was not pushed, change nothing, as in GL. On the same thread.
+void push_pixel_store(pixel_store_stack* stack, const __osw_pixel_store& store, GLbitfield mask);
+void pop_pixel_store(pixel_store_stack* stack, __osw_pixel_store* store);

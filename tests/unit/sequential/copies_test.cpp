@@ -194,12 +194,115 @@ TEST_F(sequential_copies_test, an_unpack_buffer_comes_back_on_the_pack_target) {
 
 TEST_F(sequential_copies_test, the_buffer_is_as_large_as_padded_rows_need) {
   set_depths(24, 24);
-  const std::size_t padded = 8 * 3;  // 2 pixels of 3 bytes, aligned to 4
+  const std::size_t padded = 8 * 3;  // 2 pixels of 3 bytes, aligned to 4 or 8
   driver::on_call<glReadPixels_op>(
       [&](driver::live_call& live) { std::memset(reinterpret_cast<void*>(live.what.arguments[6]), 1, padded); });
   osw_glCopyPixels(10, 20, 2, 3, GL_COLOR);
   EXPECT_EQ(calls_of(0, glReadPixels_op::op).size(), 1u);
 }
+
+// Nothing is asked but what decides the format, what is bound, and the state that the copy puts back.
+TEST_F(sequential_copies_test, a_copy_asks_for_nothing_else) {
+  osw_glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 5, 6, 0);
+  const std::vector<GLenum> numbers = {GL_FRAMEBUFFER_BINDING,
+                                       GL_PIXEL_PACK_BUFFER_BINDING,
+                                       GL_PIXEL_UNPACK_BUFFER_BINDING,
+                                       GL_PACK_ROW_LENGTH,
+                                       GL_PACK_SKIP_ROWS,
+                                       GL_PACK_SKIP_PIXELS,
+                                       GL_PACK_IMAGE_HEIGHT,
+                                       GL_PACK_SKIP_IMAGES,
+                                       GL_PACK_ROW_LENGTH,
+                                       GL_PACK_IMAGE_HEIGHT,
+                                       GL_PACK_SKIP_ROWS,
+                                       GL_PACK_SKIP_PIXELS};
+  std::vector<GLenum> asked;
+  for (const driver::call& one : calls_of(0, glGetIntegerv_op::op)) {
+    asked.push_back(static_cast<GLenum>(one.arguments[0]));
+  }
+  EXPECT_EQ(asked, numbers);
+  EXPECT_EQ(calls_of(0, glGetBooleanv_op::op).size(), 2u);
+  EXPECT_TRUE(calls_of(1, glGetIntegerv_op::op).empty());
+  EXPECT_TRUE(calls_of(1, glGetBooleanv_op::op).empty());
+}
+
+// How the application says how it unpacks, in a way that only a record of its calls can tell.
+struct unpack_way {
+  const char* name;
+  void (*set)();
+  std::size_t reached;  // bytes from the first on, for 4 by 4 pixels of 4 bytes
+};
+
+constexpr std::size_t row_of_100 = 100 * 4;
+
+const unpack_way unpack_ways[] = {
+    {"by_integers",
+     [] {
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPixelStorei(GL_UNPACK_SKIP_ROWS, 10);
+     },
+     13 * row_of_100 + 16},
+    {"by_floats",
+     [] {
+       osw_glPixelStoref(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPixelStoref(GL_UNPACK_SKIP_PIXELS, 90);
+     },
+     3 * row_of_100 + 94 * 4},
+    {"what_is_refused_changes_nothing",
+     [] {
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, -1);
+     },
+     3 * row_of_100 + 16},
+    {"brought_back_by_a_pop",
+     [] {
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+       osw_glPopClientAttrib();
+     },
+     3 * row_of_100 + 16},
+    {"kept_by_a_pop_of_other_state",
+     [] {
+       osw_glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPopClientAttrib();
+     },
+     3 * row_of_100 + 16},
+    {"a_push_too_many_is_refused",
+     [] {
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       for (int i = 0; i < 16; ++i) osw_glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+       osw_glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+       osw_glPopClientAttrib();
+     },
+     3 * row_of_100 + 16},
+    {"a_pop_of_nothing_is_refused",
+     [] {
+       osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+       osw_glPopClientAttrib();
+     },
+     3 * row_of_100 + 16},
+};
+
+struct unpack_test : sequential_copies_test, testing::WithParamInterface<unpack_way> {};
+
+// Each part reads all that the application's unpack state makes of the image.
+TEST_P(unpack_test, the_buffer_holds_what_the_upload_reaches) {
+  GetParam().set();
+  int uploads = 0;
+  driver::on_call<glTexSubImage2D_op>([&](driver::live_call& live) {
+    const auto* pixels = reinterpret_cast<const u8*>(live.what.arguments[8]);
+    ++uploads;
+    EXPECT_EQ(std::count(pixels, pixels + GetParam().reached, 0), static_cast<long>(GetParam().reached));
+  });
+  osw_glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 1, 2, 10, 20, 4, 4);
+  EXPECT_EQ(uploads, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(ways, unpack_test, testing::ValuesIn(unpack_ways),
+                         [](const auto& named) { return std::string(named.param.name); });
 
 TEST_F(sequential_copies_test, without_pixels_the_upload_still_runs) {
   osw_glCopyPixels(10, 20, 0, 6, GL_COLOR);

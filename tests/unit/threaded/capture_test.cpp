@@ -1,4 +1,6 @@
 // Draws from client arrays: what the parts read, and when the application has to wait.
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -141,11 +143,20 @@ TEST_F(threaded_capture_test, arrays_a_stride_apart_are_two_groups) {
   EXPECT_EQ(sent_pointer(1, 3), sent_pointer(0, 3) + 48);
 }
 
+// GL's own binding: that of the last glBindBuffer, until the buffer is deleted.
+void answer_array_binding(GLint bound) {
+  driver::on_call<glGetIntegerv_op>([bound](driver::live_call& live) {
+    EXPECT_EQ(live.what.arguments[0], u64{GL_ARRAY_BUFFER_BINDING});
+    *reinterpret_cast<GLint*>(live.what.arguments[1]) = bound;
+  });
+}
+
 TEST_F(threaded_capture_test, addresses_are_set_with_no_array_buffer_bound) {
   std::vector<u8> memory = numbered(32);
   osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
   osw_glEnableClientState(GL_VERTEX_ARRAY);
   osw_glBindBuffer(GL_ARRAY_BUFFER, 3);
+  answer_array_binding(3);
   begin_draw();
   osw_glDrawArrays(GL_LINES, 0, 4);
   const u64 block = sent_pointer(1, 3);
@@ -154,7 +165,107 @@ TEST_F(threaded_capture_test, addresses_are_set_with_no_array_buffer_bound) {
   received::expect_parts({unbind, driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, reinterpret_cast<void*>(block)),
                           bind, driver::expect<glDrawArrays_op>(GL_LINES, 0, 4), unbind,
                           driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, memory.data()), bind});
-  received::expect_app({driver::expect<glDrawArrays_op>(GL_LINES, 0, 4)});
+  ASSERT_EQ(received::of_app().size(), 2u) << "the draw, and one question for the binding";
+}
+
+// To bind a deleted buffer again would make a new one of its name, which stays bound.
+TEST_F(threaded_capture_test, a_deleted_array_buffer_is_not_bound_again) {
+  std::vector<u8> memory = numbered(32);
+  osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  const GLuint buffer = 5;
+  osw_glBindBuffer(GL_ARRAY_BUFFER, buffer);
+  osw_glDeleteBuffers(1, &buffer);
+  answer_array_binding(0);
+  begin_draw();
+  osw_glDrawArrays(GL_LINES, 0, 4);
+  const u64 block = sent_pointer(0, 3);
+  received::expect_parts({driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, reinterpret_cast<void*>(block)),
+                          driver::expect<glDrawArrays_op>(GL_LINES, 0, 4),
+                          driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, memory.data())});
+}
+
+// Two arrays of one block that lies on both sides of an address whose lower half is 0.
+TEST_F(threaded_capture_test, a_block_may_lie_on_both_sides_of_four_gigabytes) {
+  constexpr std::uintptr_t border = 0x20'0000'0000;
+  constexpr std::size_t page = 4096;
+  void* const pages = mmap(reinterpret_cast<void*>(border - page), 2 * page, PROT_READ | PROT_WRITE,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+  ASSERT_EQ(pages, reinterpret_cast<void*>(border - page));
+  auto* const across = reinterpret_cast<GLubyte*>(border - 4);
+  for (int i = 0; i < 48; ++i) across[i] = static_cast<GLubyte>(i);
+  osw_glVertexPointer(3, GL_FLOAT, 24, across + 12);
+  osw_glNormalPointer(GL_FLOAT, 24, across);
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  osw_glEnableClientState(GL_NORMAL_ARRAY);
+  received::read(glDrawArrays_op::op, array_at_draw(glVertexPointer_op::op, 3, 0, 12));
+  begin_draw();
+  osw_glDrawArrays(GL_POINTS, 0, 2);
+  EXPECT_EQ(own_arrays().group_count, 1u);
+  EXPECT_EQ(sent_pointer(0, 3), sent_pointer(1, 2) + 12);
+  expect_draw_memory(glDrawArrays_op::op, std::vector<u8>(across + 12, across + 24));
+  munmap(pages, 2 * page);
+}
+
+// Equal lower halves do not make two arrays neighbours.
+TEST_F(threaded_capture_test, arrays_four_gigabytes_apart_are_two_groups) {
+  constexpr std::uintptr_t first = 0x20'0000'0000;
+  constexpr std::uintptr_t second = first + 0x1'0000'0000;
+  constexpr std::size_t page = 4096;
+  for (const std::uintptr_t at : {first, second}) {
+    ASSERT_NE(mmap(reinterpret_cast<void*>(at), page, PROT_READ | PROT_WRITE,
+                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0),
+              MAP_FAILED);
+  }
+  osw_glVertexPointer(3, GL_FLOAT, 24, reinterpret_cast<void*>(first));
+  osw_glNormalPointer(GL_FLOAT, 24, reinterpret_cast<void*>(second + 12));
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  osw_glEnableClientState(GL_NORMAL_ARRAY);
+  begin_draw();
+  osw_glDrawArrays(GL_POINTS, 0, 2);
+  EXPECT_EQ(own_arrays().group_count, 2u);
+  received::wait_for_parts();
+  for (const std::uintptr_t at : {first, second}) munmap(reinterpret_cast<void*>(at), page);
+}
+
+// As wide lines pair each vertex with the next: a base that goes down must not send an array of another group to before
+// the block.
+TEST_F(threaded_capture_test, no_array_is_aimed_below_its_block) {
+  std::vector<u8> memory = numbered(16 * 8);
+  const std::size_t offsets[] = {8, 24, 0, 16};
+  for (GLuint i = 0; i < 4; ++i) {
+    osw_glVertexAttribPointer(i, 2, GL_FLOAT, GL_FALSE, 16, memory.data() + offsets[i]);
+    osw_glEnableVertexAttribArray(i);
+  }
+  begin_draw();
+  osw_glDrawArrays(GL_LINES, 0, 4);
+  received::wait_for_parts();
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_LT(own_arrays().arrays[16 + i].group_offset, 16u) << i;
+}
+
+TEST_F(threaded_capture_test, a_draw_that_begins_below_0_is_waited_for) {
+  std::vector<u8> memory = numbered(64);
+  osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  begin_draw();
+  const u32 waits = own_queue()->send_sync_count;
+  osw_glDrawArrays(GL_POINTS, -1, 3);
+  EXPECT_EQ(own_queue()->send_sync_count, waits + 1);
+  received::expect_parts({driver::expect<glDrawArrays_op>(GL_POINTS, -1, 3)});
+}
+
+TEST_F(threaded_capture_test, more_indices_than_a_block_holds_draw_nothing) {
+  constexpr std::size_t count = std::size_t{1} << 29;
+  void* const indices =
+      mmap(nullptr, count * sizeof(GLuint), PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(indices, MAP_FAILED);
+  platform::clear_debug_output();
+  begin_draw();
+  osw_glDrawElements(GL_POINTS, count, GL_UNSIGNED_INT, indices);
+  received::expect_parts({});
+  EXPECT_EQ(library::reports(),
+            std::vector<std::string>{"OGLSPANWrapper Error: no memory for the data of glDrawElements\n"});
+  munmap(indices, count * sizeof(GLuint));
 }
 
 // Only the bytes of the vertices drawn are there to be read.

@@ -188,6 +188,36 @@ TEST_F(threaded_copies_test, buffers_are_unbound_and_both_come_back_on_the_pack_
   EXPECT_EQ(kept.unpack_buffer, 12u);
 }
 
+// What the application's own context is told of its unpack buffer during a copy, when GL has `bound` there.
+std::vector<driver::call> own_bindings(GLint bound) {
+  driver::on_call<glGetIntegerv_op>([bound](driver::live_call& live) {
+    if (live.what.arguments[0] != GL_PIXEL_UNPACK_BUFFER_BINDING) return;
+    *reinterpret_cast<GLint*>(live.what.arguments[1]) = bound;
+  });
+  begin();
+  osw_glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 1, 2, 10, 20, 5, 6);
+  received::wait_for_parts();
+  std::vector<driver::call> found;
+  for (const received::call& one : received::of_app()) {
+    if (one.what.op == glBindBuffer_op::op) found.push_back(one.what);
+  }
+  return found;
+}
+
+TEST_F(threaded_copies_test, the_own_context_uploads_from_memory_and_has_its_buffer_back) {
+  osw_glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 12);
+  EXPECT_EQ(own_bindings(12), (std::vector<driver::call>{driver::expect<glBindBuffer_op>(GL_PIXEL_UNPACK_BUFFER, 0),
+                                                         driver::expect<glBindBuffer_op>(GL_PIXEL_UNPACK_BUFFER, 12)}));
+}
+
+// To bind it again would make a new buffer of its name, and the application's next upload would read from that.
+TEST_F(threaded_copies_test, a_deleted_unpack_buffer_is_not_bound_on_the_own_context) {
+  const GLuint buffer = 12;
+  osw_glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer);
+  osw_glDeleteBuffers(1, &buffer);
+  EXPECT_EQ(own_bindings(0), no_calls);
+}
+
 TEST_F(threaded_copies_test, without_buffers_nothing_is_bound) {
   begin();
   osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);

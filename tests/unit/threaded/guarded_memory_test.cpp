@@ -124,6 +124,30 @@ TEST_P(guarded_memory_test, a_part_of_an_image_ends_with_its_last_pixel) {
   expect_draws(glTexSubImage2D_op::op, 1);
 }
 
+// The copy takes the whole image, and what the skips lead to beyond it only as far as it is there.
+TEST_P(guarded_memory_test, memory_may_end_with_the_image_whatever_is_skipped) {
+  constexpr std::size_t bytes = 8 * 8 * 4;
+  u8* const image = vertex_block(bytes);
+  std::vector<u8> expected(bytes + 5 * 32 + 3 * 4);
+  std::memcpy(expected.data(), image, bytes);
+  if (!GetParam()) std::memcpy(expected.data(), image, expected.size());
+  osw_glPixelStorei(GL_UNPACK_SKIP_ROWS, 5);
+  osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 8);
+  osw_glPixelStorei(GL_UNPACK_SKIP_PIXELS, 3);
+  received::read(glTexImage2D_op::op, [&](const driver::call& now, const received::calls&) {
+    // The application's own context has the application's memory.
+    const bool own = now.arguments[8] == reinterpret_cast<u64>(image);
+    return own ? std::vector<u8>() : received::memory_at(now.arguments[8], expected.size());
+  });
+  received::wait_for_parts();
+  received::clear();
+  osw_glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 8, 8, 0, GL_RGBA, GL_UNSIGNED_BYTE, image);
+  received::for_each_part([&](const received::calls& logged) {
+    ASSERT_EQ(logged.size(), 1u);
+    EXPECT_EQ(logged[0].memory, expected);
+  });
+}
+
 INSTANTIATE_TEST_SUITE_P(blocks, guarded_memory_test, testing::Bool(),
                          [](const auto& instance) { return instance.param ? "at_the_end" : "at_the_beginning"; });
 
