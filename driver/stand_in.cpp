@@ -9,6 +9,7 @@
 #include "stand_in_raise.h"
 #include "window_order.h"
 #include "window_thread.h"
+#include "x_errors.h"
 
 namespace {
 
@@ -42,7 +43,10 @@ bool make_window(stand_in* s, const request& r) {
   // A layered window is not shown before it has its attributes; that it is layered lets the mouse through.
   SetLayeredWindowAttributes(s->hwnd, 0, 255, LWA_ALPHA);
   s->hdc = GetDC(s->hwnd);
-  if (host_wgl_entry<wglSetPixelFormat_op>()(s->hdc, r.pixel_format, r.descriptor)) return true;
+  if (host_wgl_entry<wglSetPixelFormat_op>()(s->hdc, r.pixel_format, r.descriptor)) {
+    prepare_to_await_errors(s->hdc, r.pixel_format);
+    return true;
+  }
   DestroyWindow(s->hwnd);
   return false;
 }
@@ -86,6 +90,7 @@ void make_stand_in(HWND child, int pixel_format, const PIXELFORMATDESCRIPTOR* de
   watch_owner(GetAncestor(child, GA_ROOT));
   request r = {child, pixel_format, descriptor};
   on_window_thread(make_stand_in_on_window_thread, &r);
+  await_errors();
 }
 
 HDC stand_in_hdc(HWND child) {

@@ -2,6 +2,7 @@
 
 #include "stand_in_place.h"
 #include "window_thread.h"
+#include "x_errors.h"
 
 namespace {
 
@@ -21,13 +22,35 @@ WNDPROC procedure_of(HWND child) {
   return procedure;
 }
 
+// Whether Wine takes or changes the child's device context for the message.
+bool provokes_errors(UINT message) {
+  switch (message) {
+    case WM_WINDOWPOSCHANGED:
+    case WM_NCPAINT:
+    case WM_ERASEBKGND:
+    case WM_PAINT:
+    case WM_NCDESTROY:
+      return true;
+    default:
+      return false;
+  }
+}
+
+LRESULT pass_on(WNDPROC procedure, HWND hwnd, UINT message, WPARAM first_word, LPARAM second_word) {
+  return IsWindowUnicode(hwnd) ? CallWindowProcW(procedure, hwnd, message, first_word, second_word)
+                               : CallWindowProcA(procedure, hwnd, message, first_word, second_word);
+}
+
 // The application must find the new size in place when it hears of it, for it may draw at once.
 LRESULT CALLBACK child_procedure(HWND hwnd, UINT message, WPARAM first_word, LPARAM second_word) {
   const WNDPROC procedure = procedure_of(hwnd);
   if (message == WM_WINDOWPOSCHANGED) on_window_thread(follow_child_on_window_thread, hwnd);
   if (message == WM_NCDESTROY) on_window_thread(destroy_stand_in_on_window_thread, hwnd);
-  return IsWindowUnicode(hwnd) ? CallWindowProcW(procedure, hwnd, message, first_word, second_word)
-                               : CallWindowProcA(procedure, hwnd, message, first_word, second_word);
+  const LRESULT result = pass_on(procedure, hwnd, message, first_word, second_word);
+  // To move what a child shows, Wine would copy it on the X server, and wait for word of a copy that was refused.
+  if (message == WM_WINDOWPOSCHANGING) reinterpret_cast<WINDOWPOS*>(second_word)->flags |= SWP_NOCOPYBITS;
+  if (provokes_errors(message)) await_errors();
+  return result;
 }
 
 // What was uncovered is the child's to draw. A disabled child is a part of its parent, whose program does not know that

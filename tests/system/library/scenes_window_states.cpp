@@ -1,6 +1,7 @@
 // Windows that are nowhere for a while, or somebody else's, and come back.
 #include "layout.h"
 #include "painting.h"
+#include "picture.h"
 #include "travelling.h"
 
 namespace {
@@ -56,27 +57,9 @@ void window_made_empty() {
   destroy_window(window);
 }
 
-// A pixel is read when all that was drawn before has been.
-void await_drawn() {
-  GLubyte pixel[4];
-  glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-}
-
-// Xlib waits for ever when Wine makes the image of a plain window that has got another size while another thread draws
-// and is told of an error, as of Wine's device contexts without a drawable. So nothing is being drawn meanwhile.
-void resize_frame(HWND frame, const place& at) {
-  await_drawn();
-  move_window(frame, at);
-}
-
 void show_as(HWND hwnd, int command) {
   ShowWindow(hwnd, command);
   pump(0);
-}
-
-void show_frame_as(HWND frame, int command) {
-  await_drawn();
-  show_as(frame, command);
 }
 
 void minimised_window() {
@@ -109,18 +92,18 @@ void minimised_frame() {
   const HWND frame = make_frame({500, 200, 600, 500});
   const gl_window window = make_window({50, 60, 430, 310}, frame);
   look(window, 1, "made");
-  show_frame_as(frame, SW_MINIMIZE);
+  show_as(frame, SW_MINIMIZE);
   paint_frames(window, 2);
-  show_frame_as(frame, SW_RESTORE);
+  show_as(frame, SW_RESTORE);
   look(window, 2, "restored");
   show_frame(frame, "frame restored");
-  show_frame_as(frame, SW_HIDE);
+  show_as(frame, SW_HIDE);
   paint_frames(window, 2);
-  resize_frame(frame, {430, 260, 620, 480});
-  show_frame_as(frame, SW_SHOWNA);
+  move_window(frame, {430, 260, 620, 480});
+  show_as(frame, SW_SHOWNA);
   look(window, 3, "shown");
   show_frame(frame, "frame shown");
-  show_frame_as(frame, SW_MAXIMIZE);
+  show_as(frame, SW_MAXIMIZE);
   look(window, 4, "frame at its largest");
   destroy_window(window);
   CHECK(DestroyWindow(frame));
@@ -217,7 +200,7 @@ void window_in_a_frame_that_travels() {
   int number = 1;
   for (const auto& stop : stops) {
     for (int i = 1; i <= 6; ++i) {
-      resize_frame(frame, on_the_way(from, stop.at, i, 6));
+      move_window(frame, on_the_way(from, stop.at, i, 6));
       if (i == 3) move_window(window.hwnd, {10, 20, stop.width, stop.height});
       paint_frames(window, 1);
       pump(0);
@@ -235,6 +218,24 @@ void window_in_a_frame_that_travels() {
   CHECK(DestroyWindow(frame));
 }
 
+// The screen is read while the parts are still at work on what was swapped, and the window changes its place and size
+// in between: nobody who draws, moves or reads may wait for another for ever.
+void screen_read_meanwhile() {
+  begin_scene(__func__);
+  const gl_window window = make_window(over_all);
+  for (int i = 0; i < 40; ++i) {
+    move_window(window.hwnd,
+                {over_all.left + i % 11, over_all.top - i % 13, over_all.width - i % 9, over_all.height + i % 8});
+    paint_frames(window, 3);
+    glFlush();
+    screen_picture(window.hwnd);
+  }
+  move_window(window.hwnd, over_all);
+  let_wine_resize(window);
+  look(window, 1, "not read any more");
+  destroy_window(window);
+}
+
 }  // namespace
 
 const scene_group window_state_scenes = {"window_states",
@@ -245,4 +246,5 @@ const scene_group window_state_scenes = {"window_states",
                                           {"window_off_the_desktop", window_off_the_desktop},
                                           {"window_made_off_the_desktop", window_made_off_the_desktop},
                                           {"window_of_another_frame", window_of_another_frame},
-                                          {"window_in_a_frame_that_travels", window_in_a_frame_that_travels}}};
+                                          {"window_in_a_frame_that_travels", window_in_a_frame_that_travels},
+                                          {"screen_read_meanwhile", screen_read_meanwhile}}};
