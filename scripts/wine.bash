@@ -172,9 +172,10 @@ stage() {
 }
 
 # start_run SECONDS LOG PROGRAM ARGS...: starts a Windows program in the background, with what it prints in LOG.
-# Sets run_pid and run_log.
+# Sets run_pid, run_log and run_until.
 start_run() {
   local seconds=$1
+  run_until=$((SECONDS + seconds))
   run_log=$2
   shift 2
   : >"$run_log"
@@ -211,8 +212,9 @@ finish_run() {
   done
   local status=0
   wait "$run_pid" || status=$?
-  # The limit ends the first process alone; what it had started goes with the server.
-  if [ "$status" -eq 124 ] || [ "$status" -eq 137 ]; then
+  # The limit ends the first process alone; what it had started goes with the server. A process that is killed before is
+  # one that Wine's server found slow to leave.
+  if [ "$status" -eq 124 ] || { [ "$status" -eq 137 ] && [ "$SECONDS" -ge "$run_until" ]; }; then
     end_programs
     status=124
   elif grep -aq '^X Error of failed request' "$run_log"; then

@@ -63,8 +63,11 @@ run_wine_program() {
   fi
   use_our_library
   local command=("$folder/$program" "${arguments[@]}")
+  # Wine's server kills a process that takes long to leave, on a loaded machine any, and its status with it: the server
+  # has the true one, and tells it to whoever waits by the platform's means, as oswctl does too.
+  local waiting=(start /b /wait /unix)
   case $mode in
-    bypassed) ;;
+    bypassed) command=("${waiting[@]}" "${command[@]}") ;;
     spanned | threaded | both)
       command=("$folder/oswctl.exe" run -- "${command[@]}")
       ;;
@@ -73,6 +76,7 @@ run_wine_program() {
       ;;
     plain)
       use_wines_library
+      command=("${waiting[@]}" "${command[@]}")
       rm "$folder/opengl32.dll" "$folder/opengl32sys.dll"
       ;;
     *)

@@ -230,12 +230,12 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define DLL_THREAD_ATTACH  2
 #define DLL_THREAD_DETACH  3
 
-#define MAX_PATH             260
-#define INFINITE             0xFFFFFFFFu
-#define STILL_ACTIVE         259u
-#define WAIT_OBJECT_0        0u
-#define WAIT_TIMEOUT         258u
-#define WAIT_FAILED          0xFFFFFFFFu
+#define MAX_PATH      260
+#define INFINITE      0xFFFFFFFFu
+#define STILL_ACTIVE  259u
+#define WAIT_OBJECT_0 0u
+#define WAIT_TIMEOUT  258u
+#define WAIT_FAILED   0xFFFFFFFFu
 
 #define MEM_COMMIT 0x00001000u
 #define MEM_FREE   0x00010000u
@@ -251,8 +251,8 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 
 #define GET_MODULE_HANDLE_EX_FLAG_PIN          0x00000001u
 #define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x00000004u
-#define TLS_OUT_OF_INDEXES   0xFFFFFFFFu
-#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
+#define TLS_OUT_OF_INDEXES                     0xFFFFFFFFu
+#define INVALID_HANDLE_VALUE                   (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
 
 #define ERROR_SUCCESS               0
 #define ERROR_FILE_NOT_FOUND        2
