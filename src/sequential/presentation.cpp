@@ -10,7 +10,7 @@ void __osw_seq_send_viewport_offset(__osw_thread_state* state) {
   if (!state->window_mapping) return;
   __osw_for_each_part(state, [state](i32 part) {
     const __osw_child_part& child = state->window_mapping->parts[part];
-    sys_gl<glViewportOffsetZ4_op>(state)(child.viewport_offset_x, child.viewport_offset_y);
+    sys_gl<glViewportOffsetZ4_op>(state)(relaxed_load(child.viewport_offset_x), relaxed_load(child.viewport_offset_y));
   });
 }
 

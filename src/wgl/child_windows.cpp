@@ -133,8 +133,10 @@ void __osw_destroy_hidden_dc(HDC hidden_hdc) {
 }
 
 u32 __osw_create_window_mapping(HWND hwnd, HDC hdc) {
-  const __osw_window_mapping* present = __osw_window_mapping_of(hwnd);
-  if (present && has_living_children(present)) return 1;
+  __osw_window_mapping* present = __osw_use_window_mapping(hwnd);
+  const bool lives = present && has_living_children(present);
+  __osw_drop_window_mapping(present);
+  if (lives) return 1;
   if (__osw_app_special_window == 0) stop_clipping_children(hwnd);
   __osw_window_mapping mapping{};
   mapping.app_hdc = hdc;

@@ -1,5 +1,7 @@
 #include "wgl/follow.h"
 
+#include <atomic>
+
 #include "pipeline/push.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
@@ -14,14 +16,27 @@ WNDPROC previous_procedure(HWND hwnd) {
   return reinterpret_cast<WNDPROC>(GetPropA(hwnd, subclass_property));
 }
 
+LRESULT CALLBACK __osw_window_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT CALLBACK __osw_ancestor_subclass_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+
+bool is_ours(LONG_PTR procedure) {
+  return procedure == reinterpret_cast<LONG_PTR>(__osw_window_subclass_proc) ||
+         procedure == reinterpret_cast<LONG_PTR>(__osw_ancestor_subclass_proc);
+}
+
 // A window that has been replaced once is left alone: it may have been an ancestor, or its binding may have failed
-// later on, and a procedure of ours as its own predecessor would call itself for ever. A procedure that cannot be
-// remembered is put back.
+// later on. The predecessor is remembered before it is replaced, for messages may come at once; and never is it one of
+// ours, which another thread may be putting there just now, for that would call itself for ever. One that cannot be
+// remembered stays.
 BOOL replace_procedure(HWND hwnd, WNDPROC procedure) {
-  if (previous_procedure(hwnd)) return 1;
-  const LONG_PTR previous = SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
-  if (SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(previous))) return 1;
-  SetWindowLongPtrA(hwnd, GWLP_WNDPROC, previous);
+  if (!is_of_this_process(hwnd) || previous_procedure(hwnd)) return 1;
+  const LONG_PTR previous = GetWindowLongPtrA(hwnd, GWLP_WNDPROC);
+  if (is_ours(previous)) return 1;
+  if (!SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(previous))) return 0;
+  const LONG_PTR replaced = SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
+  if (replaced == previous || is_ours(replaced)) return 1;
+  if (replaced) return SetPropA(hwnd, subclass_property, reinterpret_cast<HANDLE>(replaced)) != 0;
+  RemovePropA(hwnd, subclass_property);
   return 0;
 }
 
@@ -80,10 +95,26 @@ LRESULT CALLBACK __osw_ancestor_subclass_proc(HWND hwnd, UINT message, WPARAM wp
 }
 
 void refresh_rects(__osw_window_mapping* mapping) {
-  RECT client = mapping->client_rect;
+  RECT client = __osw_load_rect(mapping->client_rect);
   GetClientRect(mapping->app_hwnd, &client);
   __osw_store_rect(mapping->client_rect, client);
   GetWindowRect(mapping->app_hwnd, &mapping->window_rect);
+}
+
+// The thread of a frame and that of the window within may hear of changes at once. One of them lays out, as often as it
+// takes for the other's change too.
+void lay_out_changes(__osw_window_mapping* mapping) {
+  std::atomic_ref<u32> changes(mapping->changes);
+  if (changes.fetch_add(1) != 0) return;
+  u32 seen;
+  do {
+    seen = changes.load();
+    refresh_rects(mapping);
+    for (i32 part = 0; part < __osw_part_count; ++part) {
+      __osw_layout_part(mapping, part);
+      __osw_apply_child_rect(&mapping->parts[part]);
+    }
+  } while (changes.fetch_sub(seen) != seen);
 }
 
 void relayout(const __osw_thread_state* state, void (*layout)(__osw_window_mapping*, i32)) {
@@ -107,13 +138,10 @@ BOOL __osw_subclass_window(HWND hwnd) {
 
 void __osw_on_window_changed(HWND hwnd) {
   __osw_thread_state* state = __osw_fetch_thread_state();
-  __osw_window_mapping* mapping = __osw_window_mapping_of(hwnd);
+  __osw_window_mapping* mapping = __osw_use_window_mapping(hwnd);
   if (!mapping) return;
-  refresh_rects(mapping);
-  for (i32 part = 0; part < __osw_part_count; ++part) {
-    __osw_layout_part(mapping, part);
-    __osw_apply_child_rect(&mapping->parts[part]);
-  }
+  lay_out_changes(mapping);
+  __osw_drop_window_mapping(mapping);
   __osw_send_viewport_offset(state);
   __osw_send_drawable_size(state);
 }

@@ -12,7 +12,7 @@ POINT to_screen(HWND hwnd, LONG x, LONG y) {
 }
 
 RECT client_on_screen(const __osw_window_mapping* mapping) {
-  const RECT& client = mapping->client_rect;
+  const RECT client = __osw_load_rect(mapping->client_rect);
   const POINT top_left = to_screen(mapping->app_hwnd, client.left, client.top);
   const POINT bottom_right = to_screen(mapping->app_hwnd, client.right, client.bottom);
   return {top_left.x, top_left.y, bottom_right.x, bottom_right.y};
@@ -37,7 +37,7 @@ void add_overhang(RECT* share, const RECT& client, const RECT& monitor) {
 
 void set_share(__osw_window_mapping* mapping, i32 part, const RECT& share) {
   __osw_child_part& child = mapping->parts[part];
-  const RECT& client = mapping->client_rect;
+  const RECT client = __osw_load_rect(mapping->client_rect);
   __osw_store_rect(child.part_rect, share);
   // GL's origin is at the bottom.
   relaxed_store(child.viewport_offset_x, client.left - share.left);
@@ -76,13 +76,14 @@ void __osw_layout_split_parent(__osw_window_mapping* mapping, i32 part) {
   __osw_child_part& child = mapping->parts[part];
   child.part_index = static_cast<u32>(part);
   relaxed_store(child.visible, 1u);
-  set_share(mapping, part, divided(mapping->client_rect, part));
-  if (!GetWindowRect(child.child_hwnd, &child.screen_rect)) child.screen_rect = mapping->client_rect;
+  set_share(mapping, part, divided(__osw_load_rect(mapping->client_rect), part));
+  if (!GetWindowRect(child.child_hwnd, &child.screen_rect)) child.screen_rect = __osw_load_rect(mapping->client_rect);
 }
 
 void __osw_layout_unused_part(__osw_window_mapping* mapping, i32 part) {
   const RECT& monitor = __osw_monitor_table[part].rect;
-  const POINT client = to_screen(mapping->app_hwnd, mapping->client_rect.left, mapping->client_rect.top);
+  const RECT own = __osw_load_rect(mapping->client_rect);
+  const POINT client = to_screen(mapping->app_hwnd, own.left, own.top);
   const LONG size = OSW_DW_ForceUnusedChildWindowSize1X1 ? 1 : 0;
   const LONG x = monitor.left - client.x;
   const LONG y = monitor.top - client.y;
@@ -101,7 +102,7 @@ void __osw_layout_part(__osw_window_mapping* mapping, i32 part) {
 }
 
 void __osw_apply_child_rect(__osw_child_part* child) {
-  const RECT rect = child->part_rect;
+  const RECT rect = __osw_load_rect(child->part_rect);
   SetWindowPos(child->child_hwnd, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
                flags_for(child->child_hwnd, SWP_NOZORDER));
   GetWindowRect(child->child_hwnd, &child->screen_rect);

@@ -1,8 +1,10 @@
 #include "platform/faults.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "state.h"
 
@@ -15,6 +17,8 @@ struct order {
   int fails_at = 0;  // a count of calls; 0 for none
   bool onwards = false;
   DWORD error = 0;
+  int works_at = 0;  // a count of calls; 0 for none
+  std::function<void()> work;
 };
 
 std::mutex lock;
@@ -26,6 +30,13 @@ void place(const char* function, int n, bool onwards, DWORD error) {
   entry.fails_at = entry.calls + n;
   entry.onwards = onwards;
   entry.error = error;
+}
+
+// Counts the call. Result: what is to be done before it.
+std::function<void()> note_call(order* entry) {
+  ++entry->calls;
+  if (entry->calls != entry->works_at) return nullptr;
+  return std::exchange(entry->work, nullptr);
 }
 
 }  // namespace
@@ -43,6 +54,13 @@ void stop_failing(const char* function) {
   orders[function].fails_at = 0;
 }
 
+void before_call(const char* function, int n, std::function<void()> work) {
+  const std::lock_guard guard(lock);
+  order& entry = orders[function];
+  entry.works_at = entry.calls + n;
+  entry.work = std::move(work);
+}
+
 int call_count(const char* function) {
   const std::lock_guard guard(lock);
   const auto found = orders.find(function);
@@ -52,9 +70,14 @@ int call_count(const char* function) {
 bool ordered_to_fail(const char* function) {
   DWORD error = 0;
   {
-    const std::lock_guard guard(lock);
-    order& entry = orders[function];
-    ++entry.calls;
+    std::unique_lock guard(lock);
+    const std::function<void()> work = note_call(&orders[function]);
+    if (work) {
+      guard.unlock();
+      work();
+      guard.lock();
+    }
+    const order& entry = orders[function];
     if (entry.fails_at == 0) return false;
     if (entry.onwards ? entry.calls < entry.fails_at : entry.calls != entry.fails_at) return false;
     error = entry.error;

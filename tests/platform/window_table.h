@@ -24,6 +24,7 @@ struct window_record {
   RECT rect = {};  // on the screen, or in the parent's client area for a child
   frame_widths frame;
   DWORD thread_id = 0;
+  DWORD process_id = 0;  // 0 for the simulated one's own
   WNDPROC procedure = nullptr;
   int pixel_format = 0;
   HDC own_dc = nullptr;

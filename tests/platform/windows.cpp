@@ -181,6 +181,13 @@ window_record* find_window(HWND hwnd) {
   return nullptr;
 }
 
+void give_to_process(HWND hwnd, DWORD process_id) {
+  const std::lock_guard guard(window_lock);
+  window_record* window = find_window(hwnd);
+  if (window == nullptr) misuse("a window that is not there cannot be another process's");
+  window->process_id = process_id;
+}
+
 HWND create_window(const window_setup& setup) {
   const DWORD me = GetCurrentThreadId();
   HWND hwnd;
@@ -410,6 +417,11 @@ extern "C" LONG_PTR SetWindowLongPtrA(HWND hwnd, int index, LONG_PTR value) {
 }
 
 extern "C" DWORD GetWindowThreadProcessId(HWND hwnd, LPDWORD process_id) {
-  if (process_id != nullptr) *process_id = GetCurrentProcessId();
+  const DWORD own = GetCurrentProcessId();
+  if (process_id != nullptr) {
+    const std::lock_guard guard(window_lock);
+    const window_record* window = find_window(hwnd);
+    *process_id = window == nullptr ? 0 : window->process_id == 0 ? own : window->process_id;
+  }
   return owner_of(hwnd);
 }

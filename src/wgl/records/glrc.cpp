@@ -5,6 +5,12 @@
 __osw_glrc __osw_glrc_registry[max_glrcs];
 CRITICAL_SECTION __osw_glrc_lock;
 
+namespace {
+
+u32 last_turn;  // under `__osw_glrc_lock`
+
+}  // namespace
+
 __osw_glrc* __osw_glrc_lookup(HGLRC hglrc) {
   return find_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc);
 }
@@ -20,20 +26,23 @@ void __osw_glrc_erase(HGLRC hglrc) {
 void __osw_glrc_remember_share(const shared_pair& pair) {
   EnterCriticalSection(&__osw_glrc_lock);
   for (__osw_glrc& glrc : __osw_glrc_registry) {
-    if (glrc.app_hglrc == pair.second) glrc.share_with = pair.first;
+    if (glrc.app_hglrc != pair.second) continue;
+    glrc.share_with = pair.first;
+    glrc.share_turn = ++last_turn;
   }
   LeaveCriticalSection(&__osw_glrc_lock);
 }
 
 bool __osw_glrc_take_share(shared_pair* pair) {
-  bool taken = false;
+  __osw_glrc* next = nullptr;
   EnterCriticalSection(&__osw_glrc_lock);
   for (__osw_glrc& glrc : __osw_glrc_registry) {
-    if (taken || !glrc.share_with) continue;
-    *pair = {glrc.share_with, glrc.app_hglrc};
-    glrc.share_with = nullptr;
-    taken = true;
+    if (glrc.share_with && (!next || glrc.share_turn < next->share_turn)) next = &glrc;
+  }
+  if (next) {
+    *pair = {next->share_with, next->app_hglrc};
+    next->share_with = nullptr;
   }
   LeaveCriticalSection(&__osw_glrc_lock);
-  return taken;
+  return next != nullptr;
 }

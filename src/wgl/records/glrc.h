@@ -15,7 +15,8 @@ struct __osw_glrc {
   HGLRC child_hglrc[max_parts];
   HANDLE child_gl_context[max_parts];
   HGLRC
-  share_with;  // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
+  share_with;      // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
+  u32 share_turn;  // when the share was remembered, counted up; under `__osw_glrc_lock`
   u32 viewport_set;  // 1 once the context's first viewport has been issued
   __osw_client_state client_state;
   __osw_pixel_store pack_store;
@@ -49,5 +50,6 @@ struct shared_pair {
 // Remembers a share that the children have still to make. Nothing when the second context has no record. Any thread.
 void __osw_glrc_remember_share(const shared_pair& pair);
 
-// Takes the next share that was remembered. Result: whether there was one. Any thread.
+// Takes the share that was remembered first: a context that shares already must not be the second of another pair.
+// Result: whether there was one. Any thread.
 bool __osw_glrc_take_share(shared_pair* pair);

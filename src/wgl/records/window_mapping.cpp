@@ -7,7 +7,14 @@
 const char mapping_property[] = "child_window_mapping_prop_str";
 CRITICAL_SECTION __osw_mapping_lock;
 
+bool is_of_this_process(HWND hwnd) {
+  DWORD process_id = 0;
+  GetWindowThreadProcessId(hwnd, &process_id);
+  return process_id == GetCurrentProcessId();
+}
+
 __osw_window_mapping* __osw_window_mapping_of(HWND hwnd) {
+  if (!is_of_this_process(hwnd)) return nullptr;
   return static_cast<__osw_window_mapping*>(GetPropA(hwnd, mapping_property));
 }
 

@@ -25,6 +25,7 @@ struct __osw_window_mapping {
   __osw_child_part parts[max_parts];
   bool children_hidden;  // while the application's own window shows the picture
   u32 users;             // the window, and each thread that has it bound; under `__osw_mapping_lock`
+  u32 changes;           // of the window that are still to be laid out; atomic
 };
 
 extern const char mapping_property[];  // "child_window_mapping_prop_str"
@@ -32,6 +33,10 @@ extern const char mapping_property[];  // "child_window_mapping_prop_str"
 // Guards `users` of every mapping together with the property by which a mapping is found. Made and deleted with the
 // process.
 extern CRITICAL_SECTION __osw_mapping_lock;
+
+// Whether a window belongs to this process. Another's may have properties of the same names, which lead into that
+// one's memory.
+bool is_of_this_process(HWND hwnd);
 
 // The window's mapping, or null. The pointer may be used on the thread that owns the window, or by whoever holds a use.
 __osw_window_mapping* __osw_window_mapping_of(HWND hwnd);
@@ -48,6 +53,10 @@ u32 __osw_attach_window_mapping(const __osw_window_mapping& record);
 // Takes the mapping off its window and gives the window's use back.
 void __osw_detach_window_mapping(HWND hwnd);
 
+// Loads and stores of a rectangle that several threads share.
+RECT __osw_load_rect(const RECT& rect);
+void __osw_store_rect(RECT& rect, const RECT& value);
+
 struct extent {
   i32 width;
   i32 height;
@@ -55,10 +64,6 @@ struct extent {
 
 // The size of the client area, as of the latest change of the window that the mapping followed.
 inline extent client_extent(const __osw_window_mapping* mapping) {
-  const RECT& client = mapping->client_rect;
+  const RECT client = __osw_load_rect(mapping->client_rect);
   return {client.right - client.left, client.bottom - client.top};
 }
-
-// Loads and stores of a rectangle that several threads share.
-RECT __osw_load_rect(const RECT& rect);
-void __osw_store_rect(RECT& rect, const RECT& value);

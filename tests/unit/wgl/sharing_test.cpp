@@ -82,6 +82,23 @@ TEST_P(wgl_sharing_test, several_pairs_before_the_first_binding) {
   }
 }
 
+// A context that shares already is refused as the second of another pair: what the program did first goes first.
+TEST_P(wgl_sharing_test, a_chain_is_shared_in_the_order_of_the_calls) {
+  library::start({.way = GetParam()});
+  const library::app_window window = library::open_window();
+  std::vector<context_made> made;
+  for (int i = 0; i < 3; ++i) made.push_back(make_context(window.hdc));
+  EXPECT_TRUE(osw_wglShareLists(made[0].app, made[2].app));
+  EXPECT_TRUE(osw_wglShareLists(made[2].app, made[1].app));
+  EXPECT_TRUE(osw_wglMakeCurrent(window.hdc, made[0].app));
+  for (std::size_t part = 0; part < parts; ++part) {
+    const steps done = worker_steps(static_cast<int>(part));
+    ASSERT_GE(done.size(), 2u);
+    EXPECT_EQ(steps(done.begin(), done.begin() + 2),
+              (steps{sharing(made[0], made[2], part), sharing(made[2], made[1], part)}));
+  }
+}
+
 // The usual case of a loader: shared where nothing is bound yet, first used somewhere else.
 TEST_P(wgl_sharing_test, on_one_thread_and_used_on_another) {
   library::start({.way = GetParam()});

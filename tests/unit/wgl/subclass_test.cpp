@@ -252,4 +252,102 @@ TEST_F(wgl_subclass_test, the_owner_of_the_window_has_no_queue) {
   library::end_thread(thread);
 }
 
+// A view of 100 by 100 within a frame.
+HWND open_view(HWND frame, LONG left) {
+  return platform::create_window({.rect = {left, 0, left + 100, 100},
+                                  .style = WS_CHILD | WS_VISIBLE,
+                                  .parent = frame,
+                                  .procedure = application_procedure});
+}
+
+// One thread is between its look at the frame's procedure and its change, and another does both.
+struct race_test : wgl_subclass_test, testing::WithParamInterface<const char*> {};
+
+TEST_P(race_test, two_threads_bind_views_of_one_frame) {
+  library::start({.parts = 1});
+  const HWND frame = platform::create_window({.procedure = application_procedure});
+  const library::app_thread_pointer first = library::start_thread();
+  const library::app_thread_pointer second = library::start_thread();
+  // The first such call of the binding is of the view itself, the second of the frame.
+  HWND views[2] = {};
+  platform::before_call(GetParam(), 2,
+                        [&] { library::run(second, [&] { draw_in(views[1] = open_view(frame, 200)); }); });
+  library::run(first, [&] { draw_in(views[0] = open_view(frame, 0)); });
+  EXPECT_EQ(GetPropA(frame, subclass_property), reinterpret_cast<HANDLE>(application_procedure));
+  got.clear();
+  watched = frame;
+  scene::place(frame, {20, 30, 660, 510});
+  EXPECT_EQ(messages_to(frame), (std::vector<UINT>{WM_WINDOWPOSCHANGING, WM_WINDOWPOSCHANGED, WM_MOVE}))
+      << "once each, and not by way of itself";
+  library::run(first, [&] { DestroyWindow(views[0]); });
+  library::run(second, [&] { DestroyWindow(views[1]); });
+  library::end_thread(first);
+  library::end_thread(second);
+}
+
+INSTANTIATE_TEST_SUITE_P(calls, race_test, testing::Values("SetPropA", "SetWindowLongPtrA"),
+                         [](const auto& named) { return std::string(named.param); });
+
+// Its property has the same name, and leads into that process's memory.
+TEST_F(wgl_subclass_test, a_window_of_another_process_is_never_followed) {
+  library::start({.parts = 1});
+  const std::vector<HWND> chain = open_nested(1);
+  draw_in(chain[1]);
+  const HWND foreign = open_view(chain[0], 200);
+  EXPECT_TRUE(SetPropA(foreign, mapping_name, reinterpret_cast<HANDLE>(8)));
+  platform::give_to_process(foreign, 77);
+  scene::place(chain[0], {20, 30, 420, 330});
+  EXPECT_EQ(edges_of(scene::mapping_of(chain[1]).window_rect), (edges{30, 40, 430, 340}));
+  EXPECT_TRUE(RemovePropA(foreign, mapping_name));
+}
+
+TEST_F(wgl_subclass_test, a_frame_of_another_process_keeps_its_procedure) {
+  library::start({.parts = 1});
+  const std::vector<HWND> chain = open_nested(1);
+  platform::give_to_process(chain[0], 77);
+  draw_in(chain[1]);
+  EXPECT_TRUE(is_subclassed(chain[1]));
+  EXPECT_FALSE(is_subclassed(chain[0]));
+  EXPECT_EQ(platform::window(chain[0]).procedure, application_procedure);
+}
+
+// What the frame's thread finds of a view that belongs to another thread.
+struct two_thread_test : wgl_subclass_test {
+  void SetUp() override {
+    library::start({.parts = 1});
+    frame = platform::create_window({.rect = {100, 100, 700, 500}, .procedure = application_procedure});
+    thread = library::start_thread();
+    library::run(thread, [this] {
+      view = open_view(frame, 50);
+      draw_in(view);
+    });
+  }
+  void TearDown() override {
+    library::run(thread, [this] { DestroyWindow(view); });
+    library::end_thread(thread);
+    library::process_test::TearDown();
+  }
+  HWND frame = nullptr, view = nullptr;
+  library::app_thread_pointer thread;
+};
+
+TEST_F(two_thread_test, a_view_that_goes_while_its_frame_is_followed) {
+  platform::before_call("GetClientRect", 1, [this] { library::run(thread, [this] { DestroyWindow(view); }); });
+  scene::place(frame, {20, 30, 620, 430});
+  EXPECT_FALSE(IsWindow(view));
+}
+
+TEST_F(two_thread_test, a_view_that_moves_while_its_frame_is_followed) {
+  const int before = platform::call_count("GetClientRect");
+  // The first such call is that of the frame's own move.
+  platform::before_call("SetWindowPos", 2, [this] {
+    library::run(thread, [this] { scene::place(view, {70, 80, 270, 180}); });
+  });
+  scene::place(frame, {20, 30, 620, 430});
+  library::run(thread, [] { platform::pump(); });
+  EXPECT_EQ(edges_of(scene::mapping_of(view).window_rect), (edges{90, 110, 290, 210}));
+  EXPECT_EQ(edges_of(scene::child_windows(view)[0].rect), (edges{90, 110, 290, 210}));
+  EXPECT_GT(platform::call_count("GetClientRect"), before + 1) << "the thread that was at it does it once more";
+}
+
 }  // namespace

@@ -44,6 +44,9 @@ struct window_setup {
 // A window of the application, owned by the calling thread. It counts as no call and cannot fail.
 HWND create_window(const window_setup& setup = {});
 
+// From now on the window is another process's, of which only the properties can be had.
+void give_to_process(HWND hwnd, DWORD process_id);
+
 struct window_facts {
   HWND hwnd;
   HWND parent;

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <functional>
+
 namespace platform {
 
 // Makes the n-th call (from 1) of `function` from now on fail, with `error` as its last error or status. Calls before
@@ -14,6 +16,10 @@ void fail_call(const char* function, int n, DWORD error = ERROR_NOT_ENOUGH_MEMOR
 void fail_calls_from(const char* function, int n, DWORD error = ERROR_NOT_ENOUGH_MEMORY);
 
 void stop_failing(const char* function);
+
+// Runs `work` on the thread of the n-th call (from 1) of `function` from now on, before the call does anything. A
+// second order for the same function takes the place of the first.
+void before_call(const char* function, int n, std::function<void()> work);
 
 // How often `function` was called since the last reset, calls that failed among them.
 int call_count(const char* function);
