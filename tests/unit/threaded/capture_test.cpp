@@ -185,14 +185,27 @@ TEST_F(threaded_capture_test, a_deleted_array_buffer_is_not_bound_again) {
                           driver::expect<glVertexPointer_op>(2, GL_FLOAT, 8, memory.data())});
 }
 
-// Two arrays of one block that lies on both sides of an address whose lower half is 0.
+// Pages on both sides of an address whose lower half is 0, and behind the next such one.
+struct far_pages {
+  static constexpr std::size_t apart = std::size_t{1} << 32;
+  static constexpr std::size_t page = 4096;
+  GLubyte* all;
+  GLubyte* border;
+  far_pages() {
+    void* const reserved = mmap(nullptr, 3 * apart, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    EXPECT_NE(reserved, MAP_FAILED);
+    all = static_cast<GLubyte*>(reserved);
+    border = all + (apart - reinterpret_cast<std::uintptr_t>(all) % apart);
+    EXPECT_EQ(mprotect(border - page, 2 * page, PROT_READ | PROT_WRITE), 0);
+    EXPECT_EQ(mprotect(border + apart, page, PROT_READ | PROT_WRITE), 0);
+  }
+  ~far_pages() { munmap(all, 3 * apart); }
+};
+
+// Two arrays of one block that lies on both sides.
 TEST_F(threaded_capture_test, a_block_may_lie_on_both_sides_of_four_gigabytes) {
-  constexpr std::uintptr_t border = 0x20'0000'0000;
-  constexpr std::size_t page = 4096;
-  void* const pages = mmap(reinterpret_cast<void*>(border - page), 2 * page, PROT_READ | PROT_WRITE,
-                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
-  ASSERT_EQ(pages, reinterpret_cast<void*>(border - page));
-  auto* const across = reinterpret_cast<GLubyte*>(border - 4);
+  const far_pages pages;
+  GLubyte* const across = pages.border - 4;
   for (int i = 0; i < 48; ++i) across[i] = static_cast<GLubyte>(i);
   osw_glVertexPointer(3, GL_FLOAT, 24, across + 12);
   osw_glNormalPointer(GL_FLOAT, 24, across);
@@ -204,28 +217,19 @@ TEST_F(threaded_capture_test, a_block_may_lie_on_both_sides_of_four_gigabytes) {
   EXPECT_EQ(own_arrays().group_count, 1u);
   EXPECT_EQ(sent_pointer(0, 3), sent_pointer(1, 2) + 12);
   expect_draw_memory(glDrawArrays_op::op, std::vector<u8>(across + 12, across + 24));
-  munmap(pages, 2 * page);
 }
 
 // Equal lower halves do not make two arrays neighbours.
 TEST_F(threaded_capture_test, arrays_four_gigabytes_apart_are_two_groups) {
-  constexpr std::uintptr_t first = 0x20'0000'0000;
-  constexpr std::uintptr_t second = first + 0x1'0000'0000;
-  constexpr std::size_t page = 4096;
-  for (const std::uintptr_t at : {first, second}) {
-    ASSERT_NE(mmap(reinterpret_cast<void*>(at), page, PROT_READ | PROT_WRITE,
-                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0),
-              MAP_FAILED);
-  }
-  osw_glVertexPointer(3, GL_FLOAT, 24, reinterpret_cast<void*>(first));
-  osw_glNormalPointer(GL_FLOAT, 24, reinterpret_cast<void*>(second + 12));
+  const far_pages pages;
+  osw_glVertexPointer(3, GL_FLOAT, 24, pages.border);
+  osw_glNormalPointer(GL_FLOAT, 24, pages.border + far_pages::apart + 12);
   osw_glEnableClientState(GL_VERTEX_ARRAY);
   osw_glEnableClientState(GL_NORMAL_ARRAY);
   begin_draw();
   osw_glDrawArrays(GL_POINTS, 0, 2);
   EXPECT_EQ(own_arrays().group_count, 2u);
   received::wait_for_parts();
-  for (const std::uintptr_t at : {first, second}) munmap(reinterpret_cast<void*>(at), page);
 }
 
 // As wide lines pair each vertex with the next: a base that goes down must not send an array of another group to before
