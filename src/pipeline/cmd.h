@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "ops/relaxed.h"
 #include "ops/types.h"
 
 constexpr int cmd_slots = 32;
@@ -45,11 +46,15 @@ inline u64 to_slot(T value) {
   }
 }
 
-// The argument that a slot holds, of which only the type's own width is read.
+// The argument that a slot holds, of which only the type's own width is read. Another part's result may land meanwhile
+// in the slot of a pointer (glGetQueryObjectui64v), whose replay does not use what was there.
 template <class T>
 inline T from_slot(const u64& slot) {
-  T value;
-  // NOLINTNEXTLINE(bugprone-sizeof-expression): a pointer is a value like others
-  memcpy(&value, &slot, sizeof value);
-  return value;
+  if constexpr (std::is_pointer_v<T>) {
+    return reinterpret_cast<T>(relaxed_load(slot));
+  } else {
+    T value;
+    memcpy(&value, &slot, sizeof value);
+    return value;
+  }
 }
