@@ -8,9 +8,8 @@
 namespace {
 
 struct index_range {
-  u32 first;
-  u64 end;           // one past the last; not above `first` when the range is empty
-  u32 element_size;  // bytes; 0 for a type that is none
+  u32 first = static_cast<u32>(-1);
+  u64 end = 0;  // one past the last; not above `first` when the range is empty
 };
 
 template <class T>
@@ -22,8 +21,8 @@ index_range scan(const void* indices, GLsizei count) {
     lowest = values[i] < lowest ? values[i] : lowest;
     highest = values[i] > highest ? values[i] : highest;
   }
-  if (count < 1) return {lowest, 0, sizeof(T)};
-  return {lowest, u64{highest} + 1, sizeof(T)};
+  if (count < 1) return {lowest, 0};
+  return {lowest, u64{highest} + 1};
 }
 
 index_range scan_indices(GLenum type, const void* indices, GLsizei count) {
@@ -35,8 +34,14 @@ index_range scan_indices(GLenum type, const void* indices, GLsizei count) {
     case GL_UNSIGNED_INT:
       return scan<GLuint>(indices, count);
     default:
-      return {static_cast<u32>(-1), 0, 0};
+      return {};
   }
+}
+
+// Bytes of an index; 0 for a type that is none.
+u32 index_bytes(GLenum type) {
+  const bool is_index = type == GL_UNSIGNED_BYTE || type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT;
+  return is_index ? __osw_gl_type_size(type) : 0;
 }
 
 // Puts the captured blocks into the record that the draw will use, behind its parameters. Result: their mask.
@@ -53,13 +58,13 @@ u32 carry_blobs(const __osw_thread_state* state, u32 slot, const captured_arrays
 // The tail of an element draw. `push_draw` pushes it with the index pointer and the mask that it is given.
 template <class Op, class PushDraw>
 void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, const void* indices, PushDraw push_draw) {
-  index_range range{static_cast<u32>(-1), static_cast<u32>(-1), 0};
+  index_range range{static_cast<u32>(-1), static_cast<u32>(-1)};
   u32 mask = 0;
   if (!state->glrc->client_state.element_buffer) {
-    range = indices ? scan_indices(type, indices, count) : scan_indices(type, indices, 0);
     void* copy = nullptr;
-    if (indices) copy = __osw_copy_to_blob(indices, __osw_checked_bytes(count, range.element_size), Op::name);
+    if (indices) copy = __osw_copy_to_blob(indices, __osw_checked_bytes(count, index_bytes(type)), Op::name);
     if (indices && !copy) return;
+    range = scan_indices(type, copy, copy ? count : 0);
     indices = copy;
     mask = array_blob<Op>;
   }
