@@ -80,6 +80,12 @@ void bind_wgl_locked(i32 first_use) {
   set(__osw_wgl_bound_done);
 }
 
+// What is left to do for a thread that is in the lock.
+void bind_wgl_and_leave(i32 first_use) {
+  if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
+  LeaveCriticalSection(&__osw_wgl_bind_lock);
+}
+
 void bind_gl_locked() {
   const system_library library = load_system_library();
   fill(library, __osw_gl_names, __osw_sys_gl, gl_op_count);
@@ -97,8 +103,7 @@ void __osw_bind_wgl(i32 first_use) {
   if (is_set(__osw_wgl_bound_done)) return;
   in_use.store(true, std::memory_order_relaxed);
   EnterCriticalSection(&__osw_wgl_bind_lock);
-  if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
-  LeaveCriticalSection(&__osw_wgl_bind_lock);
+  bind_wgl_and_leave(first_use);
 }
 
 void await_wgl_binding() {
@@ -108,9 +113,8 @@ void await_wgl_binding() {
 }
 
 void bind_wgl_unless_busy(i32 first_use) {
-  if (is_set(__osw_wgl_bound_done) || !TryEnterCriticalSection(&__osw_wgl_bind_lock)) return;
-  if (!is_set(__osw_wgl_bound_done)) bind_wgl_locked(first_use);
-  LeaveCriticalSection(&__osw_wgl_bind_lock);
+  if (is_set(__osw_wgl_bound_done)) return;
+  if (TryEnterCriticalSection(&__osw_wgl_bind_lock)) bind_wgl_and_leave(first_use);
 }
 
 bool is_library_in_use() {

@@ -17,7 +17,7 @@ struct driver_op;  // base of the driver's two private ops
 enum class op_sync : bool { async = false, sync = true };
 
 // The words of gl_ops.inc's columns `threaded`, `sequential` and `replay`.
-enum class threaded_word { plain, query, copied, names, array, alias, own };
+enum class threaded_word { plain, query, copied, array, alias, own };
 enum class sequential_word { each, own };
 enum class replay_word { none, slots, own };
 
@@ -75,7 +75,6 @@ struct replay_of<Result(Parameters...)> {
 #define threaded_plain(result, parameters)
 #define threaded_query(result, parameters)
 #define threaded_copied(result, parameters)
-#define threaded_names(result, parameters)
 #define threaded_array(result, parameters)
 #define threaded_alias(result, parameters)
 #define threaded_own(result, parameters) static result encode parameters;
@@ -162,7 +161,6 @@ struct replay_of<Result(Parameters...)> {
 #undef threaded_plain
 #undef threaded_query
 #undef threaded_copied
-#undef threaded_names
 #undef threaded_array
 #undef threaded_alias
 #undef threaded_own

@@ -33,7 +33,7 @@ constexpr bool payload_is_used() {
     &Op::payload;
   };
   constexpr threaded_word threaded = Op::threaded::value;
-  if (threaded == threaded_word::copied || threaded == threaded_word::names) return has_payload;
+  if (threaded == threaded_word::copied) return has_payload;
   return threaded == threaded_word::own || !has_payload;
 }
 

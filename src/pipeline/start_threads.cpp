@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include "dispatch/process_end.h"
 #include "dispatch/report.h"
 #include "pipeline/handshake.h"
 #include "pipeline/push.h"
@@ -39,6 +40,13 @@ bool start_missing(__osw_thread_ctrl* ctrl) {
   return false;
 }
 
+void close_handles(const __osw_thread_ctrl& ctrl) {
+  for (HANDLE worker : ctrl.worker_thread) {
+    if (worker) CloseHandle(worker);
+  }
+  if (ctrl.swap_thread) CloseHandle(ctrl.swap_thread);
+}
+
 bool is_running(HANDLE thread) {
   DWORD code = 0;
   return GetExitCodeThread(thread, &code) && code == STILL_ACTIVE;
@@ -72,13 +80,7 @@ u32 __osw_start_threads(HANDLE app_thread) {
 
 void __osw_end_threads(__osw_thread_state* state) {
   if (!state->cmd_queue) return;
-  end_workers(state);
-  __osw_close_thread_handles(state);
-}
-
-void __osw_close_thread_handles(const __osw_thread_state* state) {
-  for (HANDLE worker : state->started.worker_thread) {
-    if (worker) CloseHandle(worker);
-  }
-  if (state->started.swap_thread) CloseHandle(state->started.swap_thread);
+  // At the end of the process nobody is left to take the exit command.
+  if (!process_ends) end_workers(state);
+  close_handles(state->started);
 }

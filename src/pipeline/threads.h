@@ -33,9 +33,6 @@ inline bool __osw_has_pipeline(const __osw_thread_state* state) {
 // Threads that the system has ended already are not waited for. The others give the queue back by themselves.
 void __osw_end_threads(__osw_thread_state* state);
 
-// Closes the handles of the threads that were started for a state, which the end of the process has stopped.
-void __osw_close_thread_handles(const __osw_thread_state* state);
-
 DWORD WINAPI __osw_worker_main(void* start);
 DWORD WINAPI __osw_swap_main(void* start);
 

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 
-#include "dispatch/process_end.h"
 #include "pipeline/idle.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
@@ -26,12 +25,7 @@ u32 __osw_destroy_thread_state(__osw_thread_state* state) {
 }
 
 void __osw_end_thread_state(__osw_thread_state* state) {
-  if (process_ends) {
-    // Nobody is left to take the exit command.
-    __osw_close_thread_handles(state);
-  } else {
-    __osw_end_threads(state);
-  }
+  __osw_end_threads(state);
   __osw_destroy_thread_state(state);
 }
 

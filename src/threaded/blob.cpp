@@ -35,9 +35,7 @@ u64 readable_bytes(const u8* data, u64 bytes) {
 }  // namespace
 
 void* __osw_copy_to_blob(const void* data, u64 bytes, const char* function) {
-  u8* blob = make_blob(bytes, function);
-  if (blob) memcpy(blob, data, bytes);
-  return blob;
+  return copy_reached_to_blob(data, bytes, bytes, function);
 }
 
 void* copy_reached_to_blob(const void* data, u64 told, u64 reached, const char* function) {

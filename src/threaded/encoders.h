@@ -26,7 +26,7 @@ inline typename Op::type* encoder() {
     return Op::encode;
   } else if constexpr (Op::threaded::value == threaded_word::query) {
     return encode_query<Op>;
-  } else if constexpr (Op::threaded::value == threaded_word::copied || Op::threaded::value == threaded_word::names) {
+  } else if constexpr (Op::threaded::value == threaded_word::copied) {
     return encode_copied<Op>;
   } else if constexpr (Op::threaded::value == threaded_word::array) {
     return encode_pointer<Op>;

@@ -66,16 +66,15 @@ void expect_array(expectation* all, const ops::row& row, const driver::argument_
   expect_parts(all, row.op, sent, too_large ? pointers::as_given : array_rule(shape, row, arguments));
 }
 
-// An image that no block can hold reaches no part.
+// Images and maps reach the parts as one block or not at all.
 void expect_block(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
   const call_shape& shape = shape_of(row.op);
   expect_mirror(all, row.op, arguments);
   const bool copies = arguments[shape.data_at] && !all->record.unpack_buffer;
-  if (copies && row.threaded == ops::family::image &&
-      lay_out(image_of(shape, row, arguments), all->record.unpack).too_large) {
-    return;
-  }
-  expect_parts(all, row.op, arguments, block_rule(*all, shape, arguments));
+  const bool too_large = row.threaded == ops::family::image
+                             ? lay_out(image_of(shape, row, arguments), all->record.unpack).too_large
+                             : is_too_large(shape, arguments);
+  if (!copies || !too_large) expect_parts(all, row.op, arguments, block_rule(*all, shape, arguments));
 }
 
 void expect_everywhere(expectation* all, int op, const driver::argument_bits& arguments, pointers become) {
@@ -120,14 +119,6 @@ void expect_lists(expectation* all, const driver::argument_bits& arguments) {
   expect_parts(all, glCallLists_op::op, sent, sent[2] ? pointers::copied : pointers::as_given);
 }
 
-// A map reaches the parts as one block or not at all.
-void expect_map(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
-  const call_shape& shape = shape_of(row.op);
-  expect_mirror(all, row.op, arguments);
-  if (!all->record.unpack_buffer && is_too_large(shape, arguments)) return;
-  expect_parts(all, row.op, arguments, block_rule(*all, shape, arguments));
-}
-
 void expect_own(expectation* all, const ops::row& row, const driver::argument_bits& arguments) {
   const call_shape& shape = shape_of(row.op);
   switch (row.op) {
@@ -156,7 +147,7 @@ void expect_own(expectation* all, const ops::row& row, const driver::argument_bi
     case glPixelMapfv_op::op:
     case glPixelMapuiv_op::op:
     case glPixelMapusv_op::op:
-      return expect_map(all, row, arguments);
+      return expect_block(all, row, arguments);
     case glCallLists_op::op:
       return expect_lists(all, arguments);
     case glPolygonStipple_op::op:
@@ -243,6 +234,17 @@ void expect_parts(expectation* all, int op, const driver::argument_bits& argumen
 
 void expect_mirror(expectation* all, int op, const driver::argument_bits& arguments, pointers become) {
   if (all->mirrors) expect_app(all, op, arguments, become);
+}
+
+void expect_question(expectation* all, int op, std::initializer_list<u64> values) {
+  u64 anywhere = 0;
+  driver::argument_bits question = args(values);
+  question[values.size()] = driver::bits_of(&anywhere);
+  if (all->mirrors) {
+    expect_app(all, op, question, pointers::aimed);
+  } else {
+    expect_parts(all, op, question, pointers::aimed);
+  }
 }
 
 void expect_threaded(expectation* all, const ops::row& travels, const driver::argument_bits& arguments) {

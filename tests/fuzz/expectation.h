@@ -70,6 +70,9 @@ void expect_parts(expectation* all, int op, const driver::argument_bits& argumen
 void expect_mirror(expectation* all, int op, const driver::argument_bits& arguments,
                    pointers become = pointers::as_given);
 
+// What the library asks for itself, of whoever answers queries, with a result of its own.
+void expect_question(expectation* all, int op, std::initializer_list<u64> values);
+
 void expect_threaded(expectation* all, const ops::row& travels, const driver::argument_bits& arguments);
 void expect_sequential(expectation* all, const ops::row& row, const driver::argument_bits& arguments);
 

@@ -81,17 +81,6 @@ void point_all(expectation* all, u32 arrays, pointers become) {
   if (unbinds) expect_parts(all, glBindBuffer_op::op, args({GL_ARRAY_BUFFER, record.array_buffer}));
 }
 
-// Which array buffer GL has bound, of whoever answers queries.
-void expect_question(expectation* all) {
-  u64 anywhere = 0;
-  const driver::argument_bits question = args({GL_ARRAY_BUFFER_BINDING, driver::bits_of(&anywhere)});
-  if (all->mirrors) {
-    expect_app(all, glGetIntegerv_op::op, question, pointers::aimed);
-  } else {
-    expect_parts(all, glGetIntegerv_op::op, question, pointers::aimed);
-  }
-}
-
 struct range {
   u64 first = 0;
   u64 end = 0;
@@ -207,7 +196,9 @@ void expect_draw(expectation* all, const ops::row& row, const driver::argument_b
     drawn = range_of_elements(count, static_cast<GLenum>(arguments[shape.count_at + 1]), arguments[shape.data_at]);
   }
   const capture captured = plan(all->record, in_buffer, drawn.first, drawn.end);
-  if (captured.arrays && all->record.array_buffer) expect_question(all);
+  if (captured.arrays && all->record.array_buffer) {
+    expect_question(all, glGetIntegerv_op::op, {GL_ARRAY_BUFFER_BINDING});
+  }
   point_all(all, captured.arrays, pointers::aimed);
   const bool copies_indices = indexed && !in_buffer && arguments[shape.data_at];
   expect_parts(all, row.op, arguments, copies_indices ? pointers::copied : pointers::as_given);

@@ -223,9 +223,7 @@ void expect_bind(expectation* all, GLenum target, GLuint buffer) {
 // The application's own context uploads too, and must not take the memory for an offset into its unpack buffer.
 void expect_mirrored_upload(expectation* all, const copy_plan& plan, const std::vector<u8>& buffer) {
   const GLuint unpack = all->record.unpack_buffer;
-  u64 anywhere = 0;
-  const driver::argument_bits question = args({GL_PIXEL_UNPACK_BUFFER_BINDING, driver::bits_of(&anywhere)});
-  if (unpack) expect_mirror(all, glGetIntegerv_op::op, question, pointers::aimed);
+  if (unpack && all->mirrors) expect_question(all, glGetIntegerv_op::op, {GL_PIXEL_UNPACK_BUFFER_BINDING});
   if (unpack) expect_mirror(all, glBindBuffer_op::op, args({GL_PIXEL_UNPACK_BUFFER, 0}));
   expect_mirror(all, plan.upload_op, upload_of(plan, buffer), pointers::aimed);
   if (unpack) expect_mirror(all, glBindBuffer_op::op, args({GL_PIXEL_UNPACK_BUFFER, unpack}));
@@ -237,13 +235,7 @@ void expect_threaded_copy(expectation* all, int op, const driver::argument_bits&
   expect_mirror(all, op, arguments);
   const copy_plan plan = fuzz::plan(*all, op, arguments);
   if (into_texture_part(op)) {
-    u64 anywhere = 0;
-    const driver::argument_bits query = args({arguments[0], 0, GL_TEXTURE_INTERNAL_FORMAT, driver::bits_of(&anywhere)});
-    if (all->mirrors) {
-      expect_app(all, glGetTexLevelParameteriv_op::op, query, pointers::aimed);
-    } else {
-      expect_parts(all, glGetTexLevelParameteriv_op::op, query, pointers::aimed);
-    }
+    expect_question(all, glGetTexLevelParameteriv_op::op, {arguments[0], 0, GL_TEXTURE_INTERNAL_FORMAT});
   }
   if (is_too_large(plan)) return;
   const gl_context saved = all->record;

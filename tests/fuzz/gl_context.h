@@ -8,8 +8,7 @@
 // - glTexCoordPointer: unit 8 has the fog coordinates' entry;
 // - glBindFramebuffer and glBindBuffer: either binds whatever of the five tracked targets it names;
 // - glInterleavedArrays, and the EXT names of the pointer calls change nothing;
-// - glPushClientAttrib and glPopClientAttrib change nothing on the threaded path, and the pixel state alone on the
-// other.
+// - glPushClientAttrib, glPopClientAttrib: nothing on the threaded path, the pixel state alone on the other.
 #pragma once
 
 #include "pixel_bytes.h"

@@ -12,5 +12,6 @@ void keep_library_loaded() {
   if (kept.load(std::memory_order_relaxed)) return;
   HMODULE self = nullptr;
   constexpr DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
+  // Any address within the library tells which one it is.
   if (GetModuleHandleExA(flags, __osw_app_exe_name, &self)) kept.store(true, std::memory_order_relaxed);
 }

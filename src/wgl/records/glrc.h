@@ -14,9 +14,10 @@ struct __osw_glrc {
   HANDLE app_gl_context;  // driver contexts: sequential path only
   HGLRC child_hglrc[max_parts];
   HANDLE child_gl_context[max_parts];
-  HGLRC
-  share_with;      // whose lists the children have still to share: no thread had workers then; under `__osw_glrc_lock`
-  u32 share_turn;  // when the share was remembered, counted up; under `__osw_glrc_lock`
+  // Whose lists the children have still to share, because no thread had workers then, and when that was remembered,
+  // counted up; both under `__osw_glrc_lock`.
+  HGLRC share_with;
+  u32 share_turn;
   u32 viewport_set;  // 1 once the context's first viewport has been issued
   __osw_client_state client_state;
   __osw_pixel_store pack_store;

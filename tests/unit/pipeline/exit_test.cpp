@@ -133,8 +133,8 @@ TEST_P(exit_test, other_threads_are_cleaned_up) {
   exit_and_check(found);
 }
 
-// Its own workers are stopped by the platform too: it has nobody to wait for.
-TEST_P(exit_test, the_thread_that_ends_the_process_has_a_pipeline_too) {
+// Two threads in the state of the test, one of which ends the process.
+void end_on_one_of_two(DWORD exit_code) {
   library::start({.parts = 2, .query_on_app_thread = false});
   const gate_pointer gate = hold_everybody();
   blocks found;
@@ -143,7 +143,17 @@ TEST_P(exit_test, the_thread_that_ends_the_process_has_a_pipeline_too) {
   const int held = state_of_test().waits ? 2 : 0;
   ASSERT_TRUE(wait_until_held(*gate, held));
   start_in_state(found, gate, held);
-  exit_and_check(found);
+  exit_and_check(found, exit_code);
+}
+
+// Its own workers are stopped by the platform too: it has nobody to wait for.
+TEST_P(exit_test, the_thread_that_ends_the_process_has_a_pipeline_too) {
+  end_on_one_of_two(1);
+}
+
+// Exactly the code that says that a thread still runs.
+TEST_P(exit_test, an_exit_code_that_looks_alive_sends_no_exit_command) {
+  end_on_one_of_two(STILL_ACTIVE);
 }
 
 INSTANTIATE_TEST_SUITE_P(states, exit_test, testing::Range(0, static_cast<int>(std::size(exit_states))),
@@ -161,19 +171,6 @@ TEST_F(process_exit_test, with_a_dead_swap_thread_no_exit_command_is_sent) {
   EXPECT_TRUE(driver::calls_of<glHint_op>().empty());
   EXPECT_FALSE(allocation::freed().empty());
   EXPECT_EQ(TlsGetValue(__osw_ctrl_slot), nullptr);
-}
-
-// Exactly the code that says that a thread still runs.
-TEST_P(exit_test, an_exit_code_that_looks_alive_sends_no_exit_command) {
-  library::start({.parts = 2, .query_on_app_thread = false});
-  const gate_pointer gate = hold_everybody();
-  blocks found;
-  allocation::watch();
-  enter_state(state_of_test().waits ? replaying : state_of_test(), found);
-  const int held = state_of_test().waits ? 2 : 0;
-  ASSERT_TRUE(wait_until_held(*gate, held));
-  start_in_state(found, gate, held);
-  exit_and_check(found, STILL_ACTIVE);
 }
 
 // Libraries that are told of the end before this one may have destructors that draw.
@@ -198,9 +195,7 @@ TEST_P(late_call_test, returns_when_the_workers_have_been_killed) {
   allocation::watch();
   enter_state(exit_states[1], found);
   ASSERT_TRUE(platform::kill_other_threads(STILL_ACTIVE));
-  platform::set_watchdog(std::chrono::seconds(20));
   for (int i = 0; i < 3; ++i) GetParam().act();
-  platform::set_watchdog(std::chrono::seconds(0));
   exit_and_check(found);
 }
 

@@ -74,7 +74,7 @@ constexpr int aliases = 280;
 constexpr int driver_ops = 2;
 
 // What the rows of each list say (digest_test.cpp), which names the new figure when a row was changed on purpose.
-constexpr std::uint64_t gl_list_digest = 0x871A7B0031908917;
+constexpr std::uint64_t gl_list_digest = 0x15EE89BF1C13FEAB;
 constexpr std::uint64_t wgl_list_digest = 0x841C1C254AFE8DDC;
 
 // ---- the sequential path: how many slots of its table have which form ----

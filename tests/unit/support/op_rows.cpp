@@ -15,15 +15,20 @@ constexpr auto payload_of(Result (*)(Parameters...)) {
   return Op::payload(Parameters{}...);
 }
 
+template <class Op>
 constexpr family family_of(const record_payload& payload) {
   return payload.elements ? family::vector : family::parameters;
 }
+// Names are counted by the first parameter, uniforms by the one behind their location.
+template <class Op>
 constexpr family family_of(const array_payload&) {
-  return family::uniform;
+  return items_slot<Op> == 0 ? family::names : family::uniform;
 }
+template <class Op>
 constexpr family family_of(const image_payload&) {
   return family::image;
 }
+template <class Op>
 constexpr family family_of(const block_payload&) {
   return family::compressed;
 }
@@ -35,13 +40,11 @@ constexpr family word_of() {
       return family::plain;
     case threaded_word::query:
       return family::query;
-    case threaded_word::names:
-      return family::names;
     case threaded_word::alias:
       return family::alias;
     case threaded_word::copied:
       if constexpr (Op::threaded::value == threaded_word::copied) {
-        return family_of(payload_of<Op>(static_cast<typename Op::type*>(nullptr)));
+        return family_of<Op>(payload_of<Op>(static_cast<typename Op::type*>(nullptr)));
       }
       break;
     case threaded_word::array:
