@@ -43,7 +43,7 @@ BOOL swap_child(const replay_scene& on, HDC hdc, Planes... planes) {
   __osw_window_mapping* mapping = __osw_use_window_mapping(hwnd);
   if (!mapping) return 0;
   warn_of_other_hdc(hdc, mapping, Op::name);
-  const BOOL swapped = entry_in<Op>(on.system)(mapping->parts[on.part].child_hdc, planes...);
+  const BOOL swapped = entry_in<Op>(on.system)(relaxed_load(mapping->parts[on.part].child_hdc), planes...);
   __osw_drop_window_mapping(mapping);
   return swapped;
 }

@@ -33,7 +33,7 @@ BOOL swap_children(__osw_thread_state* state, HDC, Planes... planes) {
   BOOL result = 1;
   __osw_for_each_part(state, [&](i32 part) {
     if (!state->window_mapping) return;
-    result &= sys_wgl<Op>(state)(state->window_mapping->parts[part].child_hdc, planes...);
+    result &= sys_wgl<Op>(state)(relaxed_load(state->window_mapping->parts[part].child_hdc), planes...);
   });
   return result;
 }

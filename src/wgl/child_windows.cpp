@@ -4,6 +4,7 @@
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
 #include "startup/config/process_identity.h"
+#include "wgl/child_moves.h"
 #include "wgl/follow.h"
 #include "wgl/layout.h"
 
@@ -63,7 +64,7 @@ void take_child_hdc(__osw_window_mapping* mapping, i32 part) {
     __osw_layout_intersect(mapping, part);
     __osw_apply_child_rect(child);
   }
-  child->child_hdc = GetDC(child->child_hwnd);
+  relaxed_store(child->child_hdc, GetDC(child->child_hwnd));
   if (OSW_DW_UseSplitParentMethod) {
     __osw_layout_split_parent(mapping, part);
     __osw_apply_child_rect(child);
@@ -74,7 +75,7 @@ void take_child_hdc(__osw_window_mapping* mapping, i32 part) {
 const char* add_part(__osw_window_mapping* mapping, i32 part) {
   __osw_child_part* child = &mapping->parts[part];
   __osw_layout_part(mapping, part);
-  child->child_hwnd = create_child(mapping->app_hwnd, child->part_rect, part);
+  relaxed_store(child->child_hwnd, create_child(mapping->app_hwnd, child->part_rect, part));
   if (!child->child_hwnd) return "Creating child window failed!";
   take_child_hdc(mapping, part);
   if (!SetPixelFormat(child->child_hdc, mapping->pixel_format, &mapping->pfd)) {
@@ -97,11 +98,35 @@ const char* add_children(__osw_window_mapping* mapping, HDC hdc) {
 
 // The system destroys the windows of a thread that ends, also those within other threads' windows. Without this check
 // a window that was first bound on such a thread would stay without parts.
-bool has_living_children(const __osw_window_mapping* mapping) {
-  for (i32 part = 0; part < __osw_part_count; ++part) {
-    if (GetParent(mapping->parts[part].child_hwnd) != mapping->app_hwnd) return false;
+bool is_gone(const __osw_window_mapping* mapping, i32 part) {
+  return GetParent(relaxed_load(mapping->parts[part].child_hwnd)) != mapping->app_hwnd;
+}
+
+// Makes those children again that are gone. One that could not be made is none, so that the next binding tries again.
+// Result: null, or the text of the failure.
+const char* replace_lost_children(__osw_window_mapping* mapping) {
+  const char* failure = nullptr;
+  for (i32 part = 0; part < __osw_part_count && !failure; ++part) {
+    if (!is_gone(mapping, part)) continue;
+    failure = add_part(mapping, part);
+    if (failure) relaxed_store(mapping->parts[part].child_hwnd, static_cast<HWND>(nullptr));
   }
-  return true;
+  return failure;
+}
+
+// Result: null, or the text of the failure.
+const char* create_mapping(HWND hwnd, HDC hdc) {
+  if (__osw_app_special_window == 0) stop_clipping_children(hwnd);
+  __osw_window_mapping mapping{};
+  mapping.app_hdc = hdc;
+  mapping.pixel_format = GetPixelFormat(hdc);
+  mapping.app_hwnd = hwnd;
+  GetClientRect(hwnd, &mapping.client_rect);
+  GetWindowRect(hwnd, &mapping.window_rect);
+  if (const char* failure = add_children(&mapping, hdc)) return failure;
+  // Without a record nothing is ever drawn to the children, which must not cover what the window shows then.
+  if (!__osw_attach_window_mapping(mapping)) __osw_show_children(&mapping, false);
+  return nullptr;
 }
 
 }  // namespace
@@ -134,22 +159,8 @@ void __osw_destroy_hidden_dc(HDC hidden_hdc) {
 
 u32 __osw_create_window_mapping(HWND hwnd, HDC hdc) {
   __osw_window_mapping* present = __osw_use_window_mapping(hwnd);
-  const bool lives = present && has_living_children(present);
+  const char* failure = present ? replace_lost_children(present) : create_mapping(hwnd, hdc);
   __osw_drop_window_mapping(present);
-  if (lives) return 1;
-  if (__osw_app_special_window == 0) stop_clipping_children(hwnd);
-  __osw_window_mapping mapping{};
-  mapping.app_hdc = hdc;
-  mapping.pixel_format = GetPixelFormat(hdc);
-  mapping.app_hwnd = hwnd;
-  GetClientRect(hwnd, &mapping.client_rect);
-  GetWindowRect(hwnd, &mapping.window_rect);
-  if (const char* failure = add_children(&mapping, hdc)) {
-    show_failure(hwnd, failure);
-    return 0;
-  }
-  if (present) __osw_detach_window_mapping(hwnd);
-  // Without a record nothing is ever drawn to the children, which must not cover what the window shows then.
-  if (!__osw_attach_window_mapping(mapping)) __osw_show_children(&mapping, false);
-  return 1;
+  if (failure) show_failure(hwnd, failure);
+  return !failure;
 }

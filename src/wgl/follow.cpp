@@ -5,6 +5,7 @@
 #include "pipeline/push.h"
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
+#include "wgl/child_moves.h"
 #include "wgl/geometry_commands.h"
 #include "wgl/layout.h"
 
@@ -101,6 +102,14 @@ void refresh_rects(__osw_window_mapping* mapping) {
   GetWindowRect(mapping->app_hwnd, &mapping->window_rect);
 }
 
+void lay_out(__osw_window_mapping* mapping, void (*layout)(__osw_window_mapping*, i32)) {
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    layout(mapping, part);
+    __osw_apply_child_rect(&mapping->parts[part]);
+  }
+  await_moves(mapping);
+}
+
 // The thread of a frame and that of the window within may hear of changes at once. One of them lays out, as often as it
 // takes for the other's change too.
 void lay_out_changes(__osw_window_mapping* mapping) {
@@ -110,20 +119,13 @@ void lay_out_changes(__osw_window_mapping* mapping) {
   do {
     seen = changes.load();
     refresh_rects(mapping);
-    for (i32 part = 0; part < __osw_part_count; ++part) {
-      __osw_layout_part(mapping, part);
-      __osw_apply_child_rect(&mapping->parts[part]);
-    }
+    lay_out(mapping, __osw_layout_part);
   } while (changes.fetch_sub(seen) != seen);
 }
 
 void relayout(const __osw_thread_state* state, void (*layout)(__osw_window_mapping*, i32)) {
   __osw_window_mapping* mapping = state->window_mapping;
-  if (!mapping || !OSW_DW_UseSplitParentMethod) return;
-  for (i32 part = 0; part < __osw_part_count; ++part) {
-    layout(mapping, part);
-    __osw_apply_child_rect(&mapping->parts[part]);
-  }
+  if (mapping && OSW_DW_UseSplitParentMethod) lay_out(mapping, layout);
 }
 
 }  // namespace

@@ -18,14 +18,6 @@ RECT client_on_screen(const __osw_window_mapping* mapping) {
   return {top_left.x, top_left.y, bottom_right.x, bottom_right.y};
 }
 
-RECT screen_to_client(HWND hwnd, const RECT& rect) {
-  POINT top_left{rect.left, rect.top};
-  POINT bottom_right{rect.right, rect.bottom};
-  ScreenToClient(hwnd, &top_left);
-  ScreenToClient(hwnd, &bottom_right);
-  return {top_left.x, top_left.y, bottom_right.x, bottom_right.y};
-}
-
 // A window that hangs over the edge of the whole desktop keeps the overhang on the part at that edge.
 void add_overhang(RECT* share, const RECT& client, const RECT& monitor) {
   const RECT& desktop = __osw_virtual_screen;
@@ -52,18 +44,21 @@ RECT divided(const RECT& client, i32 part) {
   return {};
 }
 
-UINT flags_for(HWND child, UINT flags) {
-  const bool own = GetWindowThreadProcessId(child, nullptr) == GetCurrentThreadId();
-  return own ? flags : flags | SWP_ASYNCWINDOWPOS;
-}
-
 }  // namespace
+
+RECT screen_to_client(HWND hwnd, const RECT& rect) {
+  POINT top_left{rect.left, rect.top};
+  POINT bottom_right{rect.right, rect.bottom};
+  ScreenToClient(hwnd, &top_left);
+  ScreenToClient(hwnd, &bottom_right);
+  return {top_left.x, top_left.y, bottom_right.x, bottom_right.y};
+}
 
 void __osw_layout_intersect(__osw_window_mapping* mapping, i32 part) {
   const RECT& monitor = __osw_monitor_table[part].rect;
   const RECT client = client_on_screen(mapping);
   __osw_child_part& child = mapping->parts[part];
-  child.part_index = static_cast<u32>(part);
+  relaxed_store(child.part_index, static_cast<u32>(part));
   RECT share;
   const bool touched = IntersectRect(&share, &client, &monitor);
   relaxed_store(child.visible, touched ? 1u : 0u);
@@ -74,10 +69,12 @@ void __osw_layout_intersect(__osw_window_mapping* mapping, i32 part) {
 
 void __osw_layout_split_parent(__osw_window_mapping* mapping, i32 part) {
   __osw_child_part& child = mapping->parts[part];
-  child.part_index = static_cast<u32>(part);
+  relaxed_store(child.part_index, static_cast<u32>(part));
   relaxed_store(child.visible, 1u);
   set_share(mapping, part, divided(__osw_load_rect(mapping->client_rect), part));
-  if (!GetWindowRect(child.child_hwnd, &child.screen_rect)) child.screen_rect = __osw_load_rect(mapping->client_rect);
+  RECT screen;
+  const bool stands = GetWindowRect(relaxed_load(child.child_hwnd), &screen);
+  __osw_store_rect(child.screen_rect, stands ? screen : __osw_load_rect(mapping->client_rect));
 }
 
 void __osw_layout_unused_part(__osw_window_mapping* mapping, i32 part) {
@@ -98,20 +95,5 @@ void __osw_layout_part(__osw_window_mapping* mapping, i32 part) {
     __osw_layout_split_parent(mapping, part);
   } else {
     __osw_layout_intersect(mapping, part);
-  }
-}
-
-void __osw_apply_child_rect(__osw_child_part* child) {
-  const RECT rect = __osw_load_rect(child->part_rect);
-  SetWindowPos(child->child_hwnd, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
-               flags_for(child->child_hwnd, SWP_NOZORDER));
-  GetWindowRect(child->child_hwnd, &child->screen_rect);
-}
-
-void __osw_show_children(__osw_window_mapping* mapping, bool show) {
-  const UINT flags = SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | (show ? SWP_SHOWWINDOW : SWP_HIDEWINDOW);
-  for (i32 part = 0; part < __osw_part_count; ++part) {
-    const HWND child = mapping->parts[part].child_hwnd;
-    SetWindowPos(child, nullptr, 0, 0, 0, 0, flags_for(child, flags));
   }
 }

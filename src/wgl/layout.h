@@ -4,6 +4,9 @@
 
 #include "wgl/records/window_mapping.h"
 
+// A rectangle of the screen in the client coordinates of a window.
+RECT screen_to_client(HWND hwnd, const RECT& rect);
+
 // Each computes `part_rect`, `visible` and the two offsets of part `part` from the mapping's `client_rect`.
 
 // The part takes what its monitor shows of the window; a part at the edge of the desktop also what hangs over that
@@ -18,10 +21,3 @@ void __osw_layout_unused_part(__osw_window_mapping* mapping, i32 part);
 
 // Lays the part out by the method that the options put in force.
 void __osw_layout_part(__osw_window_mapping* mapping, i32 part);
-
-// Moves the child window to its `part_rect` and refreshes `screen_rect`. A child of another thread is moved without a
-// wait for that thread, which may be waiting for this one.
-void __osw_apply_child_rect(__osw_child_part* child);
-
-// Shows or hides all child windows of a mapping.
-void __osw_show_children(__osw_window_mapping* mapping, bool show);

@@ -5,6 +5,7 @@
 #include "startup/config/monitors.h"
 #include "startup/config/options.h"
 #include "startup/config/process_identity.h"
+#include "wgl/child_moves.h"
 #include "wgl/child_windows.h"
 #include "wgl/context.h"
 #include "wgl/follow.h"
@@ -119,6 +120,7 @@ void release(__osw_thread_state* state) {
 
 void tell_parts(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   __osw_reset_sync_info(state);
+  take_missed_moves(state);
   __osw_relayout_intersect(state);
   if (__osw_has_pipeline(state)) {
     __osw_push_remembered_shares(state);

@@ -1,6 +1,7 @@
 #include "dispatch/path.h"
 #include "dispatch/thread_state.h"
 #include "pipeline/statistics.h"
+#include "wgl/child_moves.h"
 #include "wgl/main_table.h"
 
 namespace {
@@ -14,6 +15,7 @@ void count_frame(__osw_thread_state* state) {
 
 BOOL wglSwapBuffers_op::handle(HDC hdc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
+  take_missed_moves(state);
   const BOOL result = state->path->swap(state, hdc);
   count_frame(state);
   return result;
@@ -21,6 +23,7 @@ BOOL wglSwapBuffers_op::handle(HDC hdc) {
 
 BOOL wglSwapLayerBuffers_op::handle(HDC hdc, UINT planes) {
   __osw_thread_state* state = __osw_fetch_thread_state();
+  take_missed_moves(state);
   const BOOL result = state->path->swap_layer(state, hdc, planes);
   count_frame(state);
   return result;

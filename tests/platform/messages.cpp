@@ -31,16 +31,38 @@ bool run_next(std::unique_lock<std::mutex>& guard, thread_record& me) {
 }
 
 // With the lock held. A thread that waits for another one still does what is sent to it.
-bool wait_for(std::unique_lock<std::mutex>& guard, const sent_work& work) {
+bool wait_for(std::unique_lock<std::mutex>& guard, const sent_work& work, std::chrono::milliseconds time) {
   thread_record& me = self();
   const blocked_scope blocked("message");
-  const auto due = std::chrono::steady_clock::now() + patience;
+  const auto due = std::chrono::steady_clock::now() + time;
   while (!work.done) {
     if (me.killed.load()) throw thread_killed{};
     if (run_next(guard, me)) continue;
     if (arrived.wait_until(guard, due) == std::cv_status::timeout) return work.done;
   }
   return true;
+}
+
+enum class outcome { refused, done, given_up };
+
+// Puts work into another thread's inbox, and waits for it unless `time` is 0.
+outcome send_work(DWORD owner_id, std::function<void()> run, std::chrono::milliseconds time) {
+  thread_record* owner = find_thread(owner_id);
+  if (owner == nullptr) return outcome::refused;
+  std::unique_lock guard(lock);
+  if (owner->ended.load()) return outcome::refused;
+  const auto work = std::make_shared<sent_work>();
+  work->run = std::move(run);
+  owner->inbox.push_back(work);
+  arrived.notify_all();
+  if (time.count() == 0 || wait_for(guard, *work, time)) return outcome::done;
+  std::erase(owner->inbox, work);
+  return outcome::given_up;
+}
+
+std::chrono::milliseconds patience_now() {
+  const std::lock_guard guard(lock);
+  return patience;
 }
 
 }  // namespace
@@ -51,18 +73,19 @@ bool run_on_owner(DWORD owner_id, HWND hwnd, const char* call, bool wait, std::f
     run();
     return true;
   }
-  thread_record* owner = find_thread(owner_id);
-  if (owner == nullptr) return false;
-  std::unique_lock guard(lock);
-  if (owner->ended.load()) return false;
-  const auto work = std::make_shared<sent_work>();
-  work->run = std::move(run);
-  owner->inbox.push_back(work);
-  arrived.notify_all();
-  if (!wait || wait_for(guard, *work)) return true;
-  std::erase(owner->inbox, work);
+  const outcome came = send_work(owner_id, std::move(run), wait ? patience_now() : std::chrono::milliseconds(0));
+  if (came != outcome::given_up) return came == outcome::done;
+  const std::lock_guard guard(lock);
   stalled.push_back({my_id, owner_id, hwnd, call});
   return false;
+}
+
+bool run_on_owner_within(DWORD owner_id, std::chrono::milliseconds time, std::function<void()> run) {
+  if (owner_id == GetCurrentThreadId()) {
+    run();
+    return true;
+  }
+  return send_work(owner_id, std::move(run), time) == outcome::done;
 }
 
 void wake_message_waiters() {

@@ -182,6 +182,18 @@ extern "C" LRESULT DefWindowProcA(HWND hwnd, UINT message, WPARAM, LPARAM lparam
   return 0;
 }
 
+extern "C" LRESULT SendMessageTimeoutA(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT, UINT milliseconds,
+                                       DWORD_PTR* result) {
+  const DWORD owner = owner_of(hwnd);
+  if (ordered_to_fail("SendMessageTimeoutA") || owner == 0) return 0;
+  const DWORD me = GetCurrentThreadId();
+  const std::chrono::milliseconds time(milliseconds);
+  const auto answer = std::make_shared<LRESULT>(0);
+  if (!run_on_owner_within(owner, time, [=] { *answer = give(me, hwnd, message, wparam, lparam); })) return 0;
+  *result = static_cast<DWORD_PTR>(*answer);
+  return 1;
+}
+
 extern "C" LRESULT CallWindowProcA(WNDPROC procedure, HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
   return procedure(hwnd, message, wparam, lparam);
 }

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -76,6 +77,9 @@ void wake_loader_waiters();
 // Runs `work` on the thread that owns `hwnd`, at once when that is the calling one. With `wait`, returns when it has
 // run, or false after a stall.
 bool run_on_owner(DWORD owner_id, HWND hwnd, const char* call, bool wait, std::function<void()> work);
+
+// The same, but to give up after `time` is nothing amiss.
+bool run_on_owner_within(DWORD owner_id, std::chrono::milliseconds time, std::function<void()> work);
 void wake_message_waiters();
 
 // What only the ending process could still have reached, and nobody has to free: for a leak checker it stays in reach.

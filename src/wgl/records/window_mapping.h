@@ -4,8 +4,8 @@
 #include "dispatch/thread_state.h"
 
 struct __osw_child_part {
-  HWND child_hwnd;
-  HDC child_hdc;  // held for the life of the mapping
+  HWND child_hwnd;  // (w)
+  HDC child_hdc;    // (w) held for the life of the child
   u32 part_index;
   RECT part_rect;         // (w) in client coordinates of the application's window
   RECT screen_rect;       // in screen coordinates, from the system
@@ -23,9 +23,11 @@ struct __osw_window_mapping {
   RECT client_rect;  // (w)
   RECT window_rect;
   __osw_child_part parts[max_parts];
-  bool children_hidden;  // while the application's own window shows the picture
-  u32 users;             // the window, and each thread that has it bound; under `__osw_mapping_lock`
-  u32 changes;           // of the window that are still to be laid out; atomic
+  bool children_hidden;   // while the application's own window shows the picture
+  u32 users;              // the window, and each thread that has it bound; under `__osw_mapping_lock`
+  u32 changes;            // of the window that are still to be laid out; atomic
+  u32 takes_no_messages;  // 1 once the children's thread has not answered; relaxed
+  u32 moves_missed;       // 1 while children may not stand where they were told to; relaxed
 };
 
 extern const char mapping_property[];  // "child_window_mapping_prop_str"

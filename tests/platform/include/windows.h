@@ -310,6 +310,7 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define WS_EX_NOPARENTNOTIFY 0x00000004u
 
 #define WM_CREATE            0x0001u
+#define WM_NULL              0x0000u
 #define WM_DESTROY           0x0002u
 #define WM_MOVE              0x0003u
 #define WM_SIZE              0x0005u
@@ -337,6 +338,8 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define SWP_NOCLIENTMOVE   0x1000u
 #define SWP_DEFERERASE     0x2000u
 #define SWP_ASYNCWINDOWPOS 0x4000u
+#define SMTO_NORMAL        0x0000u
+#define SMTO_ABORTIFHUNG   0x0002u
 
 #define USER_TIMER_MINIMUM 0x0000000Au
 
@@ -433,6 +436,8 @@ HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR title, DWOR
 BOOL DestroyWindow(HWND hwnd);
 BOOL IsWindow(HWND hwnd);
 LRESULT DefWindowProcA(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT SendMessageTimeoutA(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT flags, UINT milliseconds,
+                            DWORD_PTR* result);
 LRESULT CallWindowProcA(WNDPROC procedure, HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
 BOOL SetWindowPos(HWND hwnd, HWND after, int x, int y, int width, int height, UINT flags);
 BOOL ShowWindow(HWND hwnd, int command);

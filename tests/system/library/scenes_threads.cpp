@@ -98,7 +98,6 @@ DWORD render_in_turn(void* argument) {
   render(job->window, 1, "another thread");
   SetEvent(job->done);
   await_event(job->go);
-  pump(100);  // the parts are this thread's windows, and move when it takes messages
   render(job->window, 3, "that thread again, moved");
   return 0;
 }

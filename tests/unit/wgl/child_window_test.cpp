@@ -427,4 +427,54 @@ TEST_F(wgl_child_window_test, the_same_on_the_sequential_path) {
   expect_children_made_again(library::path::sequential);
 }
 
+std::vector<__osw_child_part> parts_of(const application& bound) {
+  const __osw_window_mapping* mapping = __osw_window_mapping_of(bound.window.hwnd);
+  return {mapping->parts, mapping->parts + __osw_part_count};
+}
+
+TEST_F(wgl_child_window_test, only_the_child_that_is_gone_is_made_again) {
+  library::start({.parts = 4});
+  const application bound = prepare_application();
+  EXPECT_TRUE(bind(bound));
+  EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  const __osw_window_mapping* mapping = __osw_window_mapping_of(bound.window.hwnd);
+  const std::vector<__osw_child_part> before = parts_of(bound);
+  DestroyWindow(before[2].child_hwnd);
+
+  EXPECT_TRUE(bind(bound));
+  EXPECT_EQ(__osw_window_mapping_of(bound.window.hwnd), mapping);
+  const std::vector<__osw_child_part> after = parts_of(bound);
+  for (const std::size_t part : {0u, 1u, 3u}) {
+    EXPECT_EQ(after[part].child_hwnd, before[part].child_hwnd);
+    EXPECT_EQ(after[part].child_hdc, before[part].child_hdc);
+  }
+  EXPECT_NE(after[2].child_hwnd, before[2].child_hwnd);
+  EXPECT_EQ(WindowFromDC(after[2].child_hdc), after[2].child_hwnd);
+  EXPECT_EQ(GetPixelFormat(after[2].child_hdc), GetPixelFormat(bound.window.hdc));
+  EXPECT_EQ(platform::window(after[2].child_hwnd).id, 102);
+  EXPECT_EQ(scene::child_windows(bound.window.hwnd).size(), 4u);
+}
+
+TEST_F(wgl_child_window_test, a_child_that_cannot_be_made_again_is_tried_again) {
+  expects_message_boxes = true;
+  library::start({.parts = 4});
+  const application bound = prepare_application();
+  EXPECT_TRUE(bind(bound));
+  EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  const std::vector<__osw_child_part> before = parts_of(bound);
+  DestroyWindow(before[1].child_hwnd);
+
+  platform::fail_call("SetPixelFormat", 1);
+  EXPECT_TRUE(bind(bound));
+  EXPECT_EQ(scene::boxes(), (std::vector<scene::box>{{bound.window.hwnd, "SetPixelFormat for child window failed!"}}));
+  EXPECT_EQ(scene::own_state()->mode, mode_no_context);
+  platform::stop_failing("SetPixelFormat");
+  EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  EXPECT_TRUE(bind(bound));
+  EXPECT_EQ(scene::own_state()->mode, mode_threaded);
+  const std::vector<__osw_child_part> after = parts_of(bound);
+  EXPECT_EQ(after[0].child_hwnd, before[0].child_hwnd);
+  EXPECT_EQ(GetPixelFormat(after[1].child_hdc), GetPixelFormat(bound.window.hdc));
+}
+
 }  // namespace
