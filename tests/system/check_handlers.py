@@ -7,7 +7,9 @@ compiled as its source is, and put in the place of its object when the library o
 "ok NAME" or "not ok NAME: why" for each check. Status 1 if one of them failed.
 """
 
+import concurrent.futures
 import json
+import os
 import pathlib
 import re
 import shlex
@@ -61,7 +63,9 @@ class Builder:
     # Compiles `text` in the place of `source`. Result: the object, or None, and what the compiler said.
     def compile(self, source, text, first_folder=None):
         entry = self.commands[self.root / source]
-        copy = self.folder / pathlib.Path(source).name
+        # Checks run side by side, each with files of its own.
+        folder = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        copy = folder / pathlib.Path(source).name
         copy.write_text(text)
         made = copy.with_suffix(".obj")
         words = shlex.split(entry["command"])
@@ -91,7 +95,7 @@ class Builder:
             for found in self.build.glob(f"*/CMakeFiles/{target}.dir/**/*.obj")
             if found.resolve() != own
         ]
-        command = ["x86_64-w64-mingw32-g++", "-shared", "-o", str(self.folder / "linked.dll"), str(made)]
+        command = ["x86_64-w64-mingw32-g++", "-shared", "-o", str(made.with_suffix(".dll")), str(made)]
         # Nobody looks at it in a debugger; the linker spends most of its time on that.
         command += ["-Wl,--strip-debug"] + sorted(set(objects)) + ["-lkernel32", "-luser32", "-lgdi32", "-ladvapi32", "-static", "-static-libgcc"]
         run = subprocess.run(command, capture_output=True, text=True, timeout=300)
@@ -107,8 +111,7 @@ def without(text, handler):
 
 
 def answer(name, problem):
-    print(f"not ok {name}: {problem}" if problem else f"ok {name}")
-    return not problem
+    return f"not ok {name}: {problem}" if problem else f"ok {name}"
 
 
 def check_removed(builder, name, source, handler):
@@ -151,14 +154,14 @@ def check_whole(builder, image, source):
 
 def main(build, root):
     build, root = pathlib.Path(build).resolve(), pathlib.Path(root).resolve()
-    with tempfile.TemporaryDirectory() as folder:
+    checks = [(check_whole, "opengl32", "src/threaded/call_lists.cpp"), (check_whole, "opengl32sys", "driver/spare_window.cpp")]
+    checks += [(check_removed, *each) for each in REMOVED] + [(check_added, *each) for each in ADDED]
+    checks.append((check_row, *ROW))
+    with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         builder = Builder(build, root, pathlib.Path(folder))
-        good = [check_whole(builder, "opengl32", "src/threaded/call_lists.cpp")]
-        good.append(check_whole(builder, "opengl32sys", "driver/spare_window.cpp"))
-        good += [check_removed(builder, *each) for each in REMOVED]
-        good += [check_added(builder, *each) for each in ADDED]
-        good.append(check_row(builder, *ROW))
-    return 0 if all(good) else 1
+        answers = list(pool.map(lambda check: check[0](builder, *check[1:]), checks))
+    print(*answers, sep="\n")
+    return 0 if all(each.startswith("ok ") for each in answers) else 1
 
 
 if __name__ == "__main__":
