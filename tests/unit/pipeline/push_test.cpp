@@ -246,14 +246,20 @@ TEST_F(push_test, a_wgl_command_flushes_by_its_own_flag) {
 }
 
 TEST_F(push_test, a_result_comes_back_with_the_last_worker_to_store) {
-  begin();
-  driver::set_result_in<glGetAttribLocation_op>(rendered.children[0], 5);
-  driver::set_result_in<glGetAttribLocation_op>(rendered.children[1], 6);
-  const u64 slots[] = {1, 0};
-  __osw_cmd* const cmd = __osw_next_cmd(queue());
-  __osw_push_gl_cmd(state(), glGetAttribLocation_op::op, 2, slots, 0);
-  EXPECT_TRUE(queue()->last_result == 5 || queue()->last_result == 6) << queue()->last_result;
-  EXPECT_TRUE(cmd->result == 5 || cmd->result == 6) << cmd->result;
+  library::start({.parts = 4, .query_on_app_thread = false});
+  const renderer asking = start_renderer();
+  for (u32 part = 0; part < 4; ++part) {
+    driver::set_result_in<glGetAttribLocation_op>(asking.rendered.children[part], 100 + part);
+  }
+  for (int last = 0; last < 4; ++last) {
+    run_answered_last<glGetAttribLocation_op>(asking, last, [last] {
+      const u64 slots[] = {1, 0};
+      __osw_cmd* const cmd = __osw_next_cmd(queue());
+      __osw_push_gl_cmd(state(), glGetAttribLocation_op::op, 2, slots, 0);
+      EXPECT_EQ(queue()->last_result, 100u + static_cast<u32>(last));
+      EXPECT_EQ(cmd->result, 100u + static_cast<u32>(last));
+    });
+  }
 }
 
 TEST_F(push_test, a_result_of_an_earlier_command_is_not_kept) {

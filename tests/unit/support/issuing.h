@@ -73,6 +73,19 @@ struct renderer {
 };
 renderer start_renderer();
 
+// Runs `work` on the renderer's thread, where it ends in a synchronous call of `Op`, which the worker of `last` answers
+// when all others have replayed it.
+template <class Op>
+void run_answered_last(const renderer& asking, int last, const std::function<void()>& work) {
+  const gate_pointer gate = hold_in<Op>(asking.rendered.children.at(static_cast<std::size_t>(last)));
+  const u32 others = asking.queue->worker_bits & ~(1u << last);
+  library::post(asking.thread, work);
+  EXPECT_TRUE(wait_until_held(*gate));
+  EXPECT_TRUE(wait_for_masks(asking.queue, [others](const masks& now) { return now.sync == others; }));
+  open(*gate);
+  library::wait(asking.thread);
+}
+
 // Releases and deletes the context and closes the window: what a thread has to do to leave nothing behind.
 void stop_rendering(const library::rendering& rendered);
 

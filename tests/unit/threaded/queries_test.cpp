@@ -1,6 +1,7 @@
 // Queries on the threaded path: who answers them, at what width, and who has to wait.
 #include "pipeline/push.h"
 #include "startup/config/options.h"
+#include "support/issuing.h"
 #include "support/received.h"
 
 namespace {
@@ -21,6 +22,16 @@ struct queries_on_the_parts : library::process_test {
     received::watch(rendered);
   }
   library::rendering rendered;
+};
+
+// A thread of its own asks, so that the test's can hold a part back meanwhile.
+struct queries_on_held_parts : issuing::pipeline_test {
+  void SetUp() override {
+    library::start({.parts = 4, .query_on_app_thread = false});
+    asking = issuing::start_renderer();
+    library::run(asking.thread, [this] { received::watch(asking.rendered); });
+  }
+  issuing::renderer asking;
 };
 
 const __osw_cmd_queue* own_queue() {
@@ -81,12 +92,13 @@ TEST_F(queries_on_the_own_context, errors_of_the_parts_alone_are_not_seen) {
   EXPECT_EQ(osw_glGetError(), 0u);
 }
 
-TEST_F(queries_on_the_parts, an_error_is_that_of_one_of_the_parts) {
+TEST_F(queries_on_held_parts, an_error_is_that_of_the_part_which_answers_last) {
   received::answer_app(GL_OUT_OF_MEMORY);
-  received::answer_part(0, GL_INVALID_ENUM);
-  received::answer_part(1, GL_INVALID_VALUE);
-  const GLenum error = osw_glGetError();
-  EXPECT_TRUE(error == GL_INVALID_ENUM || error == GL_INVALID_VALUE) << error;
+  for (int part = 0; part < 4; ++part) received::answer_part(part, GL_INVALID_ENUM + static_cast<u64>(part));
+  for (int last = 0; last < 4; ++last) {
+    issuing::run_answered_last<glGetError_op>(
+        asking, last, [last] { EXPECT_EQ(osw_glGetError(), GL_INVALID_ENUM + static_cast<GLenum>(last)); });
+  }
 }
 
 TEST_F(queries_on_the_own_context, the_parts_meet_a_generated_name_at_its_bind) {
