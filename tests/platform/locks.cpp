@@ -16,6 +16,7 @@ std::atomic<int> live_sections{0};
 std::atomic<int> most_held{0};
 std::atomic<int> spurious_every{0};
 std::atomic<int> sleeps{0};
+std::atomic<enter_hook> entering{nullptr};
 
 void check(const CRITICAL_SECTION* section, const char* call) {
   if (section->state != in_use) misuse(call);
@@ -106,7 +107,12 @@ void set_spurious_wakes(int n) {
   spurious_every.store(n);
 }
 
+void before_entering(enter_hook run) {
+  entering.store(run, std::memory_order_release);
+}
+
 void reset_locks() {
+  before_entering(nullptr);
   set_spurious_wakes(0);
   most_held.store(0);
   live_sections.store(0);
@@ -138,6 +144,7 @@ extern "C" void DeleteCriticalSection(LPCRITICAL_SECTION section) {
 extern "C" void EnterCriticalSection(LPCRITICAL_SECTION section) {
   check(section, "EnterCriticalSection of a section that is not in use");
   kill_point();
+  if (const enter_hook run = entering.load(std::memory_order_acquire)) run(section);
   acquire(section);
   count_entered();
 }

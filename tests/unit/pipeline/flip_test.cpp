@@ -151,6 +151,42 @@ TEST_F(flip_test, a_flush_right_after_another_waits_for_bits_that_miss) {
   for (int part = 0; part < 16; ++part) EXPECT_EQ(received(part), 500u + 167u);
 }
 
+// A worker that has reported its replay and is held before it says that it is done.
+struct {
+  DWORD id = 0;
+  const CRITICAL_SECTION* done_lock = nullptr;
+  gate held;
+} late_worker;
+
+void hold_late_worker(const CRITICAL_SECTION* section) {
+  if (section == late_worker.done_lock && GetCurrentThreadId() == late_worker.id) pass(late_worker.held);
+}
+
+TEST_F(flip_test, a_flush_waits_for_a_worker_that_has_answered_and_is_not_done) {
+  begin();
+  library::run(held.thread, [] { ASSERT_TRUE(wait_for_idle_workers()); });
+  late_worker.id = held.worker_ids[0];
+  late_worker.done_lock = &held.queue->done_lock;
+  platform::before_entering(hold_late_worker);
+  library::run(held.thread, [] { __osw_push_gl_cmd(state(), glGetError_op::op, 0, nullptr, 0); });
+  ASSERT_TRUE(wait_until_held(late_worker.held));
+  __osw_cmd** const replayed = held.queue->read_list;
+  library::post(held.thread, [] {
+    push_hints(3);
+    empty_list();
+  });
+  ASSERT_TRUE(wait_for_masks(held.queue, [](const masks& now) { return now.done == (app_mask_bit | 2); }));
+  ASSERT_TRUE(platform::wait_until_asleep(held.thread->id));
+  ASSERT_TRUE(platform::wait_until_asleep(held.state->started.swap_thread_id));
+  EXPECT_EQ(held.queue->read_list, replayed) << "the lists were exchanged under a worker";
+  EXPECT_EQ(masks_of(held.queue).sync, 0u) << "the answer to the first flush was kept for the second";
+  EXPECT_EQ(received(1), 1u);
+  platform::before_entering(nullptr);
+  open(late_worker.held);
+  library::wait(held.thread);
+  for (int part = 0; part < 2; ++part) EXPECT_EQ(received(part), 1u + 3u);
+}
+
 TEST_F(flip_test, one_part_keeps_to_the_same_rules) {
   begin(1);
   EXPECT_EQ(held.queue->worker_bits, 1u);

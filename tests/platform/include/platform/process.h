@@ -96,6 +96,10 @@ int live_critical_sections();
 // Makes each n-th SleepConditionVariableCS return at once without a wake; 0 switches it off.
 void set_spurious_wakes(int n);
 
+// Called by each thread that is about to enter a section, from now on; null for nothing. Any thread may set it.
+using enter_hook = void (*)(const CRITICAL_SECTION* section);
+void before_entering(enter_hook run);
+
 // ---- the calling thread's slots ----
 
 // Slots given out by TlsAlloc and not freed.
