@@ -46,10 +46,11 @@ void init_locks(__osw_cmd_queue* queue) {
 }
 
 void free_lists_and_queue(__osw_cmd_queue* queue) {
+  __osw_thread_state* owner = queue->owner;
   free(queue->list_a);
   free(queue->list_b);
-  free(queue->owner);
   free(queue);
+  free(owner);
 }
 
 void destroy_queue(__osw_cmd_queue* queue) {

@@ -160,6 +160,40 @@ TEST_F(blob_test, teardown_frees_what_both_lists_still_hold) {
   });
 }
 
+// A block, and how many locks there were when it was freed.
+using ending = std::pair<std::uintptr_t, int>;
+std::vector<ending> endings;
+
+void note_ending(std::uintptr_t freed) {
+  endings.push_back({freed, platform::live_critical_sections()});
+}
+
+TEST_F(blob_test, a_queue_ends_with_its_locks_then_the_blobs_the_lists_itself_and_the_state) {
+  library::start();
+  const library::app_thread_pointer thread = library::start_thread();
+  std::vector<std::uintptr_t> blocks;
+  library::run(thread, [&] {
+    ASSERT_EQ(__osw_create_cmd_queue(__osw_fetch_thread_state()), 1u);
+    const std::vector<std::uintptr_t> blobs = {block(1), block(2)};
+    fill_record(queue()->list_a, __osw_cmd_gl, 1u << 2, {blobs[0]});
+    fill_record(queue()->list_b, __osw_cmd_gl, 1u << 7, {blobs[1]});
+    queue()->count_a = queue()->count_b = 1;
+    blocks = blobs;
+    for (const void* one : {static_cast<void*>(queue()->list_a), static_cast<void*>(queue()->list_b),
+                            static_cast<void*>(queue()), static_cast<void*>(state())}) {
+      blocks.push_back(reinterpret_cast<std::uintptr_t>(one));
+    }
+  });
+  std::vector<ending> expected;
+  for (const std::uintptr_t one : blocks) expected.push_back({one, platform::live_critical_sections() - 3});
+  allocation::before_free(note_ending);
+  allocation::watch();
+  library::end_thread(thread);
+  allocation::stop_watching();
+  std::erase_if(endings, [&](const ending& one) { return std::ranges::find(blocks, one.first) == blocks.end(); });
+  EXPECT_EQ(endings, expected);
+}
+
 TEST_F(blob_test, the_end_of_a_thread_replays_and_frees_what_is_pending) {
   library::start({.parts = 4, .query_on_app_thread = false});
   const renderer drawing = start_renderer();

@@ -21,6 +21,7 @@ thread_local int fails_at = 0;
 thread_local bool fails_onwards = false;
 
 std::atomic<bool> watched{false};
+std::atomic<free_hook> freeing{nullptr};
 std::mutex lock;
 // Never destroyed: blocks are freed until the very end.
 std::set<std::uintptr_t>& live = *new std::set<std::uintptr_t>;
@@ -42,6 +43,7 @@ void* note(void* block) {
 void note_end(const void* block) {
   if (block == nullptr || !watched.load(std::memory_order_relaxed)) return;
   const std::lock_guard guard(lock);
+  if (const free_hook run = freeing.load()) run(reinterpret_cast<std::uintptr_t>(block));
   live.erase(reinterpret_cast<std::uintptr_t>(block));
   ended.push_back(reinterpret_cast<std::uintptr_t>(block));
 }
@@ -86,6 +88,10 @@ bool is_live(std::uintptr_t block) {
 std::vector<std::uintptr_t> freed() {
   const std::lock_guard guard(lock);
   return ended;
+}
+
+void before_free(free_hook run) {
+  freeing.store(run);
 }
 
 }  // namespace allocation

@@ -26,4 +26,9 @@ bool is_live(std::uintptr_t block);
 // Addresses of the blocks freed while watched, in order.
 std::vector<std::uintptr_t> freed();
 
+// Called for each block that is freed while watched, before it goes, one call after the other; null for nothing. It
+// asks nothing of this file.
+using free_hook = void (*)(std::uintptr_t block);
+void before_free(free_hook run);
+
 }  // namespace allocation
