@@ -232,6 +232,38 @@ TEST_F(threaded_arrays_test, another_context_has_a_record_of_its_own) {
   EXPECT_EQ(own_arrays().array_buffer, 4u);
 }
 
+// What the draw finds there was said on another thread.
+TEST_F(threaded_arrays_test, the_record_goes_with_its_context_to_another_thread) {
+  const std::vector<GLfloat> vertices(8);
+  osw_glVertexPointer(2, GL_FLOAT, 0, vertices.data());
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  osw_glClientActiveTexture(GL_TEXTURE2);
+  osw_glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 6);
+  osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 7);
+  ASSERT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  const library::app_thread_pointer other = library::start_thread();
+  library::run(other, [&] {
+    ASSERT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
+    expect_entry(0, GL_VERTEX_ARRAY, 2, GL_FLOAT, 0, 0, driver::bits_of(vertices.data()));
+    EXPECT_EQ(own_arrays().enabled_mask, 1u);
+    EXPECT_EQ(own_arrays().client_texture, 2u);
+    EXPECT_EQ(own_arrays().unpack_buffer, 6u);
+    EXPECT_EQ(__osw_fetch_thread_state()->glrc->unpack_store.row_length, 7);
+    received::wait_for_parts();
+    received::clear();
+    osw_glDrawArrays(GL_LINES, 0, 4);
+    received::for_each_part([&](const received::calls& logged) {
+      ASSERT_EQ(logged.size(), 3u) << "the draw goes out with its vertices";
+      EXPECT_EQ(logged[0].what.op, glVertexPointer_op::op);
+      EXPECT_NE(logged[0].what.arguments[3], driver::bits_of(vertices.data()));
+      EXPECT_EQ(logged[1].what, driver::expect<glDrawArrays_op>(GL_LINES, 0, 4));
+      EXPECT_EQ(logged[2].what, driver::expect<glVertexPointer_op>(2, GL_FLOAT, 0, vertices.data()));
+    });
+    EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  });
+  library::end_thread(other);
+}
+
 // ---- pixel store ----
 
 struct store_value {
@@ -276,6 +308,42 @@ TEST_F(threaded_arrays_test, an_unknown_pixel_store_name_writes_nothing_and_is_s
   EXPECT_EQ(values_of(glrc->pack_store), initial_store);
   EXPECT_EQ(values_of(glrc->unpack_store), initial_store);
   received::expect_parts({driver::expect<glPixelStorei_op>(0x1234, 7)});
+}
+
+TEST_F(threaded_arrays_test, the_two_flags_keep_the_low_8_bits_and_are_sent_whole) {
+  const __osw_glrc* glrc = __osw_fetch_thread_state()->glrc;
+  std::vector<driver::call> sent;
+  for (const GLint value : {256, 257, 0x7FFFFF02, -1}) {
+    for (const GLenum name : {GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST, GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST}) {
+      osw_glPixelStorei(name, value);
+      sent.push_back(driver::expect<glPixelStorei_op>(name, value));
+    }
+    for (const __osw_pixel_store* kept : {&glrc->pack_store, &glrc->unpack_store}) {
+      EXPECT_EQ(kept->swap_bytes, value & 0xFF) << value;
+      EXPECT_EQ(kept->lsb_first, value & 0xFF) << value;
+    }
+  }
+  received::expect_parts(sent);
+}
+
+TEST_F(threaded_arrays_test, a_number_that_gl_refuses_is_sent_and_not_kept) {
+  const __osw_glrc* glrc = __osw_fetch_thread_state()->glrc;
+  std::vector<driver::call> sent;
+  const auto refuse = [&](GLenum name, GLint value) {
+    osw_glPixelStorei(name, value);
+    sent.push_back(driver::expect<glPixelStorei_op>(name, value));
+    EXPECT_EQ(values_of(glrc->pack_store), initial_store) << name << ' ' << value;
+    EXPECT_EQ(values_of(glrc->unpack_store), initial_store) << name << ' ' << value;
+  };
+  for (const GLint value : {-8, -1, 0, 3, 5, 6, 7, 9, 16}) {
+    refuse(GL_PACK_ALIGNMENT, value);
+    refuse(GL_UNPACK_ALIGNMENT, value);
+  }
+  for (std::size_t i = 2; i < std::size(store_values); ++i) {  // from the first number on
+    refuse(store_values[i].pack, -1);
+    refuse(store_values[i].unpack, -1);
+  }
+  received::expect_parts(sent);
 }
 
 TEST_F(threaded_arrays_test, the_float_form_is_truncated_for_the_record_and_sent_whole) {

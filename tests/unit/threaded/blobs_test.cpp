@@ -128,6 +128,25 @@ TEST_F(threaded_blobs_test, row_length_and_image_height_take_the_place_of_the_si
   EXPECT_EQ(image_size(2, 3, 2, GL_RGBA, GL_UNSIGNED_BYTE), 560);
 }
 
+TEST_F(threaded_blobs_test, an_image_of_two_dimensions_takes_as_many_rows_as_the_image_height) {
+  constexpr std::size_t bytes = 4 * 4 * 7;
+  std::vector<u8> memory = numbered(bytes);
+  const std::vector<u8> before = memory;
+  osw_glPixelStorei(GL_UNPACK_IMAGE_HEIGHT, 7);
+  received::read(glTexImage2D_op::op, received::bytes_at(8, bytes));
+  received::read(glTexSubImage2D_op::op, received::bytes_at(8, bytes));
+  received::wait_for_parts();
+  received::clear();
+  osw_glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 4, 3, 0, GL_RGBA, GL_UNSIGNED_BYTE, memory.data());
+  osw_glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 4, 3, GL_RGBA, GL_UNSIGNED_BYTE, memory.data());
+  std::ranges::fill(memory, 0xEE);
+  received::for_each_part([&](const received::calls& logged) {
+    ASSERT_EQ(logged.size(), 2u);
+    for (const received::call& one : logged)
+      EXPECT_EQ(one.memory, before) << driver::name_of(one.what.space, one.what.op);
+  });
+}
+
 TEST_F(threaded_blobs_test, sizes_that_no_memory_holds_copy_nothing) {
   EXPECT_EQ(image_size(-1, 2, 1, GL_RGBA, GL_UNSIGNED_BYTE), 0);
   EXPECT_EQ(image_size(1, -2, 1, GL_RGBA, GL_UNSIGNED_BYTE), 0);

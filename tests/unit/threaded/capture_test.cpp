@@ -252,6 +252,27 @@ TEST_F(threaded_capture_test, no_array_is_aimed_below_its_block) {
   for (std::size_t i = 0; i < 4; ++i) EXPECT_LT(own_arrays().arrays[16 + i].group_offset, 16u) << i;
 }
 
+// Which arrays a base that goes down takes along is told by stride and distance, and not by their group.
+TEST_F(threaded_capture_test, a_lower_base_takes_along_what_lies_near_it_in_any_group) {
+  std::vector<u8> memory = numbered(16 * 8);
+  // 40 and 30 are of the first group, whose base comes down to 22; 20 and 24 have opened and joined the second before.
+  const std::size_t places[] = {40, 20, 24, 30, 22};
+  for (GLuint i = 0; i < 5; ++i) {
+    osw_glVertexAttribPointer(i, 1, GL_UNSIGNED_SHORT, GL_FALSE, 16, memory.data() + places[i]);
+    osw_glEnableVertexAttribArray(i);
+  }
+  begin_draw();
+  osw_glDrawArrays(GL_LINES, 0, 4);
+  received::wait_for_parts();
+  const u32 groups[] = {0, 1, 1, 0, 0};
+  const u32 offsets[] = {10, 0, 2, 8, 0};
+  EXPECT_EQ(own_arrays().group_count, 2u);
+  for (std::size_t i = 0; i < 5; ++i) {
+    EXPECT_EQ(own_arrays().arrays[16 + i].group, groups[i]) << i;
+    EXPECT_EQ(own_arrays().arrays[16 + i].group_offset, offsets[i]) << i;
+  }
+}
+
 TEST_F(threaded_capture_test, a_draw_that_begins_below_0_is_waited_for) {
   std::vector<u8> memory = numbered(64);
   osw_glVertexPointer(2, GL_FLOAT, 8, memory.data());
@@ -438,6 +459,28 @@ TEST_F(threaded_capture_test, elements_from_a_buffer_with_a_client_array_make_th
   for (int part = 0; part < received::parts(); ++part) EXPECT_EQ(received::of_part(part).size(), 1u);
   received::expect_parts(
       {driver::expect<glDrawElements_op>(GL_POINTS, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12))});
+}
+
+// The masks are compared whole: a buffered array that is not enabled makes a client array of the rest.
+TEST_F(threaded_capture_test, elements_from_a_buffer_with_a_buffered_array_switched_off_make_the_application_wait) {
+  osw_glBindBuffer(GL_ARRAY_BUFFER, 3);
+  osw_glVertexPointer(2, GL_FLOAT, 8, nullptr);
+  osw_glNormalPointer(GL_FLOAT, 12, nullptr);
+  osw_glEnableClientState(GL_VERTEX_ARRAY);
+  osw_glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 4);
+  begin_draw();
+  const u32 waits = own_queue()->send_sync_count;
+  osw_glDrawElements(GL_POINTS, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12));
+  EXPECT_EQ(own_queue()->send_sync_count, waits + 1);
+  osw_glDrawRangeElements(GL_POINTS, 0, 9, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12));
+  EXPECT_EQ(own_queue()->send_sync_count, waits + 2);
+  osw_glDrawArrays(GL_POINTS, 0, 4);
+  EXPECT_EQ(own_queue()->send_sync_count, waits + 2);
+  EXPECT_EQ(*own_queue()->fill_count, 1u);
+  received::expect_parts(
+      {driver::expect<glDrawElements_op>(GL_POINTS, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12)),
+       driver::expect<glDrawRangeElements_op>(GL_POINTS, 0, 9, 4, GL_UNSIGNED_SHORT, reinterpret_cast<void*>(12)),
+       driver::expect<glDrawArrays_op>(GL_POINTS, 0, 4)});
 }
 
 // As an application does that restarts its primitives by it.

@@ -266,6 +266,70 @@ TEST_F(threaded_copies_test, a_copy_to_a_texture_leaves_the_unpack_store) {
   EXPECT_EQ(store_calls(), expected);
 }
 
+struct field_value {
+  GLenum name;
+  GLint value;
+};
+
+constexpr field_value pack_fields[] = {{GL_PACK_SWAP_BYTES, 1}, {GL_PACK_LSB_FIRST, 2},   {GL_PACK_ROW_LENGTH, 3},
+                                       {GL_PACK_SKIP_ROWS, 4},  {GL_PACK_SKIP_PIXELS, 5}, {GL_PACK_IMAGE_HEIGHT, 6},
+                                       {GL_PACK_SKIP_IMAGES, 7}};
+constexpr field_value unpack_fields[] = {
+    {GL_UNPACK_SWAP_BYTES, 11},  {GL_UNPACK_LSB_FIRST, 12},    {GL_UNPACK_ROW_LENGTH, 13}, {GL_UNPACK_SKIP_ROWS, 14},
+    {GL_UNPACK_SKIP_PIXELS, 15}, {GL_UNPACK_IMAGE_HEIGHT, 16}, {GL_UNPACK_SKIP_IMAGES, 17}};
+
+// The read needs five of the pack fields cleared, and all seven come back; the alignments are left alone.
+TEST_F(threaded_copies_test, five_pack_and_seven_unpack_fields_are_cleared_and_seven_of_each_come_back) {
+  for (const field_value& one : pack_fields) osw_glPixelStorei(one.name, one.value);
+  for (const field_value& one : unpack_fields) osw_glPixelStorei(one.name, one.value);
+  osw_glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  osw_glPixelStorei(GL_UNPACK_ALIGNMENT, 2);
+  begin();
+  osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);
+  received::wait_for_parts();
+  std::vector<driver::call> expected;
+  for (int i = 0; i < 5; ++i) expected.push_back(store(pack_fields[i].name, 0));
+  for (const field_value& one : unpack_fields) expected.push_back(store(one.name, 0));
+  expected.push_back(only_call(1, glDrawPixels_op::op));
+  for (const field_value& one : pack_fields) expected.push_back(store(one.name, one.value));
+  for (const field_value& one : unpack_fields) expected.push_back(store(one.name, one.value));
+  EXPECT_EQ(calls_of(1, {glPixelStorei_op::op, glDrawPixels_op::op}), expected);
+}
+
+TEST_F(threaded_copies_test, the_unpack_fields_are_cleared_after_the_read) {
+  osw_glPixelStorei(GL_UNPACK_SKIP_ROWS, 4);
+  begin();
+  osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);
+  received::wait_for_parts();
+  std::vector<driver::call> found = calls_of(0, {glReadPixels_op::op, glPixelStorei_op::op, glDrawPixels_op::op});
+  // The part's read has its own share of the pack state.
+  std::erase_if(found, [](const driver::call& one) {
+    return one.op == glPixelStorei_op::op && one.arguments[0] != GL_UNPACK_SKIP_ROWS;
+  });
+  EXPECT_EQ(found, (std::vector<driver::call>{only_call(0, glReadPixels_op::op), store(GL_UNPACK_SKIP_ROWS, 0),
+                                              only_call(0, glDrawPixels_op::op), store(GL_UNPACK_SKIP_ROWS, 4)}));
+}
+
+// The buffer is the copy's own, and gone when it returns: the read has to be through, and an upload that takes no copy.
+TEST_F(threaded_copies_test, a_copy_waits_for_its_read_and_a_copy_of_pixels_for_its_upload_too) {
+  const __osw_cmd_queue* queue = __osw_fetch_thread_state()->cmd_queue;
+  const auto waits = [queue] {
+    u32 all = queue->send_sync_count;
+    for (const u32 count : queue->gl_sync_count) all += count;
+    return all;
+  };
+  begin();
+  u32 before = waits();
+  osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);
+  EXPECT_EQ(waits(), before + 2);
+  EXPECT_EQ(queue->gl_sync_count[glReadPixels_op::op], 1u);
+  EXPECT_EQ(queue->gl_sync_count[glDrawPixels_op::op], 1u);
+  before = waits();
+  osw_glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 5, 6, 0);
+  EXPECT_EQ(waits(), before + 1);
+  EXPECT_EQ(queue->gl_sync_count[glReadPixels_op::op], 2u);
+}
+
 TEST_F(threaded_copies_test, the_own_context_copies_and_then_uploads) {
   begin();
   osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);
