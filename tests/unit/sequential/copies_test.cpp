@@ -2,59 +2,30 @@
 // it was.
 #include <algorithm>
 #include <cstring>
-#include <map>
 
 #include "dispatch/thread_state.h"
 #include "support/allocation.h"
 #include "support/copy_formats.h"
+#include "support/pixel_state.h"
 #include "support/sequential_steps.h"
 #include "wgl/records/window_mapping.h"
 
 namespace {
 
-// The pixel state of each context, as a driver would keep it.
-std::map<std::pair<HGLRC, u64>, GLint> pixel_state;
-
-void answer_integer(driver::live_call& live) {
-  *reinterpret_cast<GLint*>(live.what.arguments[1]) = pixel_state[{live.what.context, live.what.arguments[0]}];
-}
-
-void answer_flag(driver::live_call& live) {
-  *reinterpret_cast<GLboolean*>(live.what.arguments[1]) =
-      static_cast<GLboolean>(pixel_state[{live.what.context, live.what.arguments[0]}]);
-}
-
-void set_store(driver::live_call& live) {
-  pixel_state[{live.what.context, live.what.arguments[0]}] = static_cast<GLint>(live.what.arguments[1]);
-}
-
-void bind_buffer(driver::live_call& live) {
-  const GLenum query =
-      live.what.arguments[0] == GL_PIXEL_PACK_BUFFER ? GL_PIXEL_PACK_BUFFER_BINDING : GL_PIXEL_UNPACK_BUFFER_BINDING;
-  pixel_state[{live.what.context, query}] = static_cast<GLint>(live.what.arguments[1]);
-}
-
 struct sequential_copies_test : library::process_test {
   void SetUp() override {
     rendered = sequential::start({.parts = 2, .parts_are_monitors = true});
     set_depths(32, 24);
-    driver::on_call<glGetIntegerv_op>(answer_integer);
-    driver::on_call<glGetBooleanv_op>(answer_flag);
-    driver::on_call<glPixelStorei_op>(set_store);
-    driver::on_call<glBindBuffer_op>(bind_buffer);
-    set(GL_PACK_ALIGNMENT, 4);
-    set(GL_UNPACK_ALIGNMENT, 4);
+    pixel_state::serve(rendered);
   }
   static void set_depths(BYTE color, BYTE depth) {
     PIXELFORMATDESCRIPTOR& pfd = __osw_fetch_thread_state()->window_mapping->pfd;
     pfd.cColorBits = color;
     pfd.cDepthBits = depth;
   }
-  void set(GLenum name, GLint value) {
-    for (HGLRC child : rendered.children) pixel_state[{child, name}] = value;
-  }
+  void set(GLenum name, GLint value) { pixel_state::set(rendered, name, value); }
   void expect_state(GLenum name, GLint value) {
-    for (HGLRC child : rendered.children) EXPECT_EQ((pixel_state[{child, name}]), value) << name;
+    for (HGLRC child : rendered.children) EXPECT_EQ((pixel_state::all()[{child, name}]), value) << name;
   }
   std::vector<driver::call> calls_of(std::size_t part, int op) {
     std::vector<driver::call> found = sequential::calls_in(rendered.children[part]);
@@ -108,8 +79,8 @@ TEST_F(sequential_copies_test, part_0_alone_is_asked_for_a_textures_format_at_le
 TEST_F(sequential_copies_test, the_upload_carries_the_shares_side_by_side) {
   driver::on_call<glReadPixels_op>([&](driver::live_call& live) {
     const bool left = live.what.context == rendered.children[0];
-    const GLint skip = pixel_state[{live.what.context, GL_PACK_SKIP_PIXELS}];
-    EXPECT_EQ((pixel_state[{live.what.context, GL_PACK_ROW_LENGTH}]), 4);
+    const GLint skip = pixel_state::all()[{live.what.context, GL_PACK_SKIP_PIXELS}];
+    EXPECT_EQ((pixel_state::all()[{live.what.context, GL_PACK_ROW_LENGTH}]), 4);
     std::memset(reinterpret_cast<GLubyte*>(live.what.arguments[6]) + 4 * skip, left ? 0x11 : 0x22, 8);
   });
   std::vector<std::vector<u8>> uploads;
@@ -135,20 +106,19 @@ constexpr store_value unpack_values[] = {
     {GL_UNPACK_SWAP_BYTES, 1},  {GL_UNPACK_LSB_FIRST, 1},     {GL_UNPACK_ROW_LENGTH, 41}, {GL_UNPACK_SKIP_ROWS, 4},
     {GL_UNPACK_SKIP_PIXELS, 5}, {GL_UNPACK_IMAGE_HEIGHT, 51}, {GL_UNPACK_SKIP_IMAGES, 2}, {GL_UNPACK_ALIGNMENT, 2}};
 
-// The state that stood when an op was called, on each part.
-using state_at_call = std::map<std::pair<HGLRC, u64>, GLint>;
+// The state that stood on each part when an op was called.
 template <class Op>
-std::vector<state_at_call>& watch_state() {
-  static std::vector<state_at_call> states;
+std::vector<pixel_state::values>& watch_state() {
+  static std::vector<pixel_state::values> states;
   states.clear();
-  driver::on_call<Op>([](driver::live_call&) { states.push_back(pixel_state); });
+  driver::on_call<Op>([](driver::live_call&) { states.push_back(pixel_state::all()); });
   return states;
 }
 
 TEST_F(sequential_copies_test, a_copy_of_pixels_clears_and_restores_both_stores) {
   for (const store_value& one : pack_values) set(one.name, one.value);
   for (const store_value& one : unpack_values) set(one.name, one.value);
-  std::vector<state_at_call>& at_upload = watch_state<glDrawPixels_op>();
+  std::vector<pixel_state::values>& at_upload = watch_state<glDrawPixels_op>();
   osw_glCopyPixels(10, 20, 5, 6, GL_COLOR);
   ASSERT_EQ(at_upload.size(), 2u);
   for (HGLRC child : rendered.children) {
@@ -162,7 +132,7 @@ TEST_F(sequential_copies_test, a_copy_of_pixels_clears_and_restores_both_stores)
 
 TEST_F(sequential_copies_test, a_copy_to_a_texture_uploads_under_the_applications_unpack_store) {
   for (const store_value& one : unpack_values) set(one.name, one.value);
-  std::vector<state_at_call>& at_upload = watch_state<glTexImage2D_op>();
+  std::vector<pixel_state::values>& at_upload = watch_state<glTexImage2D_op>();
   osw_glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 5, 6, 0);
   ASSERT_EQ(at_upload.size(), 2u);
   for (HGLRC child : rendered.children) {
@@ -172,7 +142,7 @@ TEST_F(sequential_copies_test, a_copy_to_a_texture_uploads_under_the_application
 
 TEST_F(sequential_copies_test, a_pack_buffer_is_unbound_for_the_read_and_bound_after_it) {
   set(GL_PIXEL_PACK_BUFFER_BINDING, 7);
-  std::vector<state_at_call>& at_read = watch_state<glReadPixels_op>();
+  std::vector<pixel_state::values>& at_read = watch_state<glReadPixels_op>();
   osw_glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 5, 6, 0);
   ASSERT_EQ(at_read.size(), 1u);
   for (HGLRC child : rendered.children) EXPECT_EQ((at_read[0][{child, GL_PIXEL_PACK_BUFFER_BINDING}]), 0);

@@ -110,6 +110,18 @@ TEST_F(sequential_read_test, each_part_reads_its_share_into_its_place) {
   expect_read(rendered, 3, expected_read(none, {100, 100, 0, 60}, {0, 200, 40, 60}, pixels.data()));
 }
 
+// What is bound for reading is not asked for: the shares are those of the window.
+TEST_F(sequential_read_test, a_bound_framebuffer_is_read_by_the_shares_of_the_window) {
+  const library::rendering rendered = start_over_the_middle(library::path::sequential);
+  std::vector<GLubyte> pixels(100 * 100 * 4);
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 5);
+  driver::clear_calls();
+  set_pack_state({});  // fails the test when anything else is asked
+  osw_glReadPixels(200, 200, 100, 100, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+  expect_read(rendered, 0, expected_read({}, {100, 100, 60, 0}, {200, 0, 60, 40}, pixels.data()));
+  expect_read(rendered, 3, expected_read({}, {100, 100, 0, 60}, {0, 200, 40, 60}, pixels.data()));
+}
+
 TEST_F(sequential_read_test, the_applications_pack_state_is_added_to_and_put_back) {
   const library::rendering rendered = start_over_the_middle(library::path::sequential);
   std::vector<GLubyte> pixels(200 * 200 * 4);
@@ -166,10 +178,9 @@ TEST_F(sequential_read_test, a_rectangle_beyond_the_window_is_cut_where_the_part
   expect_read(rendered, 2, expected_read({}, {50, 50, 30, 20}, {0, 0, 30, 20}, pixels.data()));
 }
 
-TEST_F(sequential_read_test, workers_read_the_same_shares) {
-  const library::rendering rendered = start_over_the_middle(library::path::threaded);
-  received::watch(rendered);
+void expect_shares_on_workers() {
   std::vector<GLubyte> pixels(100 * 100 * 4);
+  received::clear();
   osw_glReadPixels(200, 200, 100, 100, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
   const std::map<int, std::vector<driver::call>> expected = {
       {0, expected_read({}, {100, 100, 60, 0}, {200, 0, 60, 40}, pixels.data())},
@@ -179,6 +190,18 @@ TEST_F(sequential_read_test, workers_read_the_same_shares) {
   for (const auto& [part, calls] : expected) {
     EXPECT_EQ(without_addresses(received::without_memory(received::of_part(part))), calls) << "part " << part;
   }
+}
+
+TEST_F(sequential_read_test, workers_read_the_same_shares) {
+  received::watch(start_over_the_middle(library::path::threaded));
+  expect_shares_on_workers();
+}
+
+TEST_F(sequential_read_test, workers_read_a_bound_framebuffer_by_the_shares_of_the_window) {
+  received::watch(start_over_the_middle(library::path::threaded));
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 5);
+  received::wait_for_parts();
+  expect_shares_on_workers();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "support/sequential_steps.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "dispatch/thread_state.h"
@@ -32,6 +33,15 @@ std::vector<step> steps() {
   for (const driver::call& call : driver::calls()) {
     EXPECT_EQ(call.thread_id, GetCurrentThreadId());
     all.push_back({call.space == driver::op_space::gl ? call.context : nullptr, call});
+  }
+  return all;
+}
+
+std::vector<step> steps_without_addresses(std::initializer_list<int> ops) {
+  std::vector<step> all = steps();
+  for (step& one : all) {
+    const bool is_named = one.what.space == driver::op_space::gl && std::ranges::find(ops, one.what.op) != ops.end();
+    if (is_named) one.what.arguments[one.what.argument_count - 1] = 0;
   }
   return all;
 }

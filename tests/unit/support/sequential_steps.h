@@ -2,6 +2,7 @@
 // own thread.
 #pragma once
 
+#include <initializer_list>
 #include <iosfwd>
 
 #include "support/library.h"
@@ -22,6 +23,9 @@ step switch_to(HGLRC context);
 
 // The steps since the last driver::clear_calls. Every one of the library's driver calls is among them.
 std::vector<step> steps();
+
+// The same with 0 for the last argument of these GL ops: an address that is the library's own.
+std::vector<step> steps_without_addresses(std::initializer_list<int> ops);
 
 // The GL calls among them that were made in one context.
 std::vector<driver::call> calls_in(HGLRC context);
