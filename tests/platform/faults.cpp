@@ -1,7 +1,9 @@
 #include "platform/faults.h"
 
+#include <atomic>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -23,6 +25,9 @@ struct order {
 
 std::mutex lock;
 std::map<std::string, order, std::less<>> orders;
+std::shared_ptr<const call_listener> listener;
+// Looked at without the lock, which would order the library's threads among each other.
+std::atomic<bool> listens{false};
 
 void place(const char* function, int n, bool onwards, DWORD error) {
   const std::lock_guard guard(lock);
@@ -61,6 +66,20 @@ void before_call(const char* function, int n, std::function<void()> work) {
   entry.work = std::move(work);
 }
 
+void on_each_call(call_listener work) {
+  const std::lock_guard guard(lock);
+  listens.store(static_cast<bool>(work), std::memory_order_relaxed);
+  listener = work ? std::make_shared<const call_listener>(std::move(work)) : nullptr;
+}
+
+void tell_of_call(const char* function, ULONG_PTR object) {
+  if (!listens.load(std::memory_order_relaxed)) return;
+  std::unique_lock guard(lock);
+  const std::shared_ptr<const call_listener> listening = listener;
+  guard.unlock();
+  if (listening) (*listening)(function, object);
+}
+
 int call_count(const char* function) {
   const std::lock_guard guard(lock);
   const auto found = orders.find(function);
@@ -68,6 +87,7 @@ int call_count(const char* function) {
 }
 
 bool ordered_to_fail(const char* function) {
+  tell_of_call(function, 0);
   DWORD error = 0;
   {
     std::unique_lock guard(lock);
@@ -88,6 +108,8 @@ bool ordered_to_fail(const char* function) {
 
 void reset_faults() {
   const std::lock_guard guard(lock);
+  listens.store(false, std::memory_order_relaxed);
+  listener = nullptr;
   orders.clear();
 }
 

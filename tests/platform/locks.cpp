@@ -123,6 +123,7 @@ void reset_locks() {
 using namespace platform;
 
 extern "C" void InitializeCriticalSection(LPCRITICAL_SECTION section) {
+  tell_of_call("InitializeCriticalSection", reinterpret_cast<ULONG_PTR>(section));
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);
   pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
@@ -134,6 +135,7 @@ extern "C" void InitializeCriticalSection(LPCRITICAL_SECTION section) {
 }
 
 extern "C" void DeleteCriticalSection(LPCRITICAL_SECTION section) {
+  tell_of_call("DeleteCriticalSection", reinterpret_cast<ULONG_PTR>(section));
   check(section, "DeleteCriticalSection of a section that is not in use");
   if (!is_orphan(section) && pthread_mutex_destroy(&section->mutex) != 0)
     misuse("DeleteCriticalSection of a section that a thread is in");

@@ -55,6 +55,9 @@ struct blocked_scope {
 // Counts a call of `function`; true when it has been ordered to fail, with the last error set.
 bool ordered_to_fail(const char* function);
 
+// For who listens to each call.
+void tell_of_call(const char* function, ULONG_PTR object);
+
 // Prints and stops the program: the library did what the platform punishes.
 [[noreturn]] void misuse(const char* what);
 

@@ -327,6 +327,7 @@ extern "C" DWORD TlsAlloc() {
 }
 
 extern "C" BOOL TlsFree(DWORD index) {
+  tell_of_call("TlsFree", index);
   const std::lock_guard guard(lock);
   if (index >= platform_tls_slot_count || !slot_taken[index]) return FALSE;
   slot_taken[index] = false;

@@ -7,15 +7,11 @@
 #include "platform/faults.h"
 #include "platform/process.h"
 #include "support/allocation.h"
+#include "support/platform_test.h"
 
 using namespace std::chrono_literals;
 
 namespace {
-
-struct platform_test : testing::Test {
-  void SetUp() override { platform::reset(); }
-  void TearDown() override { platform::reset(); }
-};
 
 struct guarded_number {
   CRITICAL_SECTION lock;

@@ -21,6 +21,12 @@ void stop_failing(const char* function);
 // second order for the same function takes the place of the first.
 void before_call(const char* function, int n, std::function<void()> work);
 
+// Runs `work` on the thread of each call from now on, before the call does anything: of the functions that can be made
+// to fail, of those that make and delete critical sections, and of TlsFree. `object` is the section's address or the
+// slot's number, else 0. Null ends it.
+using call_listener = std::function<void(const char* function, ULONG_PTR object)>;
+void on_each_call(call_listener work);
+
 // How often `function` was called since the last reset, calls that failed among them.
 int call_count(const char* function);
 
