@@ -414,7 +414,8 @@ TEST_F(wgl_make_current_test, a_device_context_without_a_context_on_a_thread_wit
 
 struct choice {
   DWORD option;
-  bool fast_switch;
+  bool fast_switch;      // wglFastSwitchContextZ4, which takes a driver's context
+  bool driver_contexts;  // wglGetGLContextZ4, which alone tells those
   i32 mode;
 };
 
@@ -422,16 +423,21 @@ struct path_choice_test : wgl_make_current_test, testing::WithParamInterface<cho
 
 TEST_P(path_choice_test, by_the_option_and_the_driver) {
   const library::path way = GetParam().option ? library::path::threaded : library::path::sequential;
-  library::start({.way = way, .fast_switch = GetParam().fast_switch});
+  library::start({.way = way});
+  if (!GetParam().fast_switch) driver::set_reach("wglFastSwitchContextZ4", driver::reach::nowhere);
+  if (!GetParam().driver_contexts) driver::set_reach("wglGetGLContextZ4", driver::reach::nowhere);
   library::start_rendering();
+  EXPECT_EQ(__osw_sys_wgl[wglFastSwitchContextZ4_op::op] != nullptr, GetParam().fast_switch);
+  EXPECT_EQ(__osw_sys_wgl[wglGetGLContextZ4_op::op] != nullptr, GetParam().driver_contexts);
   EXPECT_EQ(own_state()->mode, GetParam().mode);
   EXPECT_EQ(own_state()->seq_path, GetParam().mode == 1);
   EXPECT_EQ(driver::calls_of<wglGetGLContextZ4_op>().size(), GetParam().mode == 1 ? 3u : 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(, path_choice_test,
-                         testing::Values(choice{0, true, 1}, choice{0, false, 2}, choice{1, true, 2},
-                                         choice{1, false, 2}));
+                         testing::Values(choice{0, true, true, 1}, choice{0, false, false, 2},
+                                         choice{0, true, false, 2}, choice{0, false, true, 2}, choice{1, true, true, 2},
+                                         choice{1, false, false, 2}));
 
 // ---- the other make-current ----
 
