@@ -1,4 +1,5 @@
 // Process attach and detach, thread detach, the bypass decision.
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -32,6 +33,18 @@ int listed_states() {
   int count = 0;
   for (const __osw_thread_state* state : __osw_thread_state_list) count += state != nullptr;
   return count;
+}
+
+// Of the threads that serve others.
+int listed_arguments() {
+  int count = 0;
+  for (const __osw_worker_arg* arg : __osw_worker_arg_list) count += arg != nullptr;
+  return count;
+}
+
+int open_thread_handles() {
+  const std::vector<std::string> left = platform::leaks(true);
+  return static_cast<int>(std::ranges::count(left, "thread handle"));
 }
 
 TEST_F(life_test, attach_takes_the_process_s_identity) {
@@ -140,11 +153,12 @@ TEST_P(no_stop_test, attach_goes_on) {
 
 INSTANTIATE_TEST_SUITE_P(, no_stop_test, testing::Values("0", "no", ""));
 
-TEST_F(life_death_test, attach_stops_for_the_debugger) {
+TEST_F(life_death_test, attach_stops_for_the_debugger_before_it_asks_for_anything) {
   EXPECT_EXIT(
       {
         setenv("Z4OSW_DEBUG_BREAK", "1", 1);
         library::prepare();
+        platform::on_each_call([](const char*, ULONG_PTR) { std::_Exit(1); });
         std::signal(SIGALRM, SIG_DFL);
         alarm(1);
         platform::attach_process();
@@ -292,8 +306,11 @@ TEST_F(life_test, a_thread_that_called_leaves_nothing) {
 
 TEST_F(life_test, a_thread_s_end_survives_a_lack_of_memory) {
   library::start();
+  osw_glGetError();
   library::run_on_new_thread([] { allocation::fail_call(1, true); });
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(listed_states(), 1);
+  EXPECT_EQ(library::reports(),
+            std::vector<std::string>{"OGLSPANWrapper Error: no memory for the state of a thread\n"});
 }
 
 TEST_F(life_test, a_thread_that_rendered_leaves_nothing) {
@@ -330,17 +347,27 @@ TEST_F(life_test, the_process_ends_with_states_of_threads_that_never_detached) {
   }
   EXPECT_EQ(listed_states(), 3);
   EXPECT_EQ(platform::live_threads(), 3 * 4);
+  EXPECT_EQ(listed_arguments(), 3 * 3);
+  EXPECT_EQ(open_thread_handles(), 3 * 4);
   EXPECT_EQ(platform::exit_process(), TRUE);
   EXPECT_EQ(platform::live_threads(), 0);
   EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(listed_arguments(), 0);
+  EXPECT_EQ(open_thread_handles(), 3) << "those of the application's own threads";
 }
 
 TEST_F(life_test, the_process_ends_while_the_main_thread_renders) {
   library::start();
   library::start_rendering();
   osw_glFlush();
+  EXPECT_EQ(listed_states(), 1);
+  EXPECT_EQ(listed_arguments(), 3);
+  EXPECT_EQ(open_thread_handles(), 3);
   EXPECT_EQ(platform::exit_process(), TRUE);
   EXPECT_EQ(platform::live_threads(), 0);
+  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(listed_arguments(), 0);
+  EXPECT_EQ(open_thread_handles(), 0);
 }
 
 TEST_F(life_test, a_library_that_has_bound_nothing_can_be_unloaded) {
