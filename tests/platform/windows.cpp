@@ -65,6 +65,12 @@ std::vector<window_facts> select(Wanted wanted) {
   return found;
 }
 
+bool takes_mouse(const window_record& record, POINT point) {
+  const RECT area = screen_rect(record);
+  return (record.style & (WS_VISIBLE | WS_DISABLED)) == WS_VISIBLE && point.x >= area.left && point.x < area.right &&
+         point.y >= area.top && point.y < area.bottom;
+}
+
 void give_own_dc(HWND hwnd) {
   const HDC hdc = make_own_dc(hwnd);
   const std::lock_guard guard(window_lock);
@@ -224,6 +230,20 @@ std::vector<window_facts> children_of(HWND parent) {
   return select([&](const window_record& record) { return record.parent == parent && is_child(record); });
 }
 
+HWND window_at(POINT point) {
+  const std::vector<window_facts> on_top =
+      select([&](const window_record& record) { return !is_child(record) && takes_mouse(record, point); });
+  HWND found = on_top.empty() ? nullptr : on_top.back().hwnd;
+  for (HWND within = found; within != nullptr;) {
+    found = within;
+    const std::vector<window_facts> children = select([&](const window_record& record) {
+      return is_child(record) && record.parent == found && takes_mouse(record, point);
+    });
+    within = children.empty() ? nullptr : children.front().hwnd;
+  }
+  return found;
+}
+
 std::vector<class_facts> window_classes() {
   const std::lock_guard guard(window_lock);
   return classes;
@@ -350,10 +370,11 @@ extern "C" BOOL IsWindow(HWND hwnd) {
   return find_window(hwnd) != nullptr;
 }
 
+// Of a child its parent and of a pop-up its owner; the owner of any other window is not told.
 extern "C" HWND GetParent(HWND hwnd) {
   const std::lock_guard guard(window_lock);
   const window_record* window = find_window(hwnd);
-  return window == nullptr ? nullptr : window->parent;
+  return window != nullptr && (window->style & (WS_CHILD | WS_POPUP)) != 0 ? window->parent : nullptr;
 }
 
 extern "C" BOOL EnumChildWindows(HWND hwnd, WNDENUMPROC callback, LPARAM data) {

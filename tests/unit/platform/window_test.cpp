@@ -6,15 +6,13 @@
 #include "platform/desktop.h"
 #include "platform/faults.h"
 #include "platform/process.h"
+#include "support/platform_test.h"
 
 using namespace std::chrono_literals;
 
 namespace {
 
-struct window_test : testing::Test {
-  void SetUp() override { platform::reset(); }
-  void TearDown() override { platform::reset(); }
-};
+struct window_test : platform_test {};
 
 void register_class(const char* name, WNDPROC procedure = DefWindowProcA) {
   WNDCLASSA window_class = {};
@@ -75,6 +73,34 @@ TEST_F(window_test, coordinates_follow_frame_and_parent) {
   EXPECT_EQ(point.y, 22);
   EXPECT_FALSE(GetClientRect(nullptr, &rect));
   EXPECT_EQ(rect.right, 178);
+}
+
+TEST_F(window_test, a_child_tells_its_parent_and_a_pop_up_its_owner) {
+  const HWND top = platform::create_window();
+  const auto made = [&](DWORD style) { return platform::create_window({.style = style, .parent = top}); };
+  EXPECT_EQ(GetParent(top), nullptr);
+  EXPECT_EQ(GetParent(made(WS_CHILD)), top);
+  EXPECT_EQ(GetParent(made(WS_POPUP | WS_VISIBLE)), top);
+  EXPECT_EQ(GetParent(made(WS_OVERLAPPEDWINDOW)), nullptr);
+}
+
+TEST_F(window_test, the_mouse_is_over_the_innermost_window_that_takes_it) {
+  const HWND top = platform::create_window({.rect = {100, 100, 500, 400}});
+  const auto made = [&](DWORD style, RECT rect) {
+    return platform::create_window({.rect = rect, .style = WS_CHILD | style, .parent = top});
+  };
+  made(WS_VISIBLE | WS_DISABLED, {0, 0, 300, 300});
+  made(0, {0, 0, 300, 300});
+  const HWND taking = made(WS_VISIBLE, {50, 50, 150, 150});
+  made(WS_VISIBLE, {50, 50, 150, 150});
+  EXPECT_EQ(platform::window_at({99, 100}), nullptr);
+  EXPECT_EQ(platform::window_at({100, 100}), top);
+  EXPECT_EQ(platform::window_at({149, 150}), top);
+  EXPECT_EQ(platform::window_at({150, 150}), taking);
+  EXPECT_EQ(platform::window_at({249, 249}), taking);
+  EXPECT_EQ(platform::window_at({250, 250}), top);
+  const HWND above = platform::create_window({.rect = {140, 140, 200, 200}});
+  EXPECT_EQ(platform::window_at({150, 150}), above);
 }
 
 TEST_F(window_test, a_move_is_told_and_takes_the_children_along) {

@@ -221,7 +221,7 @@ TEST_F(wgl_bound_context_test, a_bypassed_process_calls_the_system_alone) {
 TEST_F(wgl_bound_context_test, the_private_entries_stay_private) {
   start_application({.way = library::path::sequential});
   EXPECT_EQ(driver::bits_of(osw_wglGetGLContextZ4(scene::own_state()->current_hglrc)), 0u);
-  osw_wglFastSwitchContextZ4(nullptr, 0);
+  EXPECT_EQ(osw_wglFastSwitchContextZ4(nullptr, 0), 0);
   EXPECT_TRUE(driver::calls().empty());
 }
 

@@ -96,6 +96,37 @@ TEST_F(wgl_subclass_test, more_than_six_ancestors_have_one_procedure) {
   EXPECT_EQ(edges_of(scene::mapping_of(chain.back()).window_rect), (edges{90, 90, 490, 390}));
 }
 
+// The platform names the owner of a pop-up as its parent, and that of any other window not at all.
+TEST_F(wgl_subclass_test, the_owner_of_a_pop_up_and_what_it_stands_in) {
+  library::start();
+  const std::vector<HWND> owners = open_nested(1);
+  watched = platform::create_window({.rect = {100, 100, 500, 400},
+                                     .style = WS_POPUP | WS_VISIBLE,
+                                     .parent = owners[1],
+                                     .procedure = application_procedure});
+  draw_in(watched);
+  for (const HWND owner : owners) EXPECT_TRUE(is_subclassed(owner));
+  // It stays where it is when its owner moves.
+  platform::clear_position_calls();
+  scene::place(owners[0], {0, 0, 400, 300});
+  EXPECT_EQ(platform::position_calls().size(), 1u);
+  EXPECT_EQ(edges_of(scene::mapping_of(watched).window_rect), (edges{100, 100, 500, 400}));
+  EXPECT_TRUE(DestroyWindow(watched));
+  EXPECT_TRUE(is_subclassed(owners[0]));
+  EXPECT_TRUE(DestroyWindow(owners[0]));
+  EXPECT_EQ(messages_to(owners[0]).back(), static_cast<UINT>(WM_NCDESTROY));
+}
+
+TEST_F(wgl_subclass_test, the_owner_of_a_window_with_a_frame_is_left_alone) {
+  library::start();
+  const HWND owner = platform::create_window({.procedure = application_procedure});
+  watched = platform::create_window({.parent = owner, .procedure = application_procedure});
+  draw_in(watched);
+  EXPECT_TRUE(is_subclassed(watched));
+  EXPECT_FALSE(is_subclassed(owner));
+  EXPECT_EQ(platform::window(owner).procedure, application_procedure);
+}
+
 TEST_F(wgl_subclass_test, ancestors_are_replaced_once) {
   library::start();
   const HWND parent = platform::create_window({.procedure = application_procedure});

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "pipeline/cmd_queue.h"
+#include "startup/config/monitors.h"
 #include "support/wgl_scene.h"
 
 namespace {
@@ -233,6 +234,21 @@ TEST_F(wgl_swap_test, sequential_goes_on_after_a_failed_swap) {
   driver::set_result<wglSwapBuffers_op>(3);
   EXPECT_EQ(osw_wglSwapBuffers(rendered.window.hdc), 1);
   EXPECT_EQ(own_state()->frame_count, 6);
+}
+
+TEST_F(wgl_swap_test, sequential_without_parts_there_is_the_switch_back_alone) {
+  library::start({.way = library::path::sequential});
+  const library::rendering rendered = library::start_rendering();
+  const HGLRC app = rendered.context;
+  const i32 count = __osw_part_count;
+  __osw_part_count = 0;
+  driver::clear_calls();
+  EXPECT_EQ(osw_wglSwapBuffers(rendered.window.hdc), 1);
+  EXPECT_EQ(osw_wglSwapLayerBuffers(rendered.window.hdc, 9), 1);
+  EXPECT_EQ(own_steps(), steps(2, in<wglFastSwitchContextZ4_op>(app, driver_context(app), 0)));
+  EXPECT_EQ(driver::calls().size(), 2u);
+  EXPECT_EQ(own_state()->frame_count, 2);
+  __osw_part_count = count;
 }
 
 TEST_F(wgl_swap_test, sequential_without_a_context_the_workers_swap) {

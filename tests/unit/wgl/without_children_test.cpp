@@ -2,6 +2,8 @@
 // window shows the picture.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/allocation.h"
 #include "support/wgl_scene.h"
 #include "wgl/records/glrc.h"
@@ -207,25 +209,52 @@ TEST_P(destroyed_window_test, another_window_changes_meanwhile) {
   driver::clear_calls();
   scene::place(other.window.hwnd, {10, 10, 70, 70});
   for (int part = 0; part < 2; ++part) {
-    for (const driver::call& call : library::part_calls(rendered, part)) {
-      EXPECT_TRUE(call == driver::expect<glViewportOffsetZ4_op>(part == 0 ? 0 : -100, 0) ||
-                  call == driver::expect<glDrawableSizeZ4_op>(300, 200))
-          << call;
+    // Once for each message that a move with a new size brings.
+    std::vector<driver::call> wanted;
+    for (int message = 0; message < 3; ++message) {
+      wanted.push_back(driver::expect<glViewportOffsetZ4_op>(part == 0 ? 0 : -100, 0));
+      wanted.push_back(driver::expect<glDrawableSizeZ4_op>(300, 200));
     }
+    EXPECT_EQ(library::part_calls(rendered, part), wanted);
+    EXPECT_TRUE(library::part_calls(other, part).empty());
   }
+}
+
+// As a number that outlives the block.
+std::uintptr_t bound_mapping() {
+  return reinterpret_cast<std::uintptr_t>(own_state()->window_mapping);
+}
+
+int listed_states() {
+  return static_cast<int>(std::ranges::count_if(__osw_thread_state_list, [](const auto* state) { return state; }));
+}
+
+void expect_cleared(const library::rendering& rendered, int part, u32 mask) {
+  EXPECT_EQ(library::part_calls(rendered, part), std::vector{driver::expect<glClear_op>(mask)});
 }
 
 TEST_P(destroyed_window_test, its_thread_ends_with_it_bound) {
   library::start({.way = GetParam()});
   const library::app_thread_pointer thread = library::start_thread();
-  library::run(thread, [] {
-    const library::rendering rendered = library::start_rendering();
+  allocation::watch();
+  library::rendering rendered;
+  std::uintptr_t mapping = 0;
+  library::run(thread, [&] {
+    rendered = library::start_rendering();
+    mapping = bound_mapping();
+    driver::clear_calls();
     EXPECT_TRUE(DestroyWindow(rendered.window.hwnd));
     osw_glClear(5);
     osw_wglSwapBuffers(rendered.window.hdc);
+    EXPECT_TRUE(allocation::is_live(mapping));
   });
   library::end_thread(thread);
   EXPECT_TRUE(platform::wait_for_live_threads(0));
+  allocation::stop_watching();
+  // The end of the thread hands over what it has drawn.
+  for (int part = 0; part < 2; ++part) expect_cleared(rendered, part, 5);
+  EXPECT_EQ(std::ranges::count(allocation::freed(), mapping), 1);
+  EXPECT_EQ(listed_states(), 0);
 }
 
 // The window's own thread destroys it while another one draws to it.
@@ -257,10 +286,17 @@ TEST_P(destroyed_window_test, while_another_thread_draws) {
 
 TEST_P(destroyed_window_test, two_threads_have_it_bound) {
   library::start({.way = GetParam()});
+  allocation::watch();
   const library::rendering mine = library::start_rendering();
+  const std::uintptr_t mapping = bound_mapping();
   const library::app_thread_pointer thread = library::start_thread();
-  library::run(thread, [&] { library::start_rendering_in(mine.window); });
+  library::rendering its;
+  library::run(thread, [&] {
+    its = library::start_rendering_in(mine.window);
+    EXPECT_EQ(bound_mapping(), mapping);
+  });
   EXPECT_TRUE(DestroyWindow(mine.window.hwnd));
+  driver::clear_calls();
   osw_glClear(5);
   library::finish();
   library::run(thread, [] {
@@ -268,9 +304,18 @@ TEST_P(destroyed_window_test, two_threads_have_it_bound) {
     library::finish();
     EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
   });
+  for (int part = 0; part < 2; ++part) {
+    expect_cleared(mine, part, 5);
+    expect_cleared(its, part, 6);
+  }
+  driver::clear_calls();
   osw_glClear(7);
   library::finish();
+  for (int part = 0; part < 2; ++part) expect_cleared(mine, part, 7);
+  EXPECT_TRUE(allocation::is_live(mapping)) << "one of them still has it bound";
   EXPECT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  EXPECT_EQ(std::ranges::count(allocation::freed(), mapping), 1);
+  allocation::stop_watching();
   library::end_thread(thread);
 }
 

@@ -73,6 +73,10 @@ window_facts window(HWND hwnd);
 std::vector<window_facts> windows_of_class(const std::string& class_name);
 std::vector<window_facts> children_of(HWND parent);
 
+// The window that gets the mouse at a point of the screen, as WindowFromPoint finds it: the innermost that is visible
+// and not disabled. The last made of those that overlap on the screen lies above, and the first made within a parent.
+HWND window_at(POINT point);
+
 struct class_facts {
   std::string name;
   UINT style;
