@@ -432,6 +432,10 @@ extern "C" LONG_PTR SetWindowLongPtrA(HWND hwnd, int index, LONG_PTR value) {
   const std::lock_guard guard(window_lock);
   window_record* window = find_window(hwnd);
   if (window == nullptr) return 0;
+  if (window->process_id != 0) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return 0;
+  }
   const LONG_PTR previous = read_long(*window, index);
   write_long(*window, index, value);
   return previous;
