@@ -25,6 +25,7 @@ struct thread_record {
   DWORD id = 0;
   bool made_here = false;
   pthread_t native{};
+  bool joined = false;  // guarded by the thread lock
   std::function<DWORD()> work;
   LPVOID* slots = nullptr;  // guarded by the thread lock; null once the thread has ended
   std::atomic<DWORD> exit_code{STILL_ACTIVE};

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/faults.h"
@@ -221,6 +222,10 @@ bool join(HANDLE handle, std::chrono::milliseconds patience) {
   if (!changed.wait_for(guard, patience, [&] { return !alive(*thread); })) return false;
   handles.erase(static_cast<handle_record*>(handle));
   delete static_cast<handle_record*>(handle);
+  const bool joins = thread->made_here && !std::exchange(thread->joined, true);
+  guard.unlock();
+  // Its stack comes back now, and not at the next reset: a test may have more threads than the host has room for.
+  if (joins) pthread_join(thread->native, nullptr);
   return true;
 }
 
@@ -305,7 +310,9 @@ void reset_threads() {
   }
   slot_taken.fill(false);
   guard.unlock();
-  for (const auto& thread : ended) pthread_join(thread->native, nullptr);
+  for (const auto& thread : ended) {
+    if (!thread->joined) pthread_join(thread->native, nullptr);
+  }
 }
 
 }  // namespace platform
