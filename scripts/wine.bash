@@ -10,6 +10,10 @@ screen_size=1600x900
 # begin_wine NAME: the script's own X server and prefix, made if they are missing and put into a known state: one
 # monitor, no options of ours in the registry. Exports DISPLAY and what Wine needs. One script of a name runs at a time.
 begin_wine() {
+  # Before there is anything that an end would take down: what runs while this waits is the other script's.
+  mkdir -p "$root/build/wine"
+  exec 8>"$root/build/wine/$1.lock"
+  flock -n 8 || { say "another $1 is running in this tree, waiting for it"; flock -w 1800 8 || die "it did not end"; }
   trap stop_wine EXIT
   trap 'exit 130' INT
   trap 'exit 143' TERM HUP
@@ -18,8 +22,6 @@ begin_wine() {
   fi
   timeout 20 xdpyinfo >/dev/null 2>&1 || die "the X server $DISPLAY does not answer"
   wine_environment "$1"
-  exec 8>"$WINEPREFIX.lock"
-  flock -n 8 || { say "another $1 is running in this tree, waiting for it"; flock -w 1800 8 || die "it did not end"; }
   if [ ! -e "$WINEPREFIX/osw-ready" ]; then
     make_prefix
   fi
