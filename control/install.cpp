@@ -10,6 +10,10 @@
 namespace {
 
 const wchar_t* const library_files[] = {wrapper_file, driver_file};
+// A program that starts meanwhile may find the driver alone, which nothing asks for, but never the wrapper alone, which
+// does not work without it.
+const wchar_t* const placing_order[] = {driver_file, wrapper_file};
+const wchar_t* const taking_order[] = {wrapper_file, driver_file};
 
 enum class file_owner { nobody, oswctl, somebody_else };
 
@@ -52,24 +56,36 @@ bool take_sources(std::vector<placed_file>* sources, std::wstring* problem) {
   return true;
 }
 
+// Where a library stands until it is whole. The record is older than the first such file, so that it is ours wherever
+// there is a record.
+std::wstring unfinished(const std::wstring& folder, const wchar_t* name) {
+  return in_folder(folder, name) + L".oswctl-new";
+}
+
+void drop_unfinished(const std::wstring& folder, const wchar_t* name) {
+  DeleteFileW(unfinished(folder, name).c_str());
+}
+
 // Copies a library into the folder in one step, so that no half of it ever stands there under its name.
 DWORD place(const std::wstring& folder, const wchar_t* name, file_owner owner) {
-  const std::wstring path = in_folder(folder, name), fresh = path + L".oswctl-new";
+  const std::wstring path = in_folder(folder, name), fresh = unfinished(folder, name);
   const DWORD flags = owner == file_owner::oswctl ? MOVEFILE_REPLACE_EXISTING : 0;
+  drop_unfinished(folder, name);
   // A write-protected file of the same name would stop both calls.
   if (CopyFileW((own_folder() + name).c_str(), fresh.c_str(), TRUE) &&
       SetFileAttributesW(fresh.c_str(), FILE_ATTRIBUTE_NORMAL) && MoveFileExW(fresh.c_str(), path.c_str(), flags)) {
     return ERROR_SUCCESS;
   }
   const DWORD error = GetLastError();
-  if (error != ERROR_FILE_EXISTS) DeleteFileW(fresh.c_str());
+  drop_unfinished(folder, name);
   return error;
 }
 
-// Deletes what of the record still is as it was placed.
+// Deletes what of the record still is as it was placed, and what never was.
 DWORD take_away(const std::vector<placed_file>& placed, const std::wstring& folder) {
   DWORD result = ERROR_SUCCESS;
-  for (const wchar_t* name : library_files) {
+  for (const wchar_t* name : taking_order) {
+    drop_unfinished(folder, name);
     if (owner_of(placed, folder, name) != file_owner::oswctl) continue;
     if (!DeleteFileW(in_folder(folder, name).c_str())) result = GetLastError();
   }
@@ -99,7 +115,7 @@ int place_all(const std::wstring& folder, const std::vector<placed_file>& placed
   if (!write_record(folder, both)) {
     return fail(status_failed, write_problem(in_folder(folder, record_file), GetLastError()));
   }
-  for (const wchar_t* name : library_files) {
+  for (const wchar_t* name : placing_order) {
     // What is there already may well be in use.
     if (owner_of(sources, folder, name) == file_owner::oswctl) continue;
     const DWORD error = place(folder, name, owner_of(both, folder, name));
@@ -107,7 +123,7 @@ int place_all(const std::wstring& folder, const std::vector<placed_file>& placed
     const std::wstring problem = write_problem(in_folder(folder, name), error);
     // A first install leaves nothing; a later one leaves a folder that can be installed again.
     if (placed.empty() && take_away(sources, folder) == ERROR_SUCCESS) {
-      DeleteFileW(in_folder(folder, record_file).c_str());
+      delete_record(folder);
     }
     return fail(status_failed, problem);
   }
@@ -138,6 +154,10 @@ int remove_libraries(const std::wstring& named_folder) {
   if (!read_record(folder, &placed)) {
     return fail(status_failed, record + L" is not of oswctl's making, so nothing in that folder is touched");
   }
+  if (placed.empty() && delete_unfinished_record(folder)) {
+    say(L"took away what an install that did not come to its end had left in " + folder);
+    return status_ok;
+  }
   if (placed.empty()) return fail(status_failed, L"oswctl has placed nothing in " + folder);
 
   int status = status_ok;
@@ -147,7 +167,7 @@ int remove_libraries(const std::wstring& named_folder) {
   }
   const DWORD error = take_away(placed, folder);
   if (error != ERROR_SUCCESS) return fail(status_failed, write_problem(folder, error));
-  if (!DeleteFileW(record.c_str())) return fail(status_failed, write_problem(record, GetLastError()));
+  if (!delete_record(folder)) return fail(status_failed, write_problem(record, GetLastError()));
   if (status == status_ok) say(L"took opengl32.dll and opengl32sys.dll away from " + folder);
   return status;
 }

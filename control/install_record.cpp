@@ -55,6 +55,10 @@ bool write_text(const std::wstring& path, const std::string& text) {
   return is_good;
 }
 
+std::wstring unfinished_record(const std::wstring& folder) {
+  return in_folder(folder, record_file) + L".new";
+}
+
 }  // namespace
 
 bool take_print(const std::wstring& path, file_print* print) {
@@ -96,13 +100,22 @@ bool write_record(const std::wstring& folder, const std::vector<placed_file>& pl
              static_cast<unsigned long long>(one.print.hash));
     text += line;
   }
-  const std::wstring path = in_folder(folder, record_file), fresh = path + L".new";
+  const std::wstring path = in_folder(folder, record_file), fresh = unfinished_record(folder);
   if (!write_text(fresh, text)) return false;
   if (MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
   const DWORD error = GetLastError();
   DeleteFileW(fresh.c_str());
   SetLastError(error);
   return false;
+}
+
+bool delete_unfinished_record(const std::wstring& folder) {
+  return DeleteFileW(unfinished_record(folder).c_str());
+}
+
+bool delete_record(const std::wstring& folder) {
+  delete_unfinished_record(folder);
+  return DeleteFileW(in_folder(folder, record_file).c_str());
 }
 
 bool record_has(const std::vector<placed_file>& placed, const std::string& name, const file_print& print) {

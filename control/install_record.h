@@ -30,5 +30,11 @@ bool read_record(const std::wstring& folder, std::vector<placed_file>* placed);
 // when it cannot be written.
 bool write_record(const std::wstring& folder, const std::vector<placed_file>& placed);
 
+// Deletes what a write that was ended in the middle has left. False when there was nothing, or it stays.
+bool delete_unfinished_record(const std::wstring& folder);
+
+// Deletes the record of a folder with all that belongs to it. False, with GetLastError set, when it stays.
+bool delete_record(const std::wstring& folder);
+
 // True when the record has a file of that name and with those contents.
 bool record_has(const std::vector<placed_file>& placed, const std::string& name, const file_print& print);

@@ -146,6 +146,60 @@ static void goes_on_after_an_end_in_the_middle() {
   CHECK(folder_contents(here().work).empty());
 }
 
+using folder_state = std::map<std::wstring, std::string>;
+
+static void restore(const folder_state& state) {
+  for (const auto& [name, bytes] : folder_contents(here().work)) DeleteFileW((here().work + name).c_str());
+  for (const auto& [name, bytes] : state) write_bytes(here().work + name, bytes);
+}
+
+// All that an end can leave of an install over `before`, whose record is to hold both versions: half a library under a
+// name of its own, a whole one in its place, the driver first.
+static std::vector<folder_state> ends_of_an_install(const folder_state& before, const std::string& version) {
+  const std::pair<std::wstring, std::string> libraries[] = {{L"opengl32sys.dll", standin_driver_bytes() + version},
+                                                            {L"opengl32.dll", standin_wrapper_bytes() + version}};
+  std::vector<folder_state> ends = {before};
+  ends.front()[L"oswctl-installed.txt.new"] = "Placed by";
+  ends.push_back(before);
+  for (const auto& [name, bytes] : libraries) {
+    folder_state state = ends.back();
+    state[name + L".oswctl-new"] = bytes.substr(0, bytes.size() / 2);
+    ends.push_back(state);
+    state.erase(name + L".oswctl-new");
+    state[name] = bytes;
+    ends.push_back(state);
+  }
+  return ends;
+}
+
+static void check_goes_on_after(const std::vector<folder_state>& ends, const std::string& version) {
+  for (const folder_state& end : ends) {
+    restore(end);
+    CHECK_EQUAL(install().status, 0);
+    check_installed(version);
+    restore(end);
+    CHECK_EQUAL(remove().status, 0);
+    CHECK(folder_contents(here().work).empty());
+  }
+}
+
+static void goes_on_after_an_end_at_any_step() {
+  // Before there is a record.
+  check_goes_on_after({{{L"oswctl-installed.txt.new", "Placed by"}}}, "");
+
+  CHECK_EQUAL(install().status, 0);
+  const folder_state first = folder_contents(here().work);
+  check_goes_on_after(ends_of_an_install({{L"oswctl-installed.txt", first.at(L"oswctl-installed.txt")}}, ""), "");
+
+  restore(first);
+  become_another_version("2");
+  CHECK_EQUAL(install().status, 0);
+  const std::string new_record = read_bytes(record());
+  folder_state both = first;
+  both[L"oswctl-installed.txt"] += new_record.substr(new_record.find('\n') + 1);
+  check_goes_on_after(ends_of_an_install(both, "2"), "2");
+}
+
 static void leaves_libraries_in_use() {
   CHECK_EQUAL(install().status, 0);
   const HMODULE in_use = LoadLibraryW(wrapper().c_str());
@@ -182,6 +236,7 @@ std::vector<test> install_tests() {
           {"puts_a_lost_library_back", puts_a_lost_library_back},
           {"trusts_no_record_but_its_own", trusts_no_record_but_its_own},
           {"goes_on_after_an_end_in_the_middle", goes_on_after_an_end_in_the_middle},
+          {"goes_on_after_an_end_at_any_step", goes_on_after_an_end_at_any_step},
           {"leaves_libraries_in_use", leaves_libraries_in_use},
           {"says_what_is_missing_beside_it", says_what_is_missing_beside_it}};
 }
