@@ -29,19 +29,24 @@ void count_entered() {
   }
 }
 
-void set_owner(CRITICAL_SECTION* section, thread_record* owner) {
+thread_record* owner_of(const CRITICAL_SECTION* section) {
+  return static_cast<thread_record*>(__atomic_load_n(&section->owner, __ATOMIC_ACQUIRE));
+}
+
+void set_owner(CRITICAL_SECTION* section, thread_record* owner, int entries) {
   __atomic_store_n(&section->owner, owner, __ATOMIC_RELEASE);
+  section->entries = entries;
 }
 
 // Whether a thread was killed within it, which nobody will ever leave.
 bool is_orphan(const CRITICAL_SECTION* section) {
-  const auto* owner = static_cast<const thread_record*>(__atomic_load_n(&section->owner, __ATOMIC_ACQUIRE));
+  const thread_record* owner = owner_of(section);
   return owner != nullptr && owner->killed.load() && owner->ended.load();
 }
 
 bool try_acquire(CRITICAL_SECTION* section) {
   if (pthread_mutex_trylock(&section->mutex) != 0) return false;
-  set_owner(section, &self());
+  set_owner(section, &self(), section->entries + 1);
   return true;
 }
 
@@ -50,13 +55,17 @@ void acquire(CRITICAL_SECTION* section) {
   if (is_orphan(section)) misuse("EnterCriticalSection of a section in which a thread was killed");
   const blocked_scope blocked("EnterCriticalSection");
   pthread_mutex_lock(&section->mutex);
-  set_owner(section, &self());
+  set_owner(section, &self(), section->entries + 1);
 }
 
+// A thread that has left a section may be killed, and the section goes on without it.
 void leave(CRITICAL_SECTION* section) {
   thread_record& me = self();
+  if (owner_of(section) != &me) misuse("LeaveCriticalSection by a thread that is not in it");
   --me.locks_held;
-  if (pthread_mutex_unlock(&section->mutex) != 0) misuse("LeaveCriticalSection by a thread that is not in it");
+  const int entries = section->entries - 1;
+  set_owner(section, entries == 0 ? nullptr : &me, entries);
+  pthread_mutex_unlock(&section->mutex);
 }
 
 timespec from_now(DWORD milliseconds) {
@@ -130,7 +139,7 @@ extern "C" void InitializeCriticalSection(LPCRITICAL_SECTION section) {
   pthread_mutex_init(&section->mutex, &attributes);
   pthread_mutexattr_destroy(&attributes);
   section->state = in_use;
-  set_owner(section, nullptr);
+  set_owner(section, nullptr, 0);
   live_sections.fetch_add(1);
 }
 
@@ -172,15 +181,18 @@ extern "C" BOOL SleepConditionVariableCS(PCONDITION_VARIABLE condition, PCRITICA
   check(section, "SleepConditionVariableCS with a section that is not in use");
   thread_record& me = self();
   if (me.locks_held == 0) misuse("SleepConditionVariableCS by a thread that is in no section");
+  if (owner_of(section) != &me || section->entries != 1) misuse("SleepConditionVariableCS in a section entered twice");
   if (wakes_by_itself()) {
+    set_owner(section, nullptr, 0);
     pthread_mutex_unlock(&section->mutex);
     acquire(section);
     return TRUE;
   }
   set_sleeping(me, &condition->condition);
+  set_owner(section, nullptr, 0);
   const int result = me.killed.load() ? 0 : sleep(condition, section, milliseconds);
+  set_owner(section, &me, 1);
   set_sleeping(me, nullptr);
-  set_owner(section, &me);
   if (me.killed.load()) {
     leave(section);
     throw thread_killed{};

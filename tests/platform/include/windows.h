@@ -203,6 +203,7 @@ struct CRITICAL_SECTION {
   pthread_mutex_t mutex;
   DWORD state;
   void* owner;
+  int entries;  // of the owner
 };
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
 using PCRITICAL_SECTION = CRITICAL_SECTION*;

@@ -51,6 +51,33 @@ TEST_P(exit_code_test, a_stopped_thread_has_that_of_the_process) {
 
 INSTANTIATE_TEST_SUITE_P(, exit_code_test, testing::Values(0u, 1u, STILL_ACTIVE, 0xC0000005u));
 
+// A thread that was stopped outside of a section has nothing to do with it, though it was the last one within: neither
+// for a thread that finds it free nor for one that finds it taken, by somebody who is not noted as its owner yet.
+TEST_F(end_test, a_section_that_a_stopped_thread_had_left_goes_on) {
+  CRITICAL_SECTION section;
+  InitializeCriticalSection(&section);
+  start_endless_thread([&] {
+    EnterCriticalSection(&section);
+    EnterCriticalSection(&section);
+    LeaveCriticalSection(&section);
+    LeaveCriticalSection(&section);
+  });
+  EXPECT_TRUE(platform::kill_other_threads());
+  pthread_mutex_lock(&section.mutex);
+  std::atomic<int> entered{0};
+  platform::start_thread([&] {
+    EnterCriticalSection(&section);
+    ++entered;
+    LeaveCriticalSection(&section);
+  });
+  std::this_thread::sleep_for(20ms);
+  EXPECT_EQ(entered, 0);
+  pthread_mutex_unlock(&section.mutex);
+  EXPECT_TRUE(platform::wait_for_live_threads(0));
+  EXPECT_EQ(entered, 1);
+  DeleteCriticalSection(&section);
+}
+
 struct orphan {
   CRITICAL_SECTION section;
   orphan() {
