@@ -31,18 +31,22 @@ std::wstring join_arguments(const std::wstring& program, const std::vector<std::
   return line;
 }
 
-HANDLE start_child(const std::wstring& path, std::wstring command_line, wchar_t* environment, DWORD flags) {
+HANDLE start_child(const std::wstring& path, std::wstring command_line, wchar_t* environment, HANDLE output) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-  startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  startup.hStdOutput = output ? output : GetStdHandle(STD_OUTPUT_HANDLE);
   startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   PROCESS_INFORMATION information{};
-  if (!CreateProcessW(path.c_str(), command_line.data(), nullptr, nullptr, TRUE, flags | CREATE_UNICODE_ENVIRONMENT,
+  if (!CreateProcessW(path.c_str(), command_line.data(), nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT,
                       environment, nullptr, &startup, &information)) {
     return nullptr;
   }
   CloseHandle(information.hThread);
   return information.hProcess;
+}
+
+void set_option_for_children(const wchar_t* option, int value) {
+  SetEnvironmentVariableW(option, std::to_wstring(value).c_str());
 }

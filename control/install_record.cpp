@@ -4,11 +4,15 @@
 
 #include <cstdio>
 
+#include "files.h"
 #include "paths.h"
 
 namespace {
 
-constexpr char first_line[] = "Placed by oswctl; \"oswctl remove\" takes these files away. Name, bytes, hash:\r\n";
+// The first line of a record says how long the files are to stay.
+const std::string first_line = "Placed by oswctl; \"oswctl remove\" takes these files away. Name, bytes, hash:\r\n";
+const std::string first_line_for_a_run =
+    "Placed by oswctl for a run; the end of that, or \"oswctl remove\", takes these files away. Name, bytes, hash:\r\n";
 
 // FNV-1a: nobody forges a library to have it taken away, so a short hash will do.
 uint64_t hash_of(uint64_t hash, const unsigned char* bytes, size_t size) {
@@ -43,18 +47,6 @@ bool read_line(const std::string& line, placed_file* placed) {
   return true;
 }
 
-bool write_text(const std::wstring& path, const std::string& text) {
-  const HANDLE file =
-      CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  DWORD written = 0;
-  const bool is_good = WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-  const DWORD error = GetLastError();
-  CloseHandle(file);
-  SetLastError(error);
-  return is_good;
-}
-
 std::wstring unfinished_record(const std::wstring& folder) {
   return in_folder(folder, record_file) + L".new";
 }
@@ -76,49 +68,52 @@ bool take_print(const std::wstring& path, file_print* print) {
   return is_good;
 }
 
-bool read_record(const std::wstring& folder, std::vector<placed_file>* placed) {
+bool read_record(const std::wstring& folder, install_record* record) {
   const std::wstring path = in_folder(folder, record_file);
-  placed->clear();
+  *record = {};
   if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return true;
   std::string text;
-  if (!read_text(path, &text) || text.compare(0, sizeof first_line - 1, first_line) != 0) return false;
-  for (size_t start = sizeof first_line - 1; start < text.size();) {
+  if (!read_text(path, &text)) return false;
+  record->for_a_run = text.starts_with(first_line_for_a_run);
+  const std::string& head = record->for_a_run ? first_line_for_a_run : first_line;
+  if (!text.starts_with(head)) return false;
+  for (size_t start = head.size(); start < text.size();) {
     const size_t end = text.find("\r\n", start);
     placed_file one;
     if (end == std::string::npos || !read_line(text.substr(start, end - start), &one)) return false;
-    placed->push_back(one);
+    record->placed.push_back(one);
     start = end + 2;
   }
   return true;
 }
 
-bool write_record(const std::wstring& folder, const std::vector<placed_file>& placed) {
-  std::string text = first_line;
-  for (const placed_file& one : placed) {
+bool write_record(const std::wstring& folder, const install_record& record) {
+  std::string text = record.for_a_run ? first_line_for_a_run : first_line;
+  for (const placed_file& one : record.placed) {
     char line[128];
     snprintf(line, sizeof line, "%s %llu %llx\r\n", one.name.c_str(), static_cast<unsigned long long>(one.print.size),
              static_cast<unsigned long long>(one.print.hash));
     text += line;
   }
   const std::wstring path = in_folder(folder, record_file), fresh = unfinished_record(folder);
-  if (!write_text(fresh, text)) return false;
-  if (MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
+  if (!write_file(fresh, text)) return false;
+  if (move_file(fresh, path, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
   const DWORD error = GetLastError();
-  DeleteFileW(fresh.c_str());
+  delete_file(fresh);
   SetLastError(error);
   return false;
 }
 
 bool delete_unfinished_record(const std::wstring& folder) {
-  return DeleteFileW(unfinished_record(folder).c_str());
+  return delete_file(unfinished_record(folder));
 }
 
 bool delete_record(const std::wstring& folder) {
   delete_unfinished_record(folder);
-  return DeleteFileW(in_folder(folder, record_file).c_str());
+  return delete_file(in_folder(folder, record_file));
 }
 
-bool record_has(const std::vector<placed_file>& placed, const std::string& name, const file_print& print) {
+bool has_placed(const std::vector<placed_file>& placed, const std::string& name, const file_print& print) {
   for (const placed_file& one : placed) {
     if (one.name == name && one.print.size == print.size && one.print.hash == print.hash) return true;
   }

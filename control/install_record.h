@@ -18,17 +18,22 @@ struct placed_file {
   file_print print;
 };
 
+struct install_record {
+  bool for_a_run;  // what is placed is to go with the last run in the folder
+  std::vector<placed_file> placed;
+};
+
 inline constexpr wchar_t record_file[] = L"oswctl-installed.txt";
 
 // The print of the file at `path`; false when it cannot be read.
 bool take_print(const std::wstring& path, file_print* print);
 
 // Reads the record of a folder. No file is an empty record. False when there is a file of that name which is no record.
-bool read_record(const std::wstring& folder, std::vector<placed_file>* placed);
+bool read_record(const std::wstring& folder, install_record* record);
 
 // Writes the record of a folder, in one step: an end in the middle leaves the old one. False, with GetLastError set,
 // when it cannot be written.
-bool write_record(const std::wstring& folder, const std::vector<placed_file>& placed);
+bool write_record(const std::wstring& folder, const install_record& record);
 
 // Deletes what a write that was ended in the middle has left. False when there was nothing, or it stays.
 bool delete_unfinished_record(const std::wstring& folder);
@@ -36,5 +41,5 @@ bool delete_unfinished_record(const std::wstring& folder);
 // Deletes the record of a folder with all that belongs to it. False, with GetLastError set, when it stays.
 bool delete_record(const std::wstring& folder);
 
-// True when the record has a file of that name and with those contents.
-bool record_has(const std::vector<placed_file>& placed, const std::string& name, const file_print& print);
+// True when there is one of that name and with those contents.
+bool has_placed(const std::vector<placed_file>& placed, const std::string& name, const file_print& print);

@@ -12,7 +12,9 @@ bool is_wrapper(const pe_image& image) {
 // What holds for both libraries alike.
 std::wstring library_problem(const std::wstring& path, pe_image* image) {
   static const std::wstring again = L"; put the one that came with oswctl.exe in its place";
-  if (!file_exists(path)) return path + L" is missing; place both libraries with \"oswctl install\"";
+  if (!file_exists(path)) {
+    return path + L" is missing; \"oswctl run\" places both libraries for its time, \"oswctl install\" for good";
+  }
   switch (read_pe(path, image)) {
     case pe_kind::unreadable:
       return path + L" cannot be read; give yourself the right to read it";

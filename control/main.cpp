@@ -6,9 +6,11 @@
 #include "check.h"
 #include "command_line.h"
 #include "install.h"
+#include "list.h"
 #include "options.h"
 #include "probe.h"
 #include "run.h"
+#include "status.h"
 #include "text.h"
 
 namespace {
@@ -17,12 +19,18 @@ int act_on(const request& wanted) {
   switch (wanted.what) {
     case command::run:
       return run(wanted.run);
+    case command::start:
+      return start_in_place(wanted.run);
+    case command::status:
+      return print_status();
+    case command::list:
+      return print_spread_programs();
     case command::options:
       return print_options();
     case command::set:
       return set_option(wanted.option, wanted.value);
     case command::reset:
-      return reset_options();
+      return reset_options(wanted.all);
     case command::check:
       return check(wanted.folder);
     case command::install:
@@ -30,11 +38,11 @@ int act_on(const request& wanted) {
     case command::remove:
       return remove_libraries(wanted.folder);
     case command::probe:
-      return probe(wanted.library);
-    case command::help:
+      return probe(wanted.driver, wanted.wrapper);
+    case command::text:
       break;
   }
-  say(wanted.help);
+  say(wanted.text);
   return status_ok;
 }
 

@@ -5,4 +5,6 @@
 
 int print_options();
 int set_option(const std::wstring& name, const std::wstring& value);
-int reset_options();
+
+// Takes back what set has done or, with `all`, deletes every option.
+int reset_options(bool all);

@@ -1,11 +1,13 @@
 #include "paths.h"
 
-#include <windows.h>
+std::wstring path_of_module(HMODULE module) {
+  std::wstring path(32768, L'\0');
+  path.resize(GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
+  return path;
+}
 
 std::wstring own_path() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return path;
+  return path_of_module(nullptr);
 }
 
 std::wstring own_folder() {
@@ -33,5 +35,12 @@ std::wstring full_path(const std::wstring& path) {
   if (length == 0) return path;
   std::wstring result(length, L'\0');
   result.resize(GetFullPathNameW(path.c_str(), length, result.data(), nullptr));
+  return result;
+}
+
+std::wstring short_path(const std::wstring& path) {
+  const DWORD length = GetShortPathNameW(path.c_str(), nullptr, 0);
+  std::wstring result(length, L'\0');
+  result.resize(length == 0 ? 0 : GetShortPathNameW(path.c_str(), result.data(), length));
   return result;
 }

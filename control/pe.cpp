@@ -3,7 +3,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
+#include <functional>
 
 namespace {
 
@@ -86,25 +88,44 @@ pe_kind read_view(const file_view& file, pe_image* image) {
   return pe_kind::for_64_bit;
 }
 
+// Shows a file to `reader`; one that is empty, which cannot be mapped, as no bytes. One that cannot be read is not
+// shown.
+void look_into(const std::wstring& path, const std::function<void(const file_view&)>& reader) {
+  const HANDLE file =
+      CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return;
+  LARGE_INTEGER size{};
+  GetFileSizeEx(file, &size);
+  const HANDLE mapping = size.QuadPart ? CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr) : nullptr;
+  const void* view = mapping ? MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0) : nullptr;
+  if (view || !size.QuadPart) reader({static_cast<const unsigned char*>(view), static_cast<size_t>(size.QuadPart)});
+  if (view) UnmapViewOfFile(view);
+  if (mapping) CloseHandle(mapping);
+  CloseHandle(file);
+}
+
+bool has_word(const file_view& file, const std::string& word, size_t stride) {
+  const size_t length = word.size() * stride;
+  for (size_t start = 0; start + length <= file.size; ++start) {
+    size_t i = 0;
+    while (i < word.size() && tolower(file.bytes[start + i * stride]) == word[i]) ++i;
+    if (i == word.size()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 pe_kind read_pe(const std::wstring& path, pe_image* image) {
-  const HANDLE file =
-      CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return pe_kind::unreadable;
-  LARGE_INTEGER size{};
-  GetFileSizeEx(file, &size);
-  // An empty file cannot be mapped, and is no program either.
-  const HANDLE mapping = size.QuadPart ? CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr) : nullptr;
-  const void* view = mapping ? MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0) : nullptr;
-  pe_kind kind = size.QuadPart ? pe_kind::unreadable : pe_kind::not_pe;
-  if (view) {
-    kind = read_view({static_cast<const unsigned char*>(view), static_cast<size_t>(size.QuadPart)}, image);
-    UnmapViewOfFile(view);
-  }
-  if (mapping) CloseHandle(mapping);
-  CloseHandle(file);
+  pe_kind kind = pe_kind::unreadable;
+  look_into(path, [&](const file_view& file) { kind = file.size ? read_view(file, image) : pe_kind::not_pe; });
   return kind;
+}
+
+bool file_mentions(const std::wstring& path, const char* word) {
+  bool found = false;
+  look_into(path, [&](const file_view& file) { found = has_word(file, word, 1) || has_word(file, word, 2); });
+  return found;
 }
 
 bool exports_name(const pe_image& image, const char* name) {

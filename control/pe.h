@@ -16,5 +16,9 @@ struct pe_image {
 // left alone for anything else. A file cut short or with offsets that point outside it counts as not_pe.
 pe_kind read_pe(const std::wstring& path, pe_image* image);
 
+// True when the word stands in the file in any case of letters, a byte or two to a letter: a library that a program
+// loads is named in one of these ways. False as well for a file that cannot be read.
+bool file_mentions(const std::wstring& path, const char* word);
+
 // True when `image` exports `name`.
 bool exports_name(const pe_image& image, const char* name);

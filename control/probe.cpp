@@ -1,35 +1,26 @@
 #include "probe.h"
 
-#include <windows.h>
+#include <GL/gl.h>
+#include <psapi.h>
 
 #include <cstdint>
+#include <cstring>
 
-#include "child.h"
+#include "driver/part_window.h"
 #include "find_export.h"
 #include "paths.h"
 #include "text.h"
+#include "trial_picture.h"
 
 namespace {
 
-constexpr const char* private_entries[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
-                                           "glDrawableSizeZ4"};
-
-// Exit statuses of the trying process. The mark in the upper half is there so that no status of another making is taken
-// for one of these. The low four bits have one bit for each private entry that is missing.
-enum : DWORD {
-  probe_mark = 0x6F730000,
-  probe_missing_mask = 0xF,
-  probe_not_loaded = probe_mark | 0x10,
-  probe_no_context = probe_mark | 0x20,
-  probe_crashed = probe_mark | 0x40,
-};
-
-constexpr DWORD probe_patience_ms = 20000;
+constexpr char driver_mark[] = "opengl32sys: ";
+constexpr int most_reports = 50;
 
 using get_proc_address = PROC(WINAPI*)(const char*);
 
 // The library's own functions, by which a context is made that has nothing to do with any other OpenGL library.
-struct driver_functions {
+struct wgl_functions {
   HGLRC(WINAPI* create_context)(HDC);
   BOOL(WINAPI* make_current)(HDC, HGLRC);
   BOOL(WINAPI* delete_context)(HGLRC);
@@ -38,28 +29,85 @@ struct driver_functions {
   get_proc_address find_extension;
 };
 
-bool find_functions(HMODULE module, driver_functions* driver) {
-  return find_export(module, "wglCreateContext", &driver->create_context) &&
-         find_export(module, "wglMakeCurrent", &driver->make_current) &&
-         find_export(module, "wglDeleteContext", &driver->delete_context) &&
-         find_export(module, "wglChoosePixelFormat", &driver->choose_pixel_format) &&
-         find_export(module, "wglSetPixelFormat", &driver->set_pixel_format) &&
-         find_export(module, "wglGetProcAddress", &driver->find_extension);
+struct trial {
+  HMODULE driver, drawing;  // what draws is the driver, or the wrapper over it
+  HWND window;
+};
+
+bool find_wgl(HMODULE module, wgl_functions* wgl) {
+  return find_export(module, "wglCreateContext", &wgl->create_context) &&
+         find_export(module, "wglMakeCurrent", &wgl->make_current) &&
+         find_export(module, "wglDeleteContext", &wgl->delete_context) &&
+         find_export(module, "wglChoosePixelFormat", &wgl->choose_pixel_format) &&
+         find_export(module, "wglSetPixelFormat", &wgl->set_pixel_format) &&
+         find_export(module, "wglGetProcAddress", &wgl->find_extension);
+}
+
+void tell(const wchar_t* what, const std::wstring& text) {
+  say(std::wstring(what) + L" " + text);
 }
 
 DWORD missing_entries(HMODULE module, get_proc_address find_extension) {
   DWORD missing = 0;
   for (unsigned i = 0; i < std::size(private_entries); ++i) {
     if (GetProcAddress(module, private_entries[i])) continue;
-    const intptr_t found = find_extension ? reinterpret_cast<intptr_t>(find_extension(private_entries[i])) : 0;
+    const intptr_t found = reinterpret_cast<intptr_t>(find_extension(private_entries[i]));
     // Drivers answer with these small numbers, too, when they do not know a name.
     if (found >= -1 && found <= 3) missing |= 1u << i;
   }
   return missing;
 }
 
-// Looks the entries up under a context, without which a driver need not answer.
-DWORD probe_with_context(HMODULE module, const driver_functions& driver, HDC dc) {
+void tell_string(HMODULE library, const wchar_t* what, GLenum name) {
+  const GLubyte*(APIENTRY * get_string)(GLenum);
+  const GLubyte* text = find_export(library, "glGetString", &get_string) ? get_string(name) : nullptr;
+  if (text) tell(what, from_ansi(reinterpret_cast<const char*>(text)));
+}
+
+// What has OpenGL in this process and is none of the libraries that are tried.
+void tell_host(const trial& tried) {
+  HMODULE modules[1024];
+  DWORD size = 0;
+  if (!K32EnumProcessModules(GetCurrentProcess(), modules, sizeof modules, &size)) return;
+  for (size_t i = 0; i < size / sizeof(HMODULE) && i < std::size(modules); ++i) {
+    if (modules[i] == tried.driver || modules[i] == tried.drawing) continue;
+    if (!GetProcAddress(modules[i], "wglCreateContext")) continue;
+    tell(told_host, path_of_module(modules[i]));
+  }
+}
+
+BOOL CALLBACK count_part(HWND window, LPARAM count) {
+  *reinterpret_cast<int*>(count) += is_part_window(window);
+  return TRUE;
+}
+
+void tell_parts(HWND window) {
+  int count = 0;
+  EnumChildWindows(window, count_part, reinterpret_cast<LPARAM>(&count));
+  if (count > 0) tell(told_parts, std::to_wstring(count));
+}
+
+// Under the context. The private entries are looked up there, too, for a driver need not answer without one.
+DWORD draw_and_tell(const trial& tried, const wgl_functions& wgl) {
+  const bool has_wrapper = tried.drawing != tried.driver;
+  const DWORD missing = has_wrapper ? 0 : missing_entries(tried.driver, wgl.find_extension);
+  tell_string(tried.drawing, told_version, GL_VERSION);
+  tell_string(tried.drawing, told_renderer, GL_RENDERER);
+  tell_host(tried);
+  tell_parts(tried.window);
+  if ((missing & ~missing_switch) != 0) return probe_mark | missing;
+  switch (draw_trial_picture(tried.drawing)) {
+    case trial_outcome::right:
+      return probe_mark | missing;
+    case trial_outcome::wrong:
+      return probe_wrong_picture;
+    case trial_outcome::no_functions:
+      break;
+  }
+  return probe_no_functions;
+}
+
+DWORD draw_in_window(const trial& tried, const wgl_functions& wgl, HDC dc) {
   PIXELFORMATDESCRIPTOR format{};
   format.nSize = sizeof format;
   format.nVersion = 1;
@@ -67,14 +115,14 @@ DWORD probe_with_context(HMODULE module, const driver_functions& driver, HDC dc)
   format.iPixelType = PFD_TYPE_RGBA;
   format.cColorBits = 24;
   format.cDepthBits = 24;
-  const int index = driver.choose_pixel_format(dc, &format);
-  if (index <= 0 || !driver.set_pixel_format(dc, index, &format)) return probe_no_context;
-  const HGLRC context = driver.create_context(dc);
-  if (!context || !driver.make_current(dc, context)) return probe_no_context;
-  const DWORD missing = missing_entries(module, driver.find_extension);
-  driver.make_current(nullptr, nullptr);
-  driver.delete_context(context);
-  return probe_mark | missing;
+  const int index = wgl.choose_pixel_format(dc, &format);
+  if (index <= 0 || !wgl.set_pixel_format(dc, index, &format)) return probe_no_context;
+  const HGLRC context = wgl.create_context(dc);
+  if (!context || !wgl.make_current(dc, context)) return probe_no_context;
+  const DWORD status = draw_and_tell(tried, wgl);
+  wgl.make_current(nullptr, nullptr);
+  wgl.delete_context(context);
+  return status;
 }
 
 LONG WINAPI end_after_crash(EXCEPTION_POINTERS*) {
@@ -82,62 +130,39 @@ LONG WINAPI end_after_crash(EXCEPTION_POINTERS*) {
   return EXCEPTION_EXECUTE_HANDLER;
 }
 
-std::wstring names_of(DWORD missing) {
-  std::wstring names;
-  for (unsigned i = 0; i < std::size(private_entries); ++i) {
-    if (missing & (1u << i)) names += (names.empty() ? L"" : L", ") + from_utf8(private_entries[i]);
-  }
-  return names;
+// What a library tells the debugger comes by here, with its length and its text. What the driver tells is handed on, as
+// far as there is room for it.
+LONG WINAPI hand_report_on(EXCEPTION_POINTERS* raised) {
+  static LONG count;
+  const EXCEPTION_RECORD& record = *raised->ExceptionRecord;
+  if (record.ExceptionCode != DBG_PRINTEXCEPTION_C || record.NumberParameters < 2) return EXCEPTION_CONTINUE_SEARCH;
+  const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
+  const size_t mark_length = sizeof driver_mark - 1;
+  if (strncmp(text, driver_mark, mark_length) != 0) return EXCEPTION_CONTINUE_SEARCH;
+  const std::string report(text + mark_length, strcspn(text + mark_length, "\r\n"));
+  if (InterlockedIncrement(&count) <= most_reports) tell(told_report, from_ansi(report));
+  return EXCEPTION_CONTINUE_SEARCH;
 }
 
-std::wstring answer_problem(const std::wstring& library, DWORD answer) {
-  switch (answer) {
-    case probe_not_loaded:
-      return library +
-             L" cannot be loaded; see that the libraries it needs are on this machine, the graphics driver first";
-    case probe_no_context:
-      return library + L" could not make an OpenGL context for a window; see that the graphics driver works";
-    case probe_crashed:
-      return library +
-             L" crashed while it was tried; install the graphics driver anew, or put the library that came with "
-             L"oswctl.exe there";
-    case probe_mark:
-      return L"";
-    default:
-      break;
-  }
-  if ((answer & ~probe_missing_mask) == probe_mark) {
-    return library + L" does not offer " + names_of(answer & probe_missing_mask) +
-           L"; put the library that came with oswctl.exe there, which does";
-  }
-  return library + L" ended the process that tried it; put the library that came with oswctl.exe there";
+HMODULE load(const std::wstring& path) {
+  return LoadLibraryExW(full_path(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 }  // namespace
 
-int probe(const std::wstring& library) {
+int probe(const std::wstring& driver, const std::wstring& wrapper) {
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   SetUnhandledExceptionFilter(end_after_crash);
-  const HMODULE module = LoadLibraryExW(full_path(library).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  driver_functions driver{};
-  if (!module) return static_cast<int>(probe_not_loaded);
-  if (missing_entries(module, nullptr) == 0) return static_cast<int>(probe_mark);
-  if (!find_functions(module, &driver)) return static_cast<int>(probe_no_context);
-
-  const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 16, 16, nullptr, nullptr, nullptr, nullptr);
-  const HDC dc = window ? GetDC(window) : nullptr;
-  return static_cast<int>(dc ? probe_with_context(module, driver, dc) : probe_no_context);
-}
-
-std::wstring probe_problem(const std::wstring& library) {
-  const std::wstring own = own_path();
-  const HANDLE process = start_child(own, join_arguments(own, {L"probe", library}), nullptr, 0);
-  if (!process) return library + L" could not be tried: " + own + L" does not start" + system_reason(GetLastError());
-  DWORD answer = 0;
-  const bool has_ended = WaitForSingleObject(process, probe_patience_ms) == WAIT_OBJECT_0;
-  if (!has_ended) TerminateProcess(process, 0);
-  GetExitCodeProcess(process, &answer);
-  CloseHandle(process);
-  if (has_ended) return answer_problem(library, answer);
-  return library + L" gave no answer for 20 seconds; see that the graphics driver works";
+  AddVectoredExceptionHandler(1, hand_report_on);
+  trial tried{};
+  wgl_functions wgl{};
+  // The driver first: the wrapper asks for it by its name alone, and takes the one that is there.
+  tried.driver = load(driver);
+  tried.drawing = wrapper.empty() ? tried.driver : load(wrapper);
+  if (!tried.driver || !tried.drawing) return static_cast<int>(probe_not_loaded);
+  if (!find_wgl(tried.drawing, &wgl)) return static_cast<int>(probe_no_functions);
+  tried.window =
+      CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, trial_size, trial_size, nullptr, nullptr, nullptr, nullptr);
+  const HDC dc = tried.window ? GetDC(tried.window) : nullptr;
+  return static_cast<int>(dc ? draw_in_window(tried, wgl, dc) : probe_no_context);
 }

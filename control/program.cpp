@@ -52,11 +52,16 @@ std::wstring kind_problem(const std::wstring& path, pe_kind kind) {
 
 bool find_program(const std::wstring& given, program* found, std::wstring* problem) {
   const std::wstring located = locate(given);
+  const std::wstring path = full_path(located.empty() ? given : located);
+  // Before anything is said of the file: most programs cannot look into a folder as long as that.
+  if (path.size() > longest_path) {
+    *problem = path + L" is longer than 259 characters, for which the library has no room; move the program";
+    return false;
+  }
   if (located.empty()) {
     *problem = L"there is no program " + given;
     return false;
   }
-  const std::wstring path = full_path(located);
   pe_image image{};
   *problem = kind_problem(path, read_pe(path, &image));
   if (problem->empty() && image.is_library) *problem = path + L" is a library, not a program";

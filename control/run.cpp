@@ -5,69 +5,42 @@
 #include "app_list.h"
 #include "child.h"
 #include "libraries.h"
-#include "option_changes.h"
 #include "paths.h"
 #include "program.h"
+#include "run_folder.h"
+#include "shared_list.h"
 #include "stop.h"
 #include "text.h"
 #include "wrapper.h"
 
 namespace {
 
-// Everything that a run changes outside of this process, for putting it back.
 struct run_state {
   program target;
-  app_list list;
+  listing wanted;
   wrapper library;
-  std::vector<option_change> changes;
-  HANDLE options_claim;  // held while options are changed
+  shared_list list;
 };
 
-// The options that the request asks for. With as many monitors as parts, each monitor is a part by itself; otherwise
-// the desktop is taken as one monitor, which it is with one, and split. A direction asks for a split in any case.
-std::vector<option_change> wanted_options(const run_request& request) {
-  std::vector<option_change> changes;
+// Sets the options that the request asks for in our environment, which the program inherits. With as many monitors as
+// parts, each monitor is a part by itself; otherwise the desktop is taken as one monitor, which it is with one, and
+// split. A direction asks for a split in any case.
+void set_options(const run_request& request) {
   const bool has_direction = request.side_by_side || request.stacked;
   if (request.parts != 0) {
     const int monitors = GetSystemMetrics(SM_CMONITORS);
     const bool is_split = monitors != request.parts || (request.parts == 2 && has_direction);
-    changes.push_back({L"OSW_DW_FakeAsOneMonitor", is_split && monitors > 1, {}, false});
-    changes.push_back({L"OSW_DW_SplitOneMonitor", is_split, {}, false});
-    changes.push_back({L"OSW_DW_SplitParts", static_cast<uint32_t>(request.parts), {}, false});
+    set_option_for_children(L"OSW_DW_FakeAsOneMonitor", is_split && monitors > 1);
+    set_option_for_children(L"OSW_DW_SplitOneMonitor", is_split);
+    set_option_for_children(L"OSW_DW_SplitParts", request.parts);
   }
-  if (has_direction) changes.push_back({L"OSW_DW_SplitTwoPartsHorizontal", request.side_by_side, {}, false});
-  return changes;
+  if (has_direction) set_option_for_children(L"OSW_DW_SplitTwoPartsHorizontal", request.side_by_side);
+  // With a variable that is not there the mode is the basic one.
+  SetEnvironmentVariableW(L"OSW_EXTENDED", request.basic ? nullptr : L"1");
 }
 
-// Options hold for the machine: of two runs that both set and put back the same ones, each would undo the other's.
-// Null when another run has the claim.
-HANDLE claim_options() {
-  const HANDLE claim = CreateMutexW(nullptr, FALSE, L"Global\\oswctl options of a run");
-  if (!claim) return nullptr;
-  const DWORD result = WaitForSingleObject(claim, 0);
-  if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) return claim;
-  CloseHandle(claim);
-  return nullptr;
-}
-
-bool set_options(const run_request& request, run_state* state, std::wstring* problem) {
-  state->changes = wanted_options(request);
-  if (state->changes.empty()) return true;
-  state->options_claim = claim_options();
-  if (!state->options_claim) {
-    *problem =
-        L"another oswctl run has set options for its program; wait for that to end, or leave out --parts, "
-        L"--horizontal and --vertical to share them";
-    return false;
-  }
-  const LSTATUS error = make_changes(&state->changes);
-  if (error != ERROR_SUCCESS) *problem = registry_problem(error);
-  return error == ERROR_SUCCESS;
-}
-
-// Switches the feature on. False, with a sentence in `*problem`, after which end_run still has to be called.
-bool begin_run(const run_request& request, run_state* state, std::wstring* problem) {
-  if (request.list.empty() && !make_app_list(state->target, &state->list, problem)) return false;
+// Switches the feature on. False, with a sentence in `*problem`, after which leave_runs may still be called.
+bool begin_run(run_state* state, std::wstring* problem) {
   const std::wstring library = find_wrapper(state->target.folder);
   const bool is_beside = library == in_folder(state->target.folder, wrapper_file);
   if (library.empty() || (!is_beside && !wrapper_problem(library).empty())) {
@@ -75,17 +48,8 @@ bool begin_run(const run_request& request, run_state* state, std::wstring* probl
                L"; place both libraries in that folder with \"oswctl install\"";
     return false;
   }
-  if (!load_wrapper(library, &state->library, problem) || !set_options(request, state, problem)) return false;
-  enable_wrapper(&state->library, state->list.ansi_path);
-  return true;
-}
-
-void end_run(run_state* state) {
-  if (state->library.module) disable_wrapper(&state->library, state->list.ansi_path);
-  drop_app_list(state->list);
-  const LSTATUS error = undo_changes(&state->changes);
-  if (error != ERROR_SUCCESS) complain(L"the options were not put back: " + registry_problem(error));
-  if (state->options_claim) ReleaseMutex(state->options_claim);
+  return load_wrapper(library, &state->library, problem) &&
+         join_runs(library, &state->library, state->wanted, &state->list, problem);
 }
 
 // Waits for the end of the program, or of us. A program that shares our console has got the Ctrl-C too, and does with
@@ -105,7 +69,7 @@ int wait_for_end(const program& target, HANDLE process, const stop_events& stop)
 int start_and_wait(const run_request& request, const run_state& state, const stop_events& stop, wchar_t* environment) {
   if (WaitForSingleObject(stop.interrupted, 0) == WAIT_OBJECT_0) return static_cast<int>(STATUS_CONTROL_C_EXIT);
   const std::wstring line = join_arguments(state.target.path, request.args);
-  const HANDLE process = start_child(state.target.path, line, environment, 0);
+  const HANDLE process = start_child(state.target.path, line, environment, nullptr);
   if (!process) {
     return fail(status_failed, state.target.path + L" cannot be started" + system_reason(GetLastError()));
   }
@@ -118,26 +82,63 @@ int start_and_wait(const run_request& request, const run_state& state, const sto
 // not do.
 bool take_request(const run_request& request, run_state* state, std::wstring* problem) {
   if (!find_program(request.program, &state->target, problem)) return false;
-  if (request.list.empty()) return can_be_listed(state->target, problem);
-  if (!take_app_list(request.list, &state->list, problem)) return false;
-  if (!list_has(state->list, state->target)) {
-    complain(state->list.path + L" does not name " + state->target.name +
-             L", which will run as if the feature were off");
-  }
-  return true;
+  if (request.list.empty()) return listed_name(state->target, &state->wanted.name, problem);
+  return take_app_list(request.list, &state->wanted.own_list, problem);
+}
+
+void warn_of_list(const run_request& request, const run_state& state) {
+  if (request.list.empty() || list_has(state.wanted.own_list, state.target)) return;
+  complain(full_path(request.list) + L" does not name " + state.target.name +
+           L", which will run as if the feature were off");
+}
+
+int start_here(const run_request& request, run_state* state, const stop_events& stop) {
+  std::wstring problem;
+  warn_of_list(request, *state);
+  set_options(request);
+  // Taken before the library is loaded, which needs a change in our own.
+  wchar_t* environment = GetEnvironmentStringsW();
+  const int status =
+      begin_run(state, &problem) ? start_and_wait(request, *state, stop, environment) : fail(status_failed, problem);
+  leave_runs(&state->list);
+  return status;
+}
+
+// Has another process load the library, whose file cannot be deleted before that process has ended. It gets the Ctrl-C
+// too, and ends as this one would.
+int start_apart(const run_request& request, const program& target, const stop_events& stop) {
+  if (WaitForSingleObject(stop.interrupted, 0) == WAIT_OBJECT_0) return static_cast<int>(STATUS_CONTROL_C_EXIT);
+  std::vector<std::wstring> arguments = {L"start"};
+  arguments.insert(arguments.end(), request.own.begin(), request.own.end());
+  arguments.insert(arguments.end(), {L"--", target.path});
+  arguments.insert(arguments.end(), request.args.begin(), request.args.end());
+  const std::wstring own = own_path();
+  const HANDLE process = start_child(own, join_arguments(own, arguments), nullptr, nullptr);
+  if (!process) return fail(status_failed, own + L" cannot be started" + system_reason(GetLastError()));
+  DWORD status = 0;
+  WaitForSingleObject(process, INFINITE);
+  GetExitCodeProcess(process, &status);
+  CloseHandle(process);
+  return static_cast<int>(status);
 }
 
 }  // namespace
 
 int run(const run_request& request) {
   run_state state{};
+  run_folder folder{};
   std::wstring problem;
   if (!take_request(request, &state, &problem)) return fail(status_wrong_input, problem);
   const stop_events stop = watch_for_stop();
-  // Taken before the library is loaded, which needs a change in our own.
-  wchar_t* environment = GetEnvironmentStringsW();
-  const int status = begin_run(request, &state, &problem) ? start_and_wait(request, state, stop, environment)
-                                                          : fail(status_failed, problem);
-  end_run(&state);
+  if (!enter_folder(state.target.folder, request.keep, &folder, &problem)) return fail(status_failed, problem);
+  const int status = folder.is_visited ? start_apart(request, state.target, stop) : start_here(request, &state, stop);
+  leave_folder(folder);
   return status;
+}
+
+int start_in_place(const run_request& request) {
+  run_state state{};
+  std::wstring problem;
+  if (!take_request(request, &state, &problem)) return fail(status_wrong_input, problem);
+  return start_here(request, &state, watch_for_stop());
 }

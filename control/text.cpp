@@ -10,6 +10,14 @@ std::string to_code_page(UINT code_page, const std::wstring& text) {
   return result;
 }
 
+std::wstring from_code_page(UINT code_page, const std::string& text) {
+  const int size = static_cast<int>(text.size());
+  const int length = MultiByteToWideChar(code_page, 0, text.data(), size, nullptr, 0);
+  std::wstring result(static_cast<size_t>(length), L'\0');
+  MultiByteToWideChar(code_page, 0, text.data(), size, result.data(), length);
+  return result;
+}
+
 void print(DWORD stream, const std::wstring& text) {
   const HANDLE handle = GetStdHandle(stream);
   DWORD mode = 0, written = 0;
@@ -32,24 +40,21 @@ std::wstring one_line(std::wstring text) {
 }  // namespace
 
 std::wstring from_utf8(const std::string& text) {
-  const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-  std::wstring result(static_cast<size_t>(length), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), length);
-  return result;
+  return from_code_page(CP_UTF8, text);
+}
+
+std::wstring from_ansi(const std::string& text) {
+  return from_code_page(CP_ACP, text);
 }
 
 std::string to_utf8(const std::wstring& text) {
   return to_code_page(CP_UTF8, text);
 }
 
-bool to_ansi(const std::wstring& text, std::string* result) {
+bool to_ansi(const std::wstring& text, std::string* result, UINT code_page) {
   // The way back shows a replaced character in every code page, UTF-8 included, where the conversion cannot report it.
-  const std::string narrow = to_code_page(CP_ACP, text);
-  std::wstring back(text.size() + 1, L'\0');
-  const int length = MultiByteToWideChar(CP_ACP, 0, narrow.data(), static_cast<int>(narrow.size()), back.data(),
-                                         static_cast<int>(back.size()));
-  back.resize(static_cast<size_t>(length));
-  if (back != text) return false;
+  const std::string narrow = to_code_page(code_page, text);
+  if (from_code_page(code_page, narrow) != text) return false;
   *result = narrow;
   return true;
 }
@@ -65,6 +70,11 @@ void complain(const std::wstring& sentence) {
 int fail(int status, const std::wstring& sentence) {
   complain(sentence);
   return status;
+}
+
+std::wstring describe(const RECT& area) {
+  return std::to_wstring(area.right - area.left) + L" x " + std::to_wstring(area.bottom - area.top) + L" at " +
+         std::to_wstring(area.left) + L"," + std::to_wstring(area.top);
 }
 
 std::wstring system_reason(DWORD error) {

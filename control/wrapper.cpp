@@ -1,11 +1,9 @@
 #include "wrapper.h"
 
 #include <cstdlib>
-#include <vector>
 
 #include "find_export.h"
 #include "libraries.h"
-#include "option_changes.h"
 #include "paths.h"
 #include "text.h"
 
@@ -13,22 +11,12 @@ namespace {
 
 // The library waits at its load for a debugger when it is told to: that is meant for the program, not for us.
 HMODULE load_without_waiting(const std::wstring& path, std::wstring* problem) {
-  std::vector<option_change> changes;
-  bool is_set = false;
-  const option* wait = find_option(L"OSW_DW_DeadLoopWhenLoadDll");
-  if (value_in_force(*wait, &is_set) != 0) changes.push_back({wait->name, 0, {}, false});
-  LSTATUS error = make_changes(&changes);
-  if (error != ERROR_SUCCESS) {
-    *problem = std::wstring(wait->name) + L" is set: " + registry_problem(error);
-    return nullptr;
-  }
-  // This one is read through the C runtime, whose copy and the system's are both changed by this call.
+  // The second is read through the C runtime, whose copy and the system's are both changed by this call.
+  SetEnvironmentVariableW(L"OSW_DW_DeadLoopWhenLoadDll", L"0");
   _wputenv(L"Z4OSW_DEBUG_BREAK=");
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (!module) *problem = path + L" cannot be loaded" + system_reason(GetLastError());
-  error = undo_changes(&changes);
-  if (error != ERROR_SUCCESS) complain(std::wstring(wait->name) + L" was not put back: " + registry_problem(error));
   return module;
 }
 
@@ -63,11 +51,12 @@ bool load_wrapper(const std::wstring& path, wrapper* loaded, std::wstring* probl
   return false;
 }
 
-void enable_wrapper(wrapper* loaded, const std::string& list_path) {
-  loaded->list_in_force = static_cast<const char*>(loaded->enable(list_path.c_str()));
+void replace_list(wrapper* loaded, const std::string& before, const std::string& now) {
+  if (loaded->list_in_force && before != loaded->list_in_force) return;
+  loaded->list_in_force = static_cast<const char*>(loaded->enable(now.c_str()));
 }
 
-void disable_wrapper(wrapper* loaded, const std::string& list_path) {
-  if (loaded->list_in_force && list_path == loaded->list_in_force) loaded->disable();
+void disable_wrapper(wrapper* loaded, const std::string& before) {
+  if (loaded->list_in_force && before == loaded->list_in_force) loaded->disable();
   loaded->list_in_force = nullptr;
 }

@@ -17,16 +17,17 @@ struct wrapper {
   const char* list_in_force;  // the shared copy of the path given to enable; null before that
 };
 
-// Loads the library at `path` into this process, where it stays for as long as the feature is to be on. The options
-// that make a process wait at the load are kept off meanwhile. False, with a sentence in `*problem`, when it cannot be
-// done.
+// Loads the library at `path` into this process, where it stays for as long as the feature is to be on. What makes a
+// process wait at the load is taken out of our own environment for good. False, with a sentence in `*problem`, when it
+// cannot be done.
 //
 // The library is never freed, and this process has to end without telling its libraries (TerminateProcess): what the
 // library does at a detach is made for programs that render, and starts with loading the driver.
 bool load_wrapper(const std::wstring& path, wrapper* loaded, std::wstring* problem);
 
-// Switches the feature on for processes that load the library from now on and are named in the list.
-void enable_wrapper(wrapper* loaded, const std::string& list_path);
+// Switches the feature on, for processes that load the library from now on and are named in the list `now`. Where we
+// have switched it on before, with the list `before`, and somebody else has put theirs in its place, theirs stays.
+void replace_list(wrapper* loaded, const std::string& before, const std::string& now);
 
-// Switches it off again, unless somebody else has meanwhile switched it on with another list.
-void disable_wrapper(wrapper* loaded, const std::string& list_path);
+// Switches it off, unless the list in force is another than `before`.
+void disable_wrapper(wrapper* loaded, const std::string& before);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "host.h"
+#include "host_turns.h"
 #include "report.h"
 #include "spare_window.h"
 #include "stand_in.h"
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr DWORD no_slot = TLS_OUT_OF_INDEXES;
+constexpr DWORD patience = 250;  // ms
 
 DWORD state_slot = no_slot;
 std::atomic<unsigned long long> switch_count;
@@ -51,6 +53,17 @@ bool is_same_drawable(const drawable& a, const drawable& b) {
   return a.hdc == b.hdc && a.hwnd == b.hwnd;
 }
 
+// Whether the host may still draw at an old size. A context that is spared but for what it counts has no other swaps.
+bool is_resized(context* c) {
+  if (!c->spared) return take_resized(c->draw.hwnd);
+  RECT client;
+  if (!c->counts_samples || !GetClientRect(c->draw.hwnd, &client)) return false;
+  const SIZE size = {client.right, client.bottom};
+  const bool resized = size.cx != c->counted_size.cx || size.cy != c->counted_size.cy;
+  c->counted_size = size;
+  return resized;
+}
+
 BOOL make_current_on(context* c, HDC draw, HDC read) {
   if (!draw || !host_make_current(draw, read, c->hglrc)) return FALSE;
   c->host_draw = draw;
@@ -62,7 +75,7 @@ BOOL make_current_on(context* c, HDC draw, HDC read) {
 // The host's device contexts are looked up only after a change, or when those of the last time are gone.
 BOOL make_real(context* c) {
   if (!c->stale && make_current_on(c, c->host_draw, c->host_read)) return TRUE;
-  if (c->spared) {
+  if (c->spared && !c->counts_samples) {
     HDC spare = spare_hdc(c);
     if (make_current_on(c, spare, spare)) return TRUE;
   }
@@ -70,11 +83,38 @@ BOOL make_real(context* c) {
   return make_current_on(c, draw, is_same_drawable(c->draw, c->read) ? draw : host_hdc(c->read.hdc));
 }
 
+bool is_alive(const drawable& target) {
+  return target.hwnd ? IsWindow(target.hwnd) : GetObjectType(target.hdc) != 0;
+}
+
+// Hosts refuse what they take a moment later: one of two threads that bind at the same time, or any during a change of
+// the display's mode.
+bool make_real_patiently(context* c) {
+  const DWORD start = GetTickCount();
+  while (!make_real(c)) {
+    if (c->refusal_known || !is_alive(c->draw) || GetTickCount() - start >= patience) return false;
+    Sleep(1);
+  }
+  return true;
+}
+
+void report_refusal(const context* c, const char* why) {
+  report("context %p cannot be made current on the host: %s, error %lu", static_cast<void*>(c->hglrc), why,
+         GetLastError());
+}
+
 void refuse(thread_state* thread, const char* why) {
-  report("context %p cannot be made current on the host: %s, error %lu", static_cast<void*>(thread->current->hglrc),
-         why, GetLastError());
+  report_refusal(thread->current, why);
   release_real(thread);
   thread->refused = true;
+}
+
+// It is the context's, since one thread may draw with several in turn.
+void note_refusal(thread_state* thread) {
+  context* c = thread->current;
+  if (!c->refusal_known) report_refusal(c, "the host refused");
+  release_real(thread);
+  c->refused = c->refusal_known = true;
 }
 
 // The host's turn, when what it has is not what the thread noted.
@@ -89,10 +129,11 @@ bool realize(thread_state* thread) {
     refuse(thread, "another thread uses it");
     return false;
   }
-  if (!make_real(c)) {
-    refuse(thread, "the host refused");
+  if (!make_real_patiently(c)) {
+    note_refusal(thread);
     return false;
   }
+  c->refusal_known = false;
   if (thread->real && thread->real != c) set_holder(thread->real, 0);
   thread->real = c;
   set_holder(c, thread->id);
@@ -103,7 +144,13 @@ bool realize(thread_state* thread) {
 void note_drawables(context* c, HDC draw, HDC read) {
   const drawable new_draw = {draw, WindowFromDC(draw)};
   const drawable new_read = read == draw ? new_draw : drawable{read, WindowFromDC(read)};
-  if (!is_same_drawable(new_draw, c->draw) || !is_same_drawable(new_read, c->read) || c->spared) c->stale = true;
+  const bool is_same = is_same_drawable(new_draw, c->draw) && is_same_drawable(new_read, c->read);
+  if (!is_same || c->spared) c->stale = true;
+  if (!is_same) {
+    c->refusal_known = c->has_share = false;
+    c->cut_pending = true;
+  }
+  c->refused = false;
   note_first_drawable(c, new_draw.hwnd);
   c->draw = new_draw;
   c->read = new_read;
@@ -191,19 +238,30 @@ thread_state* this_thread() {
 
 thread_state* bind_current() {
   thread_state* thread = this_thread();
-  if (!thread || !thread->current || thread->refused) return nullptr;
+  if (!thread || !thread->current || thread->refused || thread->current->refused) return nullptr;
   context* c = thread->current;
   if (thread->real != c || c->stale) {
     if (!realize(thread)) return nullptr;
+    take_turns_if_needed();
     set_bound(thread, true);
     settle_binding(c);
   }
   return thread;
 }
 
-// For the thunks, which know the name.
-extern "C" thread_state* driver_bind_current() {
-  return bind_current();
+extern "C" bool driver_bind_for_call() {
+  if (bind_current()) return true;
+  const thread_state* thread = this_thread();
+  return thread && !thread->current;
+}
+
+context* refused_context() {
+  const thread_state* thread = this_thread();
+  return thread && thread->current && thread->current->refused ? thread->current : nullptr;
+}
+
+void retry_refused() {
+  if (context* c = refused_context()) c->refused = false;
 }
 
 BOOL note_binding(HDC draw, HDC read, HGLRC hglrc) {
@@ -264,13 +322,18 @@ void forget_context(context* c) {
   if (thread->current == c) thread->current = nullptr;
 }
 
-void settle_size(const context* c) {
-  if (!c->spared && take_resized(c->draw.hwnd)) host_wgl_entry<wglSwapBuffers_op>()(c->host_draw);
+void settle_size(context* c) {
+  if (is_resized(c)) host_wgl_entry<wglSwapBuffers_op>()(c->host_draw);
 }
 
 void unsettle_drawables(thread_state* thread) {
   thread->current->stale = true;
+  thread->current->refused = false;
   set_bound(thread, false);
+}
+
+void give_up_real() {
+  if (thread_state* thread = this_thread()) release_real(thread);
 }
 
 unsigned long long driver_OswDriverSwitchCount() {

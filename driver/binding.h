@@ -3,6 +3,9 @@
 // wglMakeCurrent and wglFastSwitchContextZ4 only note a binding. The host's wglMakeCurrent is made by the next call
 // that needs it, so that a context which a thread merely owns can be drawn to by another, and a context that is
 // switched to and away from without a call costs the host nothing.
+//
+// A binding that is refused then, when its application has long been told that it succeeded, stands for a time: the
+// host, which has nothing current or another context, gets none of the calls that were meant for it.
 #pragma once
 
 #include <windows.h>
@@ -17,7 +20,7 @@ struct thread_state {
   context* owned;    // by wglMakeCurrent
   context* current;  // what the thread's calls go to: `owned`, or what was switched to
   context* real;     // current on the host
-  bool refused;      // the host refused `current`: it is not asked again before the next binding
+  bool refused;      // `current` was deleted, or another thread used it: that is not looked at before the next binding
   int depth;         // of calls into the host that may come back through gdi32
 };
 
@@ -45,9 +48,21 @@ inline thread_state* bound_thread() {
 }
 
 // Makes the calling thread's noted binding real. Returns the thread's state, or null when nothing is current or the
-// host refused, which is reported; then nothing is current on the host either. Loads the host. Not under the loader
-// lock.
+// binding is refused, which is reported once. A host that refuses a drawable which is still there is asked for a
+// quarter of a second, and from then on when `retry_refused` says so. Loads the host. Not under the loader lock.
 thread_state* bind_current();
+
+// The same for a call that is to reach the host. False: it must not, because the binding is refused. Without a noted
+// binding it may: the host knows what a call without a context is.
+extern "C" bool driver_bind_for_call();
+
+// The calling thread's context, if the host has refused it and is not asked now; else null.
+context* refused_context();
+
+// Lets the host be asked again, once, for the calling thread's context, if it refused it. When a frame is shown, by a
+// swap, a glFlush or a glFinish: what was in the way for a moment, as a change of the display's mode, then costs frames
+// and not the rest of the picture.
+void retry_refused();
 
 // The context that the calling thread's next call to the host will reach, or null.
 inline context* calling_context() {
@@ -72,11 +87,15 @@ void forget_context(context* c);
 
 // Lets the host see that the window of `c`, which is current on it, was resized. A host that draws by software asks for
 // the size once after each swap, and would draw all that comes before the next one at an old size; what the swap shows
-// is the last frame. Does nothing without a stand-in.
-void settle_size(const context* c);
+// is the last frame. Does nothing without a stand-in, but for a context that is spared and counts samples.
+void settle_size(context* c);
 
 // Says that the calling thread's current context no longer has the drawables that the host has.
 void unsettle_drawables(thread_state* thread);
 
-// How many times the host's wglMakeCurrent was called in this process.
+// Lets the host have nothing current on the calling thread. What the thread noted stays, and becomes real at its next
+// call.
+void give_up_real();
+
+// How many times the host's wglMakeCurrent was called for a binding or a switch in this process.
 extern "C" unsigned long long driver_OswDriverSwitchCount();

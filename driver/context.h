@@ -10,19 +10,15 @@ struct point {
   bool operator==(const point&) const = default;
 };
 
-// The offsets that are contained in the host's values of a context. The host's value is the application's plus this.
-struct applied_offsets {
-  point viewport, scissor, raster;
-  bool operator==(const applied_offsets&) const = default;
-};
+// Wraps in place of overflowing: coordinates may be anything.
+constexpr GLint less(GLint value, GLint by) {
+  return static_cast<GLint>(static_cast<GLuint>(value) - static_cast<GLuint>(by));
+}
 
-// What glPushAttrib saved at one level of the stack.
-struct attribute_level {
-  GLbitfield mask;
-  applied_offsets applied;
+struct scissor_state {
+  GLint box[4];
+  bool enabled;
 };
-
-constexpr int attribute_level_count = 64;
 
 // A drawable as an application names it. A window's device context may be gone while the window is still drawn to.
 struct drawable {
@@ -42,9 +38,13 @@ struct context {
 
   // The binding of the last wglMakeCurrent. From here on everything belongs to the thread that has the context current.
   drawable draw, read;
-  bool spared;               // the drawable is not what the user sees: the host draws to a window of one pixel
+  bool spared;               // the drawable is not what the user sees
+  bool counts_samples;       // and yet must have its pixels, since the application counts them
+  SIZE counted_size;         // of the window, in pixels, when the host last saw it for that
   bool stale;                // the host has, or may have, other drawables than these
   HDC host_draw, host_read;  // what the host was given last
+  bool refused;              // the host refused the binding, and is not asked for now
+  bool refusal_known;        // it did when it was asked last, and that was reported
 
   HWND spare_window;
   HDC spare_hdc;
@@ -58,12 +58,19 @@ struct context {
   SIZE initial_size;
   bool viewport_pending, scissor_pending;
 
-  bool has_raster_position;  // not in a core profile
-  bool window_drawn;         // the draw framebuffer is 0; kept only while there is an offset
-  point offset;              // of the application's window in the drawable
-  applied_offsets applied;
-  attribute_level levels[attribute_level_count];
-  int withheld_extensions;  // among the indexed names; -1: not counted yet
+  bool has_lists;     // not in a core profile
+  bool window_drawn;  // the draw framebuffer is 0; kept only while there is a share
+
+  // The part of the application's window that the drawable shows, if it is not all of it; both as told last.
+  point told_offset;  // of the window in the child window, not yet in force
+  bool has_share;
+  point offset;
+  SIZE share_size;
+
+  bool cut_pending;  // the drawable or the share was changed since the scissor test was looked at
+  bool is_cut;       // the host has the scissor test of the share, and the application this one
+  scissor_state uncut;
+  int withheld_extensions;  // among the indexed names, in a process that is spread; -1: not counted yet
 };
 
 // Enters a context that the host made for `hdc`. Null when there is no memory. Any thread, as for all of these.

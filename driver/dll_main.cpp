@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "binding.h"
-#include "window_offset.h"
+#include "window_share.h"
 
 // The host is loaded at the first call that needs it, since nothing may be loaded here.
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* ending) {

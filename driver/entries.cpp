@@ -12,23 +12,36 @@
 
 namespace {
 
-// The first call on a binding that was only noted. Apart from the function below, so that the path of every other call
-// is a load, a test and a jump.
+template <class Op, class... Arguments>
+inline auto call_bound(Arguments... arguments) {
+  if constexpr (has_own_call<Op>) {
+    return own_call<Op>::call(arguments...);
+  } else {
+    return host_gl_entry<Op>()(arguments...);
+  }
+}
+
+// What ends a frame where no buffers are swapped.
+template <class Op>
+constexpr bool shows_frame = std::is_same_v<Op, glFlush_op> || std::is_same_v<Op, glFinish_op>;
+
+// The first call on a binding that was only noted, or any on one that is refused. Apart from the function below, so
+// that the path of every other call is a load, a test and a jump.
 template <class Op, class... Arguments>
 [[gnu::noinline, gnu::cold]] auto bind_and_call(Arguments... arguments) {
-  bind_current();
-  return host_gl_entry<Op>()(arguments...);
+  using result = decltype(call_bound<Op>(arguments...));
+  if constexpr (shows_frame<Op>) retry_refused();
+  if (!driver_bind_for_call()) return result();
+  return call_bound<Op>(arguments...);
 }
 
 template <class Op, class... Arguments>
 inline auto call_gl(Arguments... arguments) {
-  if constexpr (has_own_call<Op>) {
-    return own_call<Op>::call(arguments...);
-  } else {
+  if constexpr (!is_noted<Op>) {
     if (!bound_thread()) [[unlikely]]
       return bind_and_call<Op>(arguments...);
-    return host_gl_entry<Op>()(arguments...);
   }
+  return call_bound<Op>(arguments...);
 }
 
 template <class Op, class Value>
@@ -47,7 +60,9 @@ inline auto pass_wgl(Arguments... arguments) {
   using result = decltype(host_wgl_entry<Op>()(arguments...));
   thread_state* thread = this_thread();
   if (!thread || thread->depth >= deepest_call) return result();
-  if constexpr (asks_current_context<Op>) bind_current();
+  if constexpr (asks_current_context<Op>) {
+    if (!driver_bind_for_call()) return result();
+  }
   ++thread->depth;
   if constexpr (std::is_void_v<result>) {
     host_wgl_entry<Op>()(host_value<Op>(arguments)...);

@@ -1,66 +1,44 @@
 #include "extension_names.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
-#include "binding.h"
 #include "host.h"
-#include "own_ops.h"
-#include "stand_in.h"
+#include "lasting_string.h"
+#include "spread_process.h"
 
 namespace {
 
-// A program that finds the first of these creates its contexts in a way that cannot be spanned; the others stand on it.
-const char* const withheld[] = {"WGL_ARB_create_context", "WGL_ARB_create_context_profile",
-                                "WGL_ARB_create_context_no_error", "WGL_ARB_create_context_robustness"};
-
-bool is_withheld(const char* name, size_t length) {
-  for (const char* candidate : withheld) {
-    if (strlen(candidate) == length && memcmp(candidate, name, length) == 0) return true;
-  }
-  return false;
-}
-
-// Copies all of `from` but what is withheld, if `to` is not null. Returns whether anything is.
-bool copy_offered(const char* from, char* to) {
-  bool withholds = false;
-  while (*from != 0) {
-    const size_t length = strcspn(from, " ");
-    const size_t blanks = strspn(from + length, " ");
-    if (is_withheld(from, length)) {
-      withholds = true;
-    } else if (to) {
-      memcpy(to, from, length + blanks);
-      to += length + blanks;
-    }
-    from += length + blanks;
-  }
-  if (to) *to = 0;
-  return withholds;
-}
-
-struct offered_string {
-  offered_string* next;
-  char* from;
-  char* offered;
+constexpr std::string_view offered_names[] = {
+#include "ops/extension_names.inc"
 };
+static_assert(std::ranges::is_sorted(offered_names));
 
-SRWLOCK offered_lock = SRWLOCK_INIT;
-offered_string* offered_strings;
+bool is_withheld(std::string_view name) {
+  return !std::ranges::binary_search(offered_names, name);
+}
 
-const char* find_or_make_offered(const char* extensions) {
-  for (offered_string* s = offered_strings; s; s = s->next) {
-    if (strcmp(s->from, extensions) == 0) return s->offered;
+// Takes the first of names that are separated by blanks. Result: where the next one begins.
+const char* take_name(const char* names, std::string_view* name) {
+  *name = {names, strcspn(names, " ")};
+  names += name->size();
+  return names + strspn(names, " ");
+}
+
+// Copies all of `from` but what is withheld. There is room for all.
+void copy_offered(const char* from, char* to) {
+  while (*from != 0) {
+    std::string_view name;
+    const char* next = take_name(from, &name);
+    if (!is_withheld(name)) {
+      memcpy(to, from, static_cast<size_t>(next - from));
+      to += next - from;
+    }
+    from = next;
   }
-  auto* made = static_cast<offered_string*>(calloc(1, sizeof(offered_string)));
-  if (!made) return "";
-  made->from = _strdup(extensions);
-  made->offered = _strdup(extensions);
-  if (!made->from || !made->offered) return "";
-  copy_offered(extensions, made->offered);
-  made->next = offered_strings;
-  offered_strings = made;
-  return made->offered;
+  *to = 0;
 }
 
 const char* indexed_extension(GLuint index) {
@@ -69,29 +47,30 @@ const char* indexed_extension(GLuint index) {
 
 bool is_withheld_at(GLuint index) {
   const char* name = indexed_extension(index);
-  return name && is_withheld(name, strlen(name));
-}
-
-// The host's index of an offered name.
-GLuint host_index(GLuint index) {
-  GLuint at = 0;
-  for (;; ++at) {
-    if (is_withheld_at(at)) continue;
-    if (index-- == 0 || !indexed_extension(at)) return at;
-  }
+  return name && is_withheld(name);
 }
 
 }  // namespace
 
 const char* offered_extensions(const char* extensions) {
-  if (!extensions || !copy_offered(extensions, nullptr)) return extensions;
-  AcquireSRWLockExclusive(&offered_lock);
-  const char* offered = find_or_make_offered(extensions);
-  ReleaseSRWLockExclusive(&offered_lock);
-  return offered;
+  if (!extensions || !is_spread_process()) return extensions;
+  auto* offered = static_cast<char*>(malloc(strlen(extensions) + 1));
+  if (offered) copy_offered(extensions, offered);
+  return lasting_string(offered);
+}
+
+bool has_extension(const char* name) {
+  const auto* names = reinterpret_cast<const char*>(host_gl_entry<glGetString_op>()(GL_EXTENSIONS));
+  while (names && *names != 0) {
+    std::string_view found;
+    names = take_name(names, &found);
+    if (found == name) return true;
+  }
+  return false;
 }
 
 int withheld_extension_count(context* c) {
+  if (!is_spread_process()) return 0;
   if (c->withheld_extensions >= 0) return c->withheld_extensions;
   c->withheld_extensions = 0;
   GLint count = 0;
@@ -101,25 +80,11 @@ int withheld_extension_count(context* c) {
   return c->withheld_extensions;
 }
 
-const GLubyte* own_call<glGetString_op>::call(GLenum name) {
-  bind_current();
-  const GLubyte* string = host_gl_entry<glGetString_op>()(name);
-  if (name != GL_EXTENSIONS) return string;
-  return reinterpret_cast<const GLubyte*>(offered_extensions(reinterpret_cast<const char*>(string)));
-}
-
-const GLubyte* own_call<glGetStringi_op>::call(GLenum name, GLuint index) {
-  context* c = calling_context();
-  if (c && name == GL_EXTENSIONS && withheld_extension_count(c) > 0) index = host_index(index);
-  return host_gl_entry<glGetStringi_op>()(name, index);
-}
-
-const char* own_call<wglGetExtensionsStringARB_op>::call(HDC hdc) {
-  load_host();
-  return offered_extensions(host_wgl_entry<wglGetExtensionsStringARB_op>()(host_hdc(hdc)));
-}
-
-const char* own_call<wglGetExtensionsStringEXT_op>::call() {
-  bind_current();
-  return offered_extensions(host_wgl_entry<wglGetExtensionsStringEXT_op>()());
+GLuint host_extension_index(GLuint index) {
+  if (!is_spread_process()) return index;
+  GLuint at = 0;
+  for (;; ++at) {
+    if (is_withheld_at(at)) continue;
+    if (index-- == 0 || !indexed_extension(at)) return at;
+  }
 }

@@ -3,14 +3,24 @@
 
 #include "ops/ops.h"
 
-// The host's entry of each op, in op order. A slot without one holds a function that returns 0: the host was not found,
-// lacks the function, or was not asked yet for it, as it is for an extension until an application asks the driver.
-// Slots are filled without a lock, always with the same value, and never emptied.
+// What the driver calls for each op, in op order: the host's entry, or what stands before it. A slot without one holds
+// a function that returns 0: the host was not found, lacks the function, or was not asked yet for it, as it is for an
+// extension until an application asks the driver. Slots are filled without a lock, always with the same value, and
+// never emptied.
 extern __osw_proc host_gl[gl_op_count];
 extern __osw_proc host_wgl[wgl_op_count];
 
-// Loads the host library once in the process: the one that OSW_DRIVER_HOST names, else opengl32host.dll beside the
-// driver or on the loader's path, else the system folder's opengl32.dll. Returns whether there is one; without one the
+// The host's entries themselves, with the same slots.
+extern __osw_proc found_gl[gl_op_count];
+extern __osw_proc found_wgl[wgl_op_count];
+
+// Lets `before` be called in the place of the host's entry of an op, if the host has it or once it is found. One thread
+// at a time, and not while another finds an op.
+void stand_before_gl(int op, __osw_proc before);
+void stand_before_wgl(int op, __osw_proc before);
+
+// Loads the host library once in the process: the one that OSW_DRIVER_HOST names, by a full path or as a file of the
+// system's folder, else that folder's opengl32host.dll or opengl32.dll. Returns whether there is one; without one the
 // reason is reported and every entry returns 0. Any thread, outside DllMain.
 bool load_host();
 

@@ -19,12 +19,20 @@ constexpr bool asks_current_context = false;
 template <class Op>
 constexpr bool asks_for_font = false;
 
+// Whether the driver takes the call when the host has refused the binding.
+template <class Op>
+constexpr bool is_noted = false;
+
 #define OWN_GL(function)             \
   template <>                        \
   struct own_call<function##_op> {   \
     static function##_op::type call; \
   };
 #define OWN_WGL OWN_GL
+#define NOTED_GL(function) \
+  OWN_GL(function)         \
+  template <>              \
+  constexpr bool is_noted<function##_op> = true;
 #define FROM_CONTEXT(function) \
   template <>                  \
   constexpr bool asks_current_context<function##_op> = true;
@@ -35,5 +43,6 @@ constexpr bool asks_for_font = false;
 #include "own_ops.inc"
 #undef OWN_GL
 #undef OWN_WGL
+#undef NOTED_GL
 #undef FROM_CONTEXT
 #undef FROM_FONT

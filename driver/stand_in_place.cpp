@@ -5,6 +5,7 @@
 #include "stand_in_raise.h"
 #include "window_order.h"
 #include "window_thread.h"
+#include "wine.h"
 
 namespace {
 
@@ -15,9 +16,18 @@ RECT client_on_screen(HWND hwnd) {
   return client;
 }
 
+RECT window_on_screen(const RECT& child, const window_place& window) {
+  const LONG left = child.left + window.x, bottom = child.bottom - window.y;
+  return {left, bottom - window.size.cy, left + window.size.cx, bottom};
+}
+
+bool is_clipped(const placement& p) {
+  const RECT whole = {0, 0, p.place.right - p.place.left, p.place.bottom - p.place.top};
+  return !EqualRect(&p.part, &whole);
+}
+
 void clip(HWND hwnd, const placement& wanted) {
-  const RECT whole = {0, 0, wanted.place.right - wanted.place.left, wanted.place.bottom - wanted.place.top};
-  SetWindowRgn(hwnd, EqualRect(&wanted.part, &whole) ? nullptr : CreateRectRgnIndirect(&wanted.part), TRUE);
+  SetWindowRgn(hwnd, is_clipped(wanted) ? CreateRectRgnIndirect(&wanted.part) : nullptr, TRUE);
 }
 
 bool has_size_of(const RECT& a, const RECT& b) {
@@ -41,13 +51,38 @@ void place(stand_in* s, const placement& wanted) {
   }
   if (!wanted.visible || before.visible || !is_foremost(s->owner)) flags |= SWP_NOZORDER;
   if (!wanted.visible) flags |= before.visible ? SWP_NOMOVE | SWP_HIDEWINDOW : SWP_NOMOVE;
+  // At no time may it lie over its neighbours, which would lose what they show.
+  const bool clips = is_clipped(wanted) != is_clipped(before) || !EqualRect(&wanted.part, &before.part);
+  if (clips && is_clipped(wanted)) clip(hwnd, wanted);
   SetWindowPos(hwnd, HWND_TOP, wanted.place.left, wanted.place.top, width > 0 ? width : 1, height > 0 ? height : 1,
                flags);
   sizing known = sizing::known;
   if (!has_size_of(before.place, wanted.place)) s->size.compare_exchange_strong(known, sizing::changed);
-  if (wanted.visible && !EqualRect(&wanted.part, &before.part)) clip(hwnd, wanted);
+  if (clips && !is_clipped(wanted)) clip(hwnd, wanted);
   await_server();
   s->settled = true;
+}
+
+// Where in the child it lies follows from the child's size, and all else the child does.
+void place_inside(stand_in* s, const placement& wanted) {
+  POINT corner = {wanted.place.left, wanted.place.top};
+  ScreenToClient(s->child, &corner);
+  SetWindowPos(s->hwnd, nullptr, corner.x, corner.y, wanted.place.right - wanted.place.left,
+               wanted.place.bottom - wanted.place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+// Of a part the window is known as soon as it has changed, and not only when it is told: the drawable has its size and
+// its place at once, and a drawable without a back buffer, which is never swapped, keeps the size that it is first
+// drawn to with. A window that is minimised leaves the drawable as it was.
+void find_window(stand_in* s) {
+  RECT child{}, parent{};
+  HWND of = s->is_part ? GetAncestor(s->child, GA_PARENT) : nullptr;
+  if (!of || !GetClientRect(s->child, &child) || !GetClientRect(of, &parent) || IsRectEmpty(&parent)) return;
+  MapWindowPoints(s->child, of, reinterpret_cast<POINT*>(&child), 2);
+  AcquireSRWLockExclusive(&stand_in_lock);
+  s->has_window = true;
+  s->window = {-child.left, child.bottom - parent.bottom, {parent.right, parent.bottom}};
+  ReleaseSRWLockExclusive(&stand_in_lock);
 }
 
 void change_owner(stand_in* s, HWND owner) {
@@ -62,9 +97,10 @@ void change_owner(stand_in* s, HWND owner) {
 
 }  // namespace
 
-placement find_placement(HWND child, HWND owner) {
+placement find_placement(HWND child, HWND owner, const window_place* window) {
   placement p = {client_on_screen(child), {}, false};
   RECT seen = p.place;
+  if (window) p.place = window_on_screen(p.place, *window);
   for (HWND up = GetAncestor(child, GA_PARENT); up && up != GetDesktopWindow(); up = GetAncestor(up, GA_PARENT)) {
     const RECT client = client_on_screen(up);
     IntersectRect(&seen, &seen, &client);
@@ -91,14 +127,16 @@ void follow_child(stand_in* s) {
     destroy_stand_in(s);
     return;
   }
+  find_window(s);
   HWND owner = GetAncestor(s->child, GA_ROOT);
+  if (s->inside) return place_inside(s, find_placement(s->child, owner, s->has_window ? &s->window : nullptr));
   if (owner != s->owner) change_owner(s, owner);
   RECT owner_place{};
   GetWindowRect(owner, &owner_place);
   AcquireSRWLockExclusive(&stand_in_lock);
   s->owner_place = owner_place;
   ReleaseSRWLockExclusive(&stand_in_lock);
-  const placement wanted = find_placement(s->child, owner);
+  const placement wanted = find_placement(s->child, owner, s->has_window ? &s->window : nullptr);
   if (!is_same_placement(wanted, s->now)) place(s, wanted);
 }
 
@@ -106,7 +144,7 @@ void follow_child(stand_in* s) {
 void follow_all() {
   static unsigned round;
   ++round;
-  look_at_order();
+  if (is_under_wine()) look_at_order();
   for (stand_in* s = first_stand_in; s;) {
     if (s->looked_at == round) {
       s = s->next;

@@ -3,8 +3,9 @@
 
 #include "stand_in_record.h"
 
-// Where a child's stand-in belongs now. `owner` is its top window. Any thread that may send messages.
-placement find_placement(HWND child, HWND owner);
+// Where a child's stand-in belongs now. `owner` is its top window, `window` that of which it shows a share, or null.
+// Any thread that may send messages.
+placement find_placement(HWND child, HWND owner, const window_place* window);
 
 bool is_same_placement(const placement& a, const placement& b);
 

@@ -56,12 +56,12 @@ LRESULT CALLBACK child_procedure(HWND hwnd, UINT message, WPARAM first_word, LPA
 // What was uncovered is the child's to draw. A disabled child is a part of its parent, whose program does not know that
 // there is something to draw unless the parent hears of it.
 void repaint(HWND child, RECT uncovered) {
-  InvalidateRect(child, &uncovered, FALSE);
+  RedrawWindow(child, &uncovered, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN);
   HWND enabled = child;
   while (enabled && !IsWindowEnabled(enabled)) enabled = GetAncestor(enabled, GA_PARENT);
   if (!enabled || enabled == child || enabled == GetDesktopWindow()) return;
   MapWindowPoints(child, enabled, reinterpret_cast<POINT*>(&uncovered), 2);
-  InvalidateRect(enabled, &uncovered, FALSE);
+  RedrawWindow(enabled, &uncovered, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN);
 }
 
 }  // namespace
@@ -73,6 +73,7 @@ LRESULT CALLBACK stand_in_procedure(HWND hwnd, UINT message, WPARAM first_word, 
       const bool any = GetUpdateRect(hwnd, &uncovered, FALSE);
       ValidateRect(hwnd, nullptr);
       const stand_in* s = find_stand_in_by_window(hwnd);
+      if (s) MapWindowPoints(hwnd, s->child, reinterpret_cast<POINT*>(&uncovered), 2);
       if (any && s) repaint(s->child, uncovered);
       return 0;
     }

@@ -5,10 +5,12 @@
 
 #include <atomic>
 
+#include "window_place.h"
+
 // Where a stand-in belongs.
 struct placement {
-  RECT place;  // of the child's client area, in screen coordinates
-  RECT part;   // what its ancestors let be seen of it, in its own coordinates
+  RECT place;  // in screen coordinates: of the child's client area, or of the window that the child shows a share of
+  RECT part;   // what is seen of it, in its own coordinates: what the child and its ancestors let be seen
   bool visible;
 };
 
@@ -24,9 +26,13 @@ struct stand_in {
   HWND owner;  // the child's top window
   HWND hwnd;
   HDC hdc;
+  bool inside;              // it is a child of the child; else a popup window
   WNDPROC child_procedure;  // the one that ours replaced
-  placement now;            // changed under the lock, as the next
-  RECT owner_place;         // at the last look, on the screen
+  bool is_part;             // the child is the library's, and shows a share of its parent
+  bool has_window;          // the child shows a share of a window; changed under the lock, as the next three
+  window_place window;
+  placement now;
+  RECT owner_place;  // at the last look, on the screen
   unsigned looked_at;
   bool foremost;  // nothing lay over the owner at the last look
   // Read by threads that draw; `raise` set to `stand_ins` by those that show windows.
@@ -39,6 +45,10 @@ struct stand_in {
 // keeps no pointer. No window is moved, shown or destroyed under it.
 extern SRWLOCK stand_in_lock;
 extern std::atomic<stand_in*> first_stand_in;
+
+inline bool is_empty(SIZE size) {
+  return size.cx <= 0 || size.cy <= 0;
+}
 
 // The record with a child, with a window that stands in, or one of those with an owner; or null. On the window thread,
 // or under the lock.

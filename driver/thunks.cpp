@@ -9,7 +9,7 @@ static_assert(thunk_count == 2048);
 
 // A thunk is 16 bytes long and puts its number into eax, which no argument uses. The test is that of bound_thread().
 // The slow path keeps the registers that can hold arguments; arguments on the stack stay where they are, since nothing
-// is left on the stack when the target is entered.
+// is left on the stack when the target is entered. Where no call may reach the host the result is 0, of either kind.
 asm(R"(
     .text
     .p2align 4
@@ -31,8 +31,13 @@ driver_run_thunk:
     testq %r10, %r10
     jne 2f
 1:  call driver_bind_for_thunk
+    testq %r10, %r10
+    je 3f
 2:  leaq thunk_targets(%rip), %r10
     jmp *(%r10,%rax,8)
+3:  xorl %eax, %eax
+    xorps %xmm0, %xmm0
+    ret
 
     .p2align 4
     .seh_proc driver_bind_for_thunk
@@ -49,7 +54,8 @@ driver_bind_for_thunk:
     movaps %xmm1, 0x60(%rsp)
     movaps %xmm2, 0x70(%rsp)
     movaps %xmm3, 0x80(%rsp)
-    call driver_bind_current
+    call driver_bind_for_call
+    movzbl %al, %r10d
     movq 0x20(%rsp), %rax
     movq 0x28(%rsp), %rcx
     movq 0x30(%rsp), %rdx

@@ -1,5 +1,6 @@
 // Entries for functions whose prototypes the driver does not know. Each makes the calling thread's binding real, as
-// every entry of the driver does, and then jumps to the host with all arguments untouched.
+// every entry of the driver does, and then jumps to the host with all arguments untouched, or returns 0 if the binding
+// is refused.
 #pragma once
 
 #include "ops/ops.h"

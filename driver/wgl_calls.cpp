@@ -1,11 +1,14 @@
 // The wgl functions that are more than a call of the host's.
-#include "attribute_stack.h"
 #include "binding.h"
 #include "host.h"
 #include "names.h"
 #include "own_ops.h"
+#include "path_sign.h"
+#include "scissor_cut.h"
 #include "spare_window.h"
+#include "spread_process.h"
 #include "stand_in.h"
+#include "window_share.h"
 
 namespace {
 
@@ -30,16 +33,19 @@ bool is_drawn_to(const thread_state* thread, HDC hdc) {
   return c->draw.hdc == hdc || (c->draw.hwnd && c->draw.hwnd == WindowFromDC(hdc));
 }
 
-// What the host swaps for a device context of the application; null when there is nothing to show. A context that draws
-// there must be the host's current one, which alone the host flushes.
-HDC prepare_swap(HDC hdc) {
+// Lets `swap` show what the host swaps for a device context of the application, if there is anything to show. A context
+// that draws there must be the host's current one, which alone the host flushes.
+template <class Swap>
+BOOL swap_on_host(HDC hdc, Swap swap) {
   const thread_state* thread = this_thread();
   catch_up(WindowFromDC(hdc));
-  if (!is_drawn_to(thread, hdc)) return host_hdc(hdc);
-  if (!bind_current()) return host_hdc(hdc);
-  if (!thread->current->spared) return thread->current->host_draw;
+  if (!is_drawn_to(thread, hdc)) return swap(host_hdc(hdc));
+  retry_refused();
+  if (!bind_current()) return FALSE;
+  look_at_share(thread->current);
+  if (!thread->current->spared) return swap(thread->current->host_draw);
   host_gl_entry<glFlush_op>()();
-  return nullptr;
+  return TRUE;
 }
 
 HDC current_hdc(drawable context::*which) {
@@ -51,12 +57,19 @@ HDC current_hdc(drawable context::*which) {
 
 HGLRC own_call<wglCreateContext_op>::call(HDC hdc) {
   load_host();
+  note_creation(hdc);
   return enter_context(hdc, host_wgl_entry<wglCreateContext_op>()(host_hdc(hdc)));
 }
 
 HGLRC own_call<wglCreateLayerContext_op>::call(HDC hdc, int layer) {
   load_host();
+  note_creation(hdc);
   return enter_context(hdc, host_wgl_entry<wglCreateLayerContext_op>()(host_hdc(hdc), layer));
+}
+
+HGLRC own_call<wglCreateContextAttribsARB_op>::call(HDC hdc, HGLRC share, const int* attributes) {
+  load_host();
+  return enter_context(hdc, host_wgl_entry<wglCreateContextAttribsARB_op>()(host_hdc(hdc), share, attributes));
 }
 
 BOOL own_call<wglCopyContext_op>::call(HGLRC source, HGLRC destination, UINT mask) {
@@ -64,7 +77,7 @@ BOOL own_call<wglCopyContext_op>::call(HGLRC source, HGLRC destination, UINT mas
   const BOOL result = host_wgl_entry<wglCopyContext_op>()(source, destination, mask);
   const context* from = find_context(source);
   context* to = find_context(destination);
-  if (result && from && to) copy_offsets(to, from, mask);
+  if (result && from && to) copy_cut(to, from, mask);
   return result;
 }
 
@@ -110,6 +123,7 @@ PROC own_call<wglGetProcAddress_op>::call(LPCSTR name) {
 }
 
 BOOL own_call<wglMakeCurrent_op>::call(HDC hdc, HGLRC hglrc) {
+  if (hglrc) note_drawing_thread(hdc);
   return note_binding(hdc, hdc, hglrc);
 }
 
@@ -132,13 +146,11 @@ BOOL own_call<wglSetPixelFormat_op>::call(HDC hdc, int format, const PIXELFORMAT
 }
 
 BOOL own_call<wglSwapBuffers_op>::call(HDC hdc) {
-  HDC shown = prepare_swap(hdc);
-  return shown ? host_wgl_entry<wglSwapBuffers_op>()(shown) : TRUE;
+  return swap_on_host(hdc, [](HDC shown) { return host_wgl_entry<wglSwapBuffers_op>()(shown); });
 }
 
 BOOL own_call<wglSwapLayerBuffers_op>::call(HDC hdc, UINT planes) {
-  HDC shown = prepare_swap(hdc);
-  return shown ? host_wgl_entry<wglSwapLayerBuffers_op>()(shown, planes) : TRUE;
+  return swap_on_host(hdc, [planes](HDC shown) { return host_wgl_entry<wglSwapLayerBuffers_op>()(shown, planes); });
 }
 
 // One by one, as each may need a binding of its own; bit i of the result is set when swap i succeeded.
@@ -151,14 +163,10 @@ DWORD own_call<wglSwapMultipleBuffers_op>::call(UINT count, const WGLSWAP* swaps
   return swapped;
 }
 
-// Not offered; see extension_names.cpp.
-HGLRC own_call<wglCreateContextAttribsARB_op>::call(HDC, HGLRC, const int*) {
-  return nullptr;
-}
-
 // Makes the driver context `driver_context` the calling thread's, on the drawable that it was last bound to, even while
 // another thread owns it. The second argument is 0. False, with no change, when that cannot be; see binding.h.
 BOOL own_call<wglFastSwitchContextZ4_op>::call(HANDLE driver_context, UINT) {
+  note_switching();
   return switch_to(static_cast<context*>(driver_context));
 }
 

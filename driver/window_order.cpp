@@ -1,5 +1,7 @@
 #include "window_order.h"
 
+#include "x_errors.h"
+
 namespace {
 
 constexpr UINT order_alone = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER;
@@ -31,11 +33,15 @@ void leave_front(const raised_windows& list, HWND owner) {
   if (list.count == 1) SetWindowPos(list.hwnd[0], owner, 0, 0, 0, 0, order_alone);
 }
 
-// Where the mouse is stands in an answer of the server's, which comes after all that it was asked before; Wine does
-// not ask within 100 ms of a move of the mouse.
+// Where the mouse is stands in an answer of the server's, which comes after all that this thread asked before. But Wine
+// does not ask within 100 ms of a move of the mouse, and takes it for one that a window is shown under the mouse. So
+// the server is asked by the connection that is drawn with, too. It takes turns with its connections: in the first
+// answer's turn it may not yet have looked whether another has asked something, in the second's the other may come
+// later.
 void await_server() {
   POINT unused;
   GetCursorPos(&unused);
+  for (int turn = 0; turn < 3; ++turn) await_errors();
 }
 
 bool is_owned_by(HWND hwnd, HWND owner) {

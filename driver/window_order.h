@@ -32,7 +32,7 @@ void move_to_front(const raised_windows& list, UINT flags);
 void leave_front(const raised_windows& list, HWND owner);
 
 // Returns when the X server has heard what this thread asked for before: it hears of a window from this thread, and of
-// what is drawn in it by another connection. Right after a move of the mouse nothing is awaited.
+// what is drawn in it by another connection.
 void await_server();
 
 bool is_owned_by(HWND hwnd, HWND owner);

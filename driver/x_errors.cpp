@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "host.h"
+#include "passing_context.h"
 #include "report.h"
 
 namespace {
@@ -19,26 +20,14 @@ HPBUFFERARB make_pbuffer(HDC hdc, int pixel_format) {
   return host_wgl_entry<wglCreatePbufferARB_op>()(hdc, pixel_format, 1, 1, no_attributes);
 }
 
-// The host tells of an extension only under a context.
-HPBUFFERARB make_pbuffer_under_context(HDC hdc, int pixel_format) {
-  HGLRC hglrc = host_wgl_entry<wglCreateContext_op>()(hdc);
-  if (!hglrc) return nullptr;
-  HPBUFFERARB pbuffer = nullptr;
-  if (host_wgl_entry<wglMakeCurrent_op>()(hdc, hglrc)) {
-    pbuffer = make_pbuffer(hdc, pixel_format);
-    host_wgl_entry<wglMakeCurrent_op>()(nullptr, nullptr);
-  }
-  host_wgl_entry<wglDeleteContext_op>()(hglrc);
-  return pbuffer;
-}
-
 }  // namespace
 
 void prepare_to_await_errors(HDC hdc, int pixel_format) {
   static bool tried;
   if (tried) return;
   tried = true;
-  asked = make_pbuffer_under_context(hdc, pixel_format);
+  // The host tells of an extension only under a context.
+  asked = under_passing_context(hdc, [=] { return make_pbuffer(hdc, pixel_format); });
   if (!asked) report("no pbuffer of pixel format %d to await the X server with", pixel_format);
 }
 

@@ -1,13 +1,9 @@
 # shellcheck shell=bash
 # What a script needs of the machine before it can do anything: packages, and a built tree. Sourced, not run.
-# shellcheck disable=SC2034  # the package lists are used by the scripts
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-
-build_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64 libcli11-dev libtinyobjloader-dev
-                googletest libgtest-dev libgmock-dev libbenchmark-dev)
-wine_packages=(wine wine64 xvfb libgl1 libgl1-mesa-dri libglx-mesa0 libxcomposite1 libxinerama1 libxrandr2
-               x11-utils x11-xserver-utils imagemagick)
+# shellcheck source=scripts/packages.bash
+. "$root/scripts/packages.bash"
 
 say() {
   printf '%s\n' "$*" >&2
@@ -23,42 +19,6 @@ die() {
 wrong_use() {
   say "${0##*/}: $*"
   exit 2
-}
-
-# packaged_file PACKAGE ENDING: prints the path of the package's first file that ends so; status 1 if there is none.
-packaged_file() {
-  # Reads to the end: a pipe closed early would end dpkg with a failure.
-  dpkg -L "$1" | awk -v ending="$2" \
-    '!found && substr($0, length($0) - length(ending) + 1) == ending { print; found = 1 } END { exit !found }'
-}
-
-as_root() {
-  if [ "$(id -u)" -eq 0 ]; then
-    "$@"
-  elif command -v sudo >/dev/null; then
-    sudo "$@"
-  else
-    die "neither root nor sudo here; as root, run: $*"
-  fi
-}
-
-# need_packages PACKAGE...: installs those of Debian's packages that are missing, and says which.
-need_packages() {
-  command -v dpkg-query >/dev/null || die "this machine has no dpkg; install by hand what provides: $*"
-  local package missing=()
-  for package in "$@"; do
-    [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
-  done
-  [ ${#missing[@]} -gt 0 ] || return 0
-  say "installing: ${missing[*]}"
-  mkdir -p "$root/build"
-  local log=$root/build/apt.log
-  local install=(env DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300
-                 install -y -q --no-install-recommends "${missing[@]}")
-  # The lists of a fresh machine are empty or old; one that is up to date is not asked again.
-  as_root "${install[@]}" >"$log" 2>&1 && return 0
-  as_root apt-get -o Acquire::Retries=3 update -q >>"$log" 2>&1 || die "apt-get update failed, see $log"
-  as_root "${install[@]}" >>"$log" 2>&1 || die "apt-get install failed, see $log"
 }
 
 # fetch_source PACKAGE FOLDER: the source of one of Debian's packages, as its authors gave it out, in FOLDER. By lists of

@@ -4,7 +4,20 @@
 #
 # The prefix stands below build/wine/, one for each script, so that two scripts can run at once.
 
+# shellcheck source=scripts/hang.bash
+. "$root/scripts/hang.bash"
+
+# How a Windows program is started. The heap of Wine's loader, which stands at a fixed address, begins anywhere within the
+# gigabyte behind it: once in some thousand starts where Wine must have a page of its own, and the program does not
+# start. So addresses are not chosen at random, where the machine lets one say so.
+wine=(wine)
+if setarch -R true 2>/dev/null; then wine=(setarch -R wine); fi
+
 xvfb_pid=
+# Whether a process that the kernel ends for a fault leaves an image of its memory in its folder.
+keep_images=
+# Whether the programs that run, if any, have found just the one monitor that a new X server has.
+monitors_are_new=
 screen_size=1600x900
 
 # begin_wine NAME: the script's own X server and prefix, made if they are missing and put into a known state: one
@@ -19,11 +32,14 @@ begin_wine() {
   trap 'exit 143' TERM HUP
   if [ -z "${keep_display:-}" ] || [ -z "${DISPLAY:-}" ]; then
     start_xvfb "$1"
+    monitors_are_new=1
   fi
   timeout 20 xdpyinfo >/dev/null 2>&1 || die "the X server $DISPLAY does not answer"
   wine_environment "$1"
   if [ ! -e "$WINEPREFIX/osw-ready" ]; then
     make_prefix
+    # The first program to come finds them before it is told how.
+    monitors_are_new=
   fi
   install_host_library
   reset_registry
@@ -31,9 +47,12 @@ begin_wine() {
 
 wine_environment() {
   export WINEPREFIX=$root/build/wine/$1 WINEARCH=win64
+  # Else a file may have no name beyond ASCII.
+  export LC_ALL=C.UTF-8
   # A message box is traced, so that watch_run sees it; all else is silent.
   export WINEDEBUG=${WINEDEBUG:--all,+msgbox}
-  export WINEDLLPATH=$root/build/wine/host-library OSW_DRIVER_HOST=opengl32host.dll
+  # A host that was named before is the one that is wanted.
+  export WINEDLLPATH=$root/build/wine/host-library OSW_DRIVER_HOST=${OSW_DRIVER_HOST:-opengl32host.dll}
   unset WAYLAND_DISPLAY
   mkdir -p "$root/build/wine"
   use_our_library
@@ -68,11 +87,29 @@ start_xvfb() {
   die "the X server did not start, see build/wine/$1.xvfb.log"
 }
 
+# Each is a copy of one that is made once, and shares its files: but for those of the registry, which the server writes
+# where they are, nobody changes one.
 make_prefix() {
   say "making a Wine prefix: ${WINEPREFIX#"$root"/}"
+  local pattern=$root/build/wine/pattern file
+  rm -rf "$WINEPREFIX"
+  (
+    flock -w 300 5 || die "another script does not come to an end with build/wine/pattern"
+    [ -e "$pattern/osw-ready" ] || make_pattern "$pattern"
+  ) 5>"$pattern.lock" || exit 1
+  cp -al "$pattern" "$WINEPREFIX" 2>/dev/null || { rm -rf "$WINEPREFIX" && cp -a "$pattern" "$WINEPREFIX"; }
+  for file in "$WINEPREFIX"/*.reg "$WINEPREFIX/.update-timestamp"; do
+    cp -p "$file" "$file.own"
+    mv "$file.own" "$file"
+  done
+}
+
+# make_pattern FOLDER: the prefix that others are copies of.
+make_pattern() {
+  local -x WINEPREFIX=$1
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX"
-  timeout -k 5 180 wineboot -i >"$WINEPREFIX.log" 2>&1 8>&- || die "wineboot failed, see ${WINEPREFIX#"$root"/}.log"
+  timeout -k 5 180 "${wine[@]}" wineboot -i >"$WINEPREFIX.log" 2>&1 5>&- 8>&- || die "wineboot failed, see ${WINEPREFIX#"$root"/}.log"
   timeout -k 5 60 wineserver -w || die "the new Wine prefix does not come to rest"
   : >"$WINEPREFIX/osw-ready"
 }
@@ -105,7 +142,21 @@ REGEDIT4
 
 [-HKEY_LOCAL_MACHINE\Software\Z4graphics\OGLSPANWrapper]
 REG
-  timeout -k 5 60 wine regedit /S "Z:$WINEPREFIX/osw.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+  timeout -k 5 60 "${wine[@]}" regedit /S "Z:$WINEPREFIX/osw.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+    die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
+}
+
+# unmanage PROGRAM...: their windows expect no window manager, as none is there. Others' wait for its answer when they are
+# destroyed, for two seconds each.
+unmanage() {
+  local program
+  {
+    printf 'REGEDIT4\n\n'
+    for program in "$@"; do
+      printf '[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\%s\\X11 Driver]\n"Managed"="N"\n\n' "$program"
+    done
+  } >"$WINEPREFIX/unmanaged.reg"
+  timeout -k 5 60 "${wine[@]}" regedit /S "Z:$WINEPREFIX/unmanaged.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
     die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
 }
 
@@ -120,9 +171,20 @@ declare -A arrangements=(
 # set_monitors COUNT|NAME: one monitor of the whole screen, COUNT side by side, or those of the name, for programs
 # started from now on.
 set_monitors() {
-  local name area primary output=screen number=0 areas=()
   [[ -v arrangements[$1] || "$1" =~ ^[1-9][0-9]?$ ]] || die "no monitors are called $1; there are: ${!arrangements[*]}"
+  # Wine takes seconds to start anew.
+  if [ "$1" = 1 ] && [ -n "$monitors_are_new" ]; then
+    await_monitors 1
+    return
+  fi
+  monitors_are_new=
   end_programs
+  lay_out_monitors "$1"
+}
+
+# lay_out_monitors COUNT|NAME: tells the X server, and waits until Wine knows. No program may run.
+lay_out_monitors() {
+  local name area primary output=screen number=0 areas=()
   while read -r name; do xrandr --delmonitor "$name" &>/dev/null || true; done < <(
     xrandr --listmonitors | sed -nE 's/^ *[0-9]+: [+*]*(osw[0-9]+) .*/\1/p')
   read -r -a areas <<<"${arrangements[$1]:-$(row_of_monitors "$1")}"
@@ -134,6 +196,20 @@ set_monitors() {
     output=none
     number=$((number + 1))
   done
+  await_monitors "$((number > 0 ? number : 1))"
+}
+
+# await_monitors COUNT: the first program finds the monitors out for those that come after it. On a loaded machine it has
+# been late with them, and the next had the monitors of before.
+await_monitors() {
+  local tries said=
+  for tries in 1 2 3 4 5; do
+    said=$(timeout -k 5 60 "${wine[@]}" "$root/build/windows/oswctl.exe" status 2>>"$WINEPREFIX.log" 8>&- | sed -n '1{s/\r$//;p}') ||
+      true
+    case $said in "$1 monitor" | "$1 monitors") return ;; esac
+    end_programs
+  done
+  die "Wine has not come to $1 monitors in $tries tries, it says: $said"
 }
 
 # row_of_monitors COUNT: prints as many side by side; one is the screen itself, and no monitor of ours.
@@ -153,7 +229,7 @@ set_threaded() {
 
 # set_option NAME VALUE: for programs started from now on.
 set_option() {
-  timeout -k 5 60 wine "$root/build/windows/oswctl.exe" set "$1" "$2" >>"$WINEPREFIX.log" 2>&1 8>&- ||
+  timeout -k 5 60 "${wine[@]}" "$root/build/windows/oswctl.exe" set "$1" "$2" >>"$WINEPREFIX.log" 2>&1 8>&- ||
     die "oswctl set $1 failed, see ${WINEPREFIX#"$root"/}.log"
 }
 
@@ -173,20 +249,33 @@ stage() {
   cp "$@" "$root/build/windows/opengl32.dll" "$root/build/windows/opengl32sys.dll" "$folder"
 }
 
-# start_run SECONDS LOG PROGRAM ARGS...: starts a Windows program in the background, with what it prints in LOG.
-# Sets run_pid, run_log and run_until.
+# start_run SECONDS LOG PROGRAM ARGS...: starts a Windows program in the background, with what it prints in LOG. With 0
+# SECONDS it may run for ever. Sets run_pid, run_log and run_until.
 start_run() {
   local seconds=$1
-  run_until=$((SECONDS + seconds))
+  run_until=$((seconds > 0 ? SECONDS + seconds : 0))
   run_log=$2
   shift 2
   : >"$run_log"
-  timeout -k 5 "$seconds" wine "$@" >"$run_log" 2>&1 </dev/null 8>&- &
+  # finish_run is there first, and looks at what goes on before it ends it.
+  (
+    [ -z "$keep_images" ] || ulimit -c unlimited || true
+    exec timeout -k 5 "$((seconds > 0 ? seconds + 120 : 0))" "${wine[@]}" "$@"
+  ) >"$run_log" 2>&1 </dev/null 8>&- &
   run_pid=$!
 }
 
 run_alive() {
   kill -0 "$run_pid" 2>/dev/null
+}
+
+run_overdue() {
+  [ "$run_until" -gt 0 ] && [ "$SECONDS" -ge "$run_until" ]
+}
+
+# The run may be waited for: it is alive, within its time, and shows no message box.
+run_goes_on() {
+  run_alive && ! run_overdue && ! run_stuck
 }
 
 # The text of a message box that the run shows, on one line; no result and no output if it shows none.
@@ -210,28 +299,31 @@ finish_run() {
       wait "$run_pid" || true
       return 125
     fi
+    if run_overdue; then
+      describe_run "$run_log"
+      end_programs
+      kill "$run_pid" 2>/dev/null || true
+      wait "$run_pid" || true
+      return 124
+    fi
     sleep 0.1
   done
   local status=0
   wait "$run_pid" || status=$?
-  # The limit ends the first process alone; what it had started goes with the server. A process that is killed before is
-  # one that Wine's server found slow to leave.
-  if [ "$status" -eq 124 ] || { [ "$status" -eq 137 ] && [ "$SECONDS" -ge "$run_until" ]; }; then
-    end_programs
-    status=124
-  elif grep -aq '^X Error of failed request' "$run_log"; then
+  if grep -aq '^X Error of failed request' "$run_log"; then
     status=126
   fi
   return "$status"
 }
 
-# run_words STATUS: what a status of finish_run means.
+# run_words STATUS: what a status of finish_run means, or 127 for a run that left an image of its memory.
 run_words() {
   case $1 in
     0) echo "ended well" ;;
     124) echo "did not end within its time" ;;
     125) echo "showed a message box: $(run_message_box)" ;;
     126) echo "had an error of the X server's: $(grep -a -m 1 '^X Error of failed request' "$run_log")" ;;
+    127) echo "was ended by a fault outside of what Wine sees, its status says nothing" ;;
     *) echo "ended with status $1" ;;
   esac
 }

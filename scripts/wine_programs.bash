@@ -7,6 +7,7 @@
 # run one list into one folder at once, each in a prefix of its own: who takes a program first runs it.
 run_wine_programs() {
   local list=$1 folder=$2 monitors="" path=0
+  keep_images=1
   begin_wine "$3"
   unmanage test_pictures.exe reference.exe
   shift 3
@@ -23,31 +24,17 @@ run_wine_programs() {
       set_monitors "$monitors"
     fi
     mode=${mode// /}
-    if [[ "$mode" == threaded* ]] && [ "$path" -ne 1 ]; then
+    if [[ "${mode#basic-}" == threaded* ]] && [ "$path" -ne 1 ]; then
       path=1
       set_threaded 1
-    elif [[ "$mode" == spanned* ]] && [ "$path" -ne 0 ]; then
+    elif [[ "${mode#basic-}" == spanned* ]] && [ "$path" -ne 0 ]; then
       path=0
       set_threaded 0
-    elif [[ "$mode" == both* ]]; then
+    elif [[ "${mode#basic-}" == both* ]]; then
       path=-1
     fi
     run_wine_program "$name" "$((seconds))" "$mode" "$command" "$folder/$name"
   done 6<"$list"
-}
-
-# unmanage PROGRAM...: their windows expect no window manager, as none is there. Others' wait for its answer when they are
-# destroyed, for two seconds each.
-unmanage() {
-  local program
-  {
-    printf 'REGEDIT4\n\n'
-    for program in "$@"; do
-      printf '[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\%s\\X11 Driver]\n"Managed"="N"\n\n' "$program"
-    done
-  } >"$WINEPREFIX/unmanaged.reg"
-  timeout -k 5 60 wine regedit /S "Z:$WINEPREFIX/unmanaged.reg" >>"$WINEPREFIX.log" 2>&1 8>&- ||
-    die "the registry of the Wine prefix could not be written, see ${WINEPREFIX#"$root"/}.log"
 }
 
 # run_wine_program NAME SECONDS MODE COMMAND FOLDER: one program. Its folder is removed if it passes.
@@ -65,14 +52,15 @@ run_wine_program() {
   local command=("$folder/$program" "${arguments[@]}")
   # Wine's server kills a process that takes long to leave, on a loaded machine any, and its status with it: the server
   # has the true one, and tells it to whoever waits by the platform's means, as oswctl does too.
-  local waiting=(start /b /wait /unix)
-  case $mode in
+  local waiting=(start /b /wait /unix) options=()
+  if [[ "$mode" == basic-* ]]; then options=(--basic); fi
+  case ${mode#basic-} in
     bypassed) command=("${waiting[@]}" "${command[@]}") ;;
     spanned | threaded | both)
-      command=("$folder/oswctl.exe" run -- "${command[@]}")
+      command=("$folder/oswctl.exe" run "${options[@]}" -- "${command[@]}")
       ;;
     spanned-2 | spanned-4 | threaded-2 | threaded-4 | both-2 | both-4)
-      command=("$folder/oswctl.exe" run --parts "${mode#*-}" -- "${command[@]}")
+      command=("$folder/oswctl.exe" run "${options[@]}" --parts "${mode##*-}" -- "${command[@]}")
       ;;
     plain)
       use_wines_library
@@ -88,12 +76,15 @@ run_wine_program() {
   start_run "$seconds" "$log" "${command[@]}"
   popd >/dev/null || return
   finish_run || status=$?
+  if has_image "$folder"; then status=127; fi
   if [ "$status" -eq 0 ]; then
     echo "$name passed"
     rm -rf "$folder"
   else
     echo "$name $(run_words "$status")"
-    # What the switch had set for the run may still be there.
+    describe_faults "$log" "$folder"
+    rm -f "$folder"/core "$folder"/core.*
+    # Options that the program had set may still be there.
     reset_registry
   fi
 }

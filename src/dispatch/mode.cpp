@@ -5,6 +5,10 @@
 
 namespace {
 
+bool is_extended() {
+  return gl_ops_in_use > gl_op_count;
+}
+
 void enter(__osw_thread_state* state, i32 mode, const __osw_proc* gl_table, const path_work& path) {
   state->mode = mode;
   state->gl_table = gl_table;
@@ -23,7 +27,7 @@ void __osw_bind_system(__osw_thread_state* state) {
 }
 
 void __osw_enter_no_context(__osw_thread_state* state) {
-  enter(state, mode_no_context, __osw_gl_table_nocontext, no_context_path);
+  enter(state, mode_no_context, __osw_gl_table_nocontext, is_extended() ? finishing_no_context_path : no_context_path);
 }
 
 void __osw_enter_sequential(__osw_thread_state* state) {
@@ -31,7 +35,7 @@ void __osw_enter_sequential(__osw_thread_state* state) {
 }
 
 void __osw_enter_threaded(__osw_thread_state* state) {
-  enter(state, mode_threaded, __osw_gl_table_mt, threaded_path);
+  enter(state, mode_threaded, __osw_gl_table_mt, is_extended() ? finishing_threaded_path : threaded_path);
 }
 
 void __osw_enter_pass_through(__osw_thread_state* state) {

@@ -32,5 +32,5 @@ __osw_proc pass_proc() {
 }  // namespace
 
 void __osw_fill_gl_table_pass() {
-  for_each_gl_op([]<class Op>() { __osw_gl_table_pass[Op::op] = pass_proc<Op>(); });
+  for_each_gl_op_in_use([]<class Op>() { __osw_gl_table_pass[Op::op] = pass_proc<Op>(); });
 }

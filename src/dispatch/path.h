@@ -41,3 +41,7 @@ extern const path_work pass_path;
 
 extern const path_work sequential_path;
 extern const path_work threaded_path;
+
+// Those of the extended mode: a swap hands its list over.
+extern const path_work finishing_no_context_path;
+extern const path_work finishing_threaded_path;

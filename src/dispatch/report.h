@@ -27,3 +27,8 @@ void __osw_report(const char* severity, const char* format, Arguments... argumen
   message[sizeof message - 1] = 0;
   __osw_send_report(severity, message);
 }
+
+// The same with a text in which nothing is to be formatted.
+inline void __osw_report(const char* severity, const char* message) {
+  __osw_send_report(severity, message);
+}

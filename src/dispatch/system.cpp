@@ -88,8 +88,8 @@ void bind_wgl_and_leave(i32 first_use) {
 
 void bind_gl_locked() {
   const system_library library = load_system_library();
-  fill(library, __osw_gl_names, __osw_sys_gl, gl_op_count);
-  warn_of_missing(__osw_gl_names, __osw_sys_gl, gl_op_count);
+  fill(library, __osw_gl_names, __osw_sys_gl, gl_ops_in_use);
+  warn_of_missing(__osw_gl_names, __osw_sys_gl, gl_ops_in_use);
   set(__osw_gl_bound_done);
 }
 
@@ -106,10 +106,12 @@ void __osw_bind_wgl(i32 first_use) {
   bind_wgl_and_leave(first_use);
 }
 
-void await_wgl_binding() {
-  if (is_set(__osw_wgl_bound_done)) return;
+__osw_proc await_wgl_entry(const __osw_proc* table, int op) {
+  if (is_set(__osw_wgl_bound_done)) return relaxed_load(table[op]);
   EnterCriticalSection(&__osw_wgl_bind_lock);
+  __osw_proc entry = relaxed_load(table[op]);
   LeaveCriticalSection(&__osw_wgl_bind_lock);
+  return entry;
 }
 
 void bind_wgl_unless_busy(i32 first_use) {

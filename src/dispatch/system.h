@@ -22,8 +22,10 @@ void __osw_bind_wgl(i32 first_use);
 // one within the lock of the binding, and then nothing is done.
 void bind_wgl_unless_busy(i32 first_use);
 
-// Returns when no other thread is filling `__osw_sys_wgl`, or that is complete. Any thread, without the lock.
-void await_wgl_binding();
+// Looks an op's entry up when no other thread is filling `__osw_sys_wgl`, whose address is `table`: seen outside of the
+// lock, the next binding may have emptied it again. Result: the entry, or null when the system has none. Any thread,
+// without the lock.
+__osw_proc await_wgl_entry(const __osw_proc* table, int op);
 
 // Whether a thread of this process has ever called the library. A process that has not loads nothing, and calls nobody,
 // when its threads and it itself come to their ends. Any thread.

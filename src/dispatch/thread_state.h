@@ -9,6 +9,7 @@ struct __osw_glrc;
 struct __osw_pbuffer;
 struct __osw_window_mapping;
 struct path_work;
+struct staged_block;
 
 constexpr int max_parts = 16;
 constexpr int max_thread_states = 64;
@@ -55,7 +56,8 @@ struct __osw_thread_state {
   u64 map_size;              // the buffer mapped on the sequential path
   void* map_staging;
   void* map_part_pointers[max_parts];
-  UINT_PTR idle_timer;            // nonzero while the timer that hands over an idle list is armed
+  staged_block* staged_blocks;    // that the application may still hold, the last one made first
+  i32 unmapped_blocks;            // of these; which ones is not known
   __osw_thread_ctrl* ctrl_block;  // the second TLS slot's value, freed with the state
   __osw_thread_ctrl started;      // the threads made so far: a start that failed half-way is taken up by the next
   const path_work* path;          // what the wgl functions do in this mode; never null
@@ -112,6 +114,5 @@ template <class Op>
 inline typename Op::type* sys_wgl(const __osw_thread_state* state) {
   if (auto* entry = entry_in<Op>(state->sys_wgl)) [[likely]]
     return entry;
-  await_wgl_binding();
-  return entry_in<Op>(state->sys_wgl);
+  return reinterpret_cast<typename Op::type*>(await_wgl_entry(state->sys_wgl, Op::op));
 }

@@ -10,6 +10,7 @@
   template <>                                                                                                      \
   constexpr function##_op::type* entry_point<function##_op> = osw_##function;
 #include "ops/gl_ops.inc"
+#include "ops/gl_wide.inc"
 #undef GL_OP
 
-const __osw_proc (&__osw_gl_entries)[gl_op_count] = entry_table<gl_op_list>::entries;
+const __osw_proc (&__osw_gl_entries)[gl_all_count] = entry_table<gl_all_list>::entries;

@@ -27,3 +27,13 @@ struct op_list {
     return {{value.template operator()<Ops>()...}};
   }
 };
+
+// The rows of two lists, those of the second behind those of the first.
+template <class First, class Second>
+struct join_op_lists;
+template <class Before, class... Firsts, class OtherBefore, class... Seconds>
+struct join_op_lists<op_list<Before, Firsts...>, op_list<OtherBefore, Seconds...>> {
+  using joined = op_list<Before, Firsts..., Seconds...>;
+};
+template <class First, class Second>
+using joined_op_list = typename join_op_lists<First, Second>::joined;

@@ -1,5 +1,5 @@
-// How many values the pnames of the sized parameter calls take. 0 for any other pname: then no value reaches the
-// workers through the vector form of the call. The tables are narrow on purpose.
+// How many values the pnames of the sized parameter calls take. Of those of gl_ops.inc it is 0 for any other pname:
+// then no value reaches the workers through the vector form of the call. Their tables are narrow on purpose.
 #pragma once
 
 #include "ops/types.h"
@@ -129,4 +129,25 @@ constexpr u32 __osw_point_param_count(GLenum pname) {
     default:
       return 0;
   }
+}
+
+// The calls of gl_wide.inc. Any pname of a texture's or a sampler's that is not named here takes one value.
+constexpr u32 texture_values(GLenum pname) {
+  return pname == GL_TEXTURE_BORDER_COLOR || pname == GL_TEXTURE_SWIZZLE_RGBA ? 4 : 1;
+}
+
+constexpr u32 patch_values(GLenum pname) {
+  switch (pname) {
+    case GL_PATCH_DEFAULT_OUTER_LEVEL:
+      return 4;
+    case GL_PATCH_DEFAULT_INNER_LEVEL:
+      return 2;
+    default:
+      return 0;
+  }
+}
+
+// Of the buffer of a framebuffer that is cleared.
+constexpr u32 clear_values(GLenum buffer) {
+  return buffer == GL_COLOR ? 4 : 1;
 }

@@ -15,9 +15,37 @@ struct array_payload {
   u64 elements;
 };
 
+// The last pointer names so many items of so many elements each, or nothing when it is null.
+struct items_payload {
+  i32 items;
+  u64 elements;
+};
+
+// The last pointer names a string.
+struct text_payload {
+  const char* text;
+};
+
 // The last pointer names so many bytes. Below 0: the call is one that GL refuses.
 struct block_payload {
   int64_t bytes;
+};
+
+// The last pointer names one pixel, or nothing when it is null.
+struct texel_payload {
+  GLenum format;
+  GLenum type;
+};
+
+// Each pointer names so many bytes, in the order of the parameters, or nothing when it is null.
+template <size_t count>
+struct arrays_payload {
+  u64 bytes[count];
+};
+
+// The last pointer names room for so many names, which the call makes.
+struct names_payload {
+  i32 items;
 };
 
 // The last pointer names an image of so many sizes; those beyond are 1.
@@ -34,6 +62,27 @@ constexpr record_payload payload_in_record(u32 elements) {
 
 constexpr array_payload payload_fits(i32 items, u64 elements = 1) {
   return {items, elements};
+}
+
+constexpr items_payload payload_items(i32 items, u64 elements = 1) {
+  return {items, elements};
+}
+
+constexpr text_payload payload_text(const char* text) {
+  return {text};
+}
+
+constexpr texel_payload payload_texel(GLenum format, GLenum type) {
+  return {format, type};
+}
+
+template <class... Bytes>
+constexpr arrays_payload<sizeof...(Bytes)> payload_arrays(Bytes... bytes) {
+  return {{bytes...}};
+}
+
+constexpr names_payload payload_made(i32 items) {
+  return {items};
 }
 
 constexpr block_payload payload_block(int64_t bytes) {
@@ -62,6 +111,18 @@ constexpr u64 __osw_checked_bytes(i32 count, u64 item_size) {
   if (count < 0) return 0;
   const u64 bytes = static_cast<u64>(count) * item_size;
   return bytes > largest_block ? too_many_bytes : bytes;
+}
+
+// The same for counts of any kind.
+constexpr u64 bytes_of_array(int64_t count, u64 item_size) {
+  return count > static_cast<int64_t>(largest_block)
+             ? too_many_bytes
+             : __osw_checked_bytes(count < 0 ? 0 : static_cast<i32>(count), item_size);
+}
+
+// With its end.
+constexpr u64 bytes_of_text(const char* text) {
+  return text ? __builtin_strlen(text) + 1 : 0;
 }
 
 // Bytes of `count` list names of `type`, or `too_many_bytes`; 0 for a count below 1 and for a type that is none.

@@ -1,9 +1,9 @@
 #include "ops/tables.h"
 
 u32 __osw_wgl_sync_flags[wgl_op_count];
-u32 __osw_gl_sync_flags[gl_op_count];
+u32 __osw_gl_sync_flags[gl_all_count];
 const char* __osw_wgl_op_names[wgl_op_count];
-const char* __osw_gl_op_names[gl_op_count];
+const char* __osw_gl_op_names[gl_all_count];
 u32 __osw_wgl_sync_filled;
 u32 __osw_gl_sync_filled;
 
@@ -30,10 +30,10 @@ struct label_of {
 // Flag and label go together: only an op that can make the issuing thread wait is ever counted and printed.
 template <class Op>
 void mark(u32* flags, const char** labels) {
-  if constexpr (Op::sync == op_sync::sync) {
-    flags[Op::op] = 1;
-    labels[Op::op] = label_of<Op>::text.of;
-  }
+  constexpr bool waits = Op::sync == op_sync::sync;
+  flags[Op::op] = waits;
+  labels[Op::op] = nullptr;
+  if constexpr (waits) labels[Op::op] = label_of<Op>::text.of;
 }
 
 }  // namespace
@@ -44,6 +44,6 @@ void __osw_fill_wgl_sync() {
 }
 
 void __osw_fill_gl_sync() {
-  for_each_gl_op([]<class Op>() { mark<Op>(__osw_gl_sync_flags, __osw_gl_op_names); });
+  for_each_gl_form_in_use([]<class Op>() { mark<Op>(__osw_gl_sync_flags, __osw_gl_op_names); });
   __osw_gl_sync_filled = 1;
 }

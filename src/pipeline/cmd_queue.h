@@ -9,9 +9,17 @@ constexpr u32 cmd_list_limit = 5000;    // the count at which a list is full
 constexpr u32 cmd_list_margin = 100;    // records beyond the limit, which nothing uses
 constexpr u32 app_mask_bit = 1u << 31;  // the issuing thread's bit in `start_mask` and `done_mask`
 
+// What the issuing thread has reported of the list that it fills, without waiting for the flip. The later holds more.
+enum list_report : u32 {
+  list_kept,      // nothing: the list is its own
+  list_offered,   // the list may be flipped; until it is, the report can be taken back
+  list_finished,  // the list is flipped as it is
+};
+
 // Who may touch what: the masks only under the lock of the same name; the records and count of the list being filled,
-// `last_sync_flag` and the counters only the issuing thread; the list being read only the workers; the four list
-// pointers only the swap thread, while everyone else waits at a mask. `last_result` is stored by every worker, relaxed.
+// `last_sync_flag`, `report` and the counters only the issuing thread; the list being read only the workers; the four
+// list pointers only the swap thread, while everyone else waits at a mask. `last_result` is stored by every worker,
+// relaxed.
 struct __osw_cmd_queue {
   CONDITION_VARIABLE start_cond;  // workers and issuing thread: the flip
   CONDITION_VARIABLE done_cond;   // swap thread: everyone has finished
@@ -47,7 +55,9 @@ struct __osw_cmd_queue {
   u64 last_result;            // of the latest replay on any worker; relaxed
   u32 abandoned;              // 1: no swap thread could be made, so that workers end at the start; under `start_lock`
   u32 users;                  // threads that may still touch the queue, its issuing thread included; atomic
+  u32 report;                 // a `list_report`; the list is touched only while it is `list_kept`
   __osw_thread_state* owner;  // set when the state has been destroyed: freed together with the queue
+  u32 wide_sync_count[gl_all_count - gl_op_count];  // as gl_sync_count, of the ops behind them
 };
 
 // Makes the calling thread's queue, unless it has one. Result: 1, or 0 without memory; nothing is kept then.

@@ -4,10 +4,14 @@
 
 namespace {
 
+u32* gl_count_of(__osw_cmd_queue* queue, i32 op) {
+  return op < gl_op_count ? &queue->gl_sync_count[op] : &queue->wide_sync_count[op - gl_op_count];
+}
+
 void count_sync(__osw_cmd_queue* queue) {
   const __osw_cmd& last = (*queue->fill_list)[*queue->fill_count - 1];
   if (last.type == __osw_cmd_wgl) ++queue->wgl_sync_count[last.op];
-  if (last.type == __osw_cmd_gl) ++queue->gl_sync_count[last.op];
+  if (last.type == __osw_cmd_gl) ++*gl_count_of(queue, last.op);
   if (last.type == cmd_sync) ++queue->send_sync_count;
 }
 
@@ -21,6 +25,16 @@ void drop_list(__osw_cmd_queue* queue) {
 void give_up(__osw_cmd_queue* queue) {
   queue->worker_bits = 0;
   drop_list(queue);
+}
+
+void report_list(const __osw_thread_state* state, list_report report) {
+  __osw_cmd_queue* queue = state->cmd_queue;
+  if (queue->report == list_kept) {
+    if (!*queue->fill_count) return;
+    if (!queue->worker_bits) return drop_list(queue);
+    report_done(queue, queue->app_bit);
+  }
+  if (queue->report < report) queue->report = report;
 }
 
 void hand_over(const __osw_thread_state* state) {
@@ -47,6 +61,18 @@ void __osw_hand_over_full(__osw_thread_state* state) {
   hand_over(state);
 }
 
-void __osw_hand_over_idle(__osw_thread_state* state) {
-  if (*state->cmd_queue->fill_count) hand_over(state);
+void finish_list(__osw_thread_state* state) {
+  report_list(state, list_finished);
+}
+
+void offer_list(__osw_thread_state* state) {
+  report_list(state, list_offered);
+}
+
+void take_list(const __osw_thread_state* state) {
+  __osw_cmd_queue* queue = state->cmd_queue;
+  const u32 report = queue->report;
+  queue->report = list_kept;
+  if (report == list_offered && take_report_back(queue, queue->app_bit)) return;
+  if (!wait_for_flip(queue, state->started.swap_thread)) give_up(queue);
 }

@@ -25,6 +25,14 @@ void report_done(__osw_cmd_queue* queue, u32 bit) {
   LeaveCriticalSection(&queue->done_lock);
 }
 
+bool take_report_back(__osw_cmd_queue* queue, u32 bit) {
+  EnterCriticalSection(&queue->done_lock);
+  const bool is_there = queue->done_mask & bit;
+  queue->done_mask &= ~bit;
+  LeaveCriticalSection(&queue->done_lock);
+  return is_there;
+}
+
 void report_left(__osw_cmd_queue* queue, u32 bit) {
   EnterCriticalSection(&queue->done_lock);
   queue->done_mask |= bit;

@@ -12,6 +12,12 @@
 //     wait_for_replay      <──                            report_replayed
 //     close_start
 //
+// A thread that shows what it has drawn and does not wait reports, and comes for the flip when it has more to say. If
+// it has only offered the list, and the flip has not come, it goes on with the same list:
+//
+//     report_done          ──>
+//     take_report_back
+//
 // A worker that has taken the exit command says report_left. When all have, wait_for_everyone tells the swap thread,
 // which leaves with release_exit_flush.
 //
@@ -24,6 +30,10 @@
 
 // Issuing thread or worker: it is through with its list.
 void report_done(__osw_cmd_queue* queue, u32 bit);
+
+// Issuing thread, after `report_done`: takes the report back. Result: false when it is too late, because everyone was
+// through with their lists; the flip comes then, and must be waited for.
+bool take_report_back(__osw_cmd_queue* queue, u32 bit);
 
 // Worker, after `report_done`: waits for the flip, and closes the start behind itself. Result: whether there is a list
 // to go on with; false when its queue was abandoned.

@@ -5,17 +5,16 @@
 namespace {
 
 void append_bare(__osw_thread_state* state, u32 type) {
-  __osw_cmd_queue* queue = state->cmd_queue;
-  __osw_next_cmd(queue)->type = type;
-  ++*queue->fill_count;
+  begin_cmd(state)->type = type;
+  ++*state->cmd_queue->fill_count;
   __osw_flush_sync(state);
 }
 
 }  // namespace
 
 void __osw_push_wgl_cmd(__osw_thread_state* state, i32 op, u32 arg_count, const u64* args, u32) {
+  __osw_cmd* cmd = begin_cmd(state);
   __osw_cmd_queue* queue = state->cmd_queue;
-  __osw_cmd* cmd = __osw_next_cmd(queue);
   ++*queue->fill_count;
   cmd->type = __osw_cmd_wgl;
   cmd->op = op;

@@ -6,8 +6,8 @@
 // Appends a GL command with `arg_count` slots, whose blobs `blob_mask` names, then waits for its replay when the op is
 // synchronous, or hands the list over when it is full. What an encoder has put in the record's later slots stays.
 inline void __osw_push_gl_cmd(__osw_thread_state* state, i32 op, u32 arg_count, const u64* args, u32 blob_mask) {
+  __osw_cmd* cmd = begin_cmd(state);
   __osw_cmd_queue* queue = state->cmd_queue;
-  __osw_cmd* cmd = __osw_next_cmd(queue);
   ++*queue->fill_count;
   cmd->type = __osw_cmd_gl;
   cmd->op = op;

@@ -5,6 +5,7 @@
 
 #include "ops/ops.h"
 #include "pipeline/cmd.h"
+#include "pipeline/replay_names.h"
 
 // Carries out one command on one part. The arguments are those of a replay_scene, one by one, so that they stay in
 // registers. Result: what the function returned, as a slot.
@@ -20,22 +21,38 @@ inline u64 call_with(Result (*)(Parameters...), const u64* args, Call call, std:
   }
 }
 
-// Calls `call` with the record's slots at the types of the op's parameters.
+// Calls `call` with a record's slots at the types of the op's parameters.
 template <class Op, class Call>
-inline u64 call_with_slots(const __osw_cmd& cmd, Call call) {
-  return call_with(static_cast<typename Op::type*>(nullptr), cmd.args, call,
+inline u64 call_with_slots(const u64* args, Call call) {
+  return call_with(static_cast<typename Op::type*>(nullptr), args, call,
                    std::make_index_sequence<parameter_count<Op>>());
 }
 
 template <class Op>
 u64 replay_slots(__osw_thread_state*, const __osw_proc* system, i32, __osw_cmd* cmd) {
-  return call_with_slots<Op>(*cmd, entry_in<Op>(system));
+  return call_with_slots<Op>(cmd->args, entry_in<Op>(system));
 }
 
 template <class Op>
 u64 replay_own(__osw_thread_state* state, const __osw_proc* system, i32 part, __osw_cmd* cmd) {
   const replay_scene on{state, system, part, cmd};
-  return call_with_slots<Op>(*cmd, [&on](auto... arguments) { return Op::replay(on, arguments...); });
+  return call_with_slots<Op>(cmd->args, [&on](auto... arguments) { return Op::replay(on, arguments...); });
+}
+
+template <class Op>
+u64 replay_create(__osw_thread_state*, const __osw_proc* system, i32 part, __osw_cmd* cmd) {
+  typename Op::type* const entry = entry_in<Op>(system);
+  if constexpr (std::is_void_v<typename prototype<typename Op::type>::result>) {
+    replay_array_of_names<Op>(cmd, part, [&](GLuint* made) {
+      u64 args[parameter_count<Op>];
+      memcpy(args, cmd->args, sizeof args);
+      if (made) args[array_slot<Op>] = to_slot(made);
+      call_with_slots<Op>(args, entry);
+    });
+    return 0;
+  } else {
+    return replay_name<Op>(cmd, part, [&] { return from_slot<GLuint>(call_with_slots<Op>(cmd->args, entry)); });
+  }
 }
 
 // The case of an op by its row's word; null for one of which there are no commands.
@@ -43,6 +60,8 @@ template <class Op>
 constexpr replay_case case_of() {
   if constexpr (Op::replaying::value == replay_word::own) {
     return replay_own<Op>;
+  } else if constexpr (Op::replaying::value == replay_word::create) {
+    return replay_create<Op>;
   } else if constexpr (Op::replaying::value == replay_word::slots) {
     return replay_slots<Op>;
   } else {

@@ -8,7 +8,22 @@
 
 namespace {
 
-constexpr auto gl_cases = gl_op_list::column<replay_case>([]<class Op>() { return case_of<Op>(); });
+// By op, in the form that the op has in this mode. Filled at process attach, constant afterwards.
+replay_case gl_cases[gl_all_count];
+
+// Of an op without handlers there are no commands, nor of one that is the application's context's alone.
+u64 replay_nothing(__osw_thread_state*, const __osw_proc*, i32, __osw_cmd*) {
+  return 0;
+}
+
+template <class Op>
+constexpr replay_case case_or_nothing() {
+  if constexpr (makes_commands<Op>) {
+    return case_of<Op>();
+  } else {
+    return replay_nothing;
+  }
+}
 
 // No worker touches a blob after it has counted itself, so the last one may free them all.
 void release_blobs(__osw_cmd* cmd) {
@@ -41,11 +56,15 @@ void glViewportOffsetZ4_op::replay(const replay_scene& on, GLint, GLint) {
   entry_in<glViewportOffsetZ4_op>(on.system)(x, y);
 }
 
+void fill_gl_cases() {
+  for_each_gl_form_in_use([]<class Op>() { gl_cases[Op::op] = case_or_nothing<Op>(); });
+}
+
 void __osw_replay_gl(__osw_thread_state* state, __osw_cmd_queue* queue, const __osw_proc* sys_gl, i32 part,
                      __osw_cmd* cmd) {
   u64 result = 0;
-  if (static_cast<u32>(cmd->op) < static_cast<u32>(gl_op_count)) {
-    result = gl_cases.of[cmd->op](state, sys_gl, part, cmd);
+  if (static_cast<u32>(cmd->op) < static_cast<u32>(gl_ops_in_use)) {
+    result = gl_cases[cmd->op](state, sys_gl, part, cmd);
   }
   if (cmd->blob_mask) release_blobs(cmd);
   relaxed_store(cmd->result, result);

@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr auto wgl_cases = wgl_op_list::column<replay_case>([]<class Op>() { return case_of<Op>(); });
+// As gl_cases.
+replay_case wgl_cases[wgl_op_count];
 
 // The part's own drawable under the binding that the issuing thread has set, or null when it has none.
 HDC child_hdc(const __osw_thread_state* state, i32 part) {
@@ -95,8 +96,12 @@ BOOL wglSetPbufferAttribARB_op::replay(const replay_scene& on, HPBUFFERARB hpbuf
   return call_on_child_pbuffer<wglSetPbufferAttribARB_op>(on, hpbuffer, attributes);
 }
 
+void fill_wgl_cases() {
+  for_each_wgl_form_in_use([]<class Op>() { wgl_cases[Op::op] = case_of<Op>(); });
+}
+
 void __osw_replay_wgl(__osw_thread_state* state, __osw_cmd_queue*, const __osw_proc* sys_wgl, i32 part,
                       __osw_cmd* cmd) {
   if (static_cast<u32>(cmd->op) >= static_cast<u32>(wgl_op_count)) return;
-  if (const replay_case replay = wgl_cases.of[cmd->op]) replay(state, sys_wgl, part, cmd);
+  if (const replay_case replay = wgl_cases[cmd->op]) replay(state, sys_wgl, part, cmd);
 }

@@ -32,7 +32,8 @@ void __osw_print_sync_info(const __osw_thread_state* state) {
                static_cast<int>(state->thread_id), static_cast<void*>(state->current_hdc),
                static_cast<void*>(state->current_hglrc), state->frame_count);
   const u32 wgl_sum = print_counts(queue->wgl_op_names, queue->wgl_sync_count, wgl_op_count);
-  const u32 gl_sum = print_counts(queue->gl_op_names, queue->gl_sync_count, gl_op_count);
+  u32 gl_sum = print_counts(queue->gl_op_names, queue->gl_sync_count, gl_op_count);
+  gl_sum += print_counts(queue->gl_op_names + gl_op_count, queue->wide_sync_count, gl_ops_in_use - gl_op_count);
   print_count("__osw_send_sync_cmd", queue->send_sync_count);
   __osw_report(severity_info, "cmd buffer full num: %d (cmd buf size = %d)\n", static_cast<int>(queue->full_count),
                static_cast<int>(cmd_list_limit));
@@ -46,6 +47,7 @@ void __osw_reset_sync_info(__osw_thread_state* state) {
   if (!queue) return;
   memset(queue->wgl_sync_count, 0, sizeof queue->wgl_sync_count);
   memset(queue->gl_sync_count, 0, sizeof queue->gl_sync_count);
+  memset(queue->wide_sync_count, 0, sizeof queue->wide_sync_count);
   queue->send_sync_count = 0;
   queue->full_count = 0;
 }

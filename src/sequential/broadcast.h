@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "dispatch/alias.h"
+#include "sequential/broadcast_names.h"
 #include "sequential/parts/switch.h"
 
 // What the op calls: the entry that an alias named, when one is borrowing this body, and else the system's own.
@@ -28,6 +29,33 @@ Result broadcast(Parameters... arguments) {
   }
 }
 
+// Calls the op on the first part alone.
+template <class Op, class Result, class... Parameters>
+Result call_on_first_part(Parameters... arguments) {
+  const __osw_thread_state* state = __osw_fetch_thread_state();
+  typename Op::type* target = seq_target<Op>(state);
+  if (__osw_part_count > 0) __osw_switch_to_part(state, 0);
+  if constexpr (std::is_void_v<Result>) {
+    target(arguments...);
+    __osw_switch_to_app(state);
+  } else {
+    const Result result = target(arguments...);
+    __osw_switch_to_app(state);
+    return result;
+  }
+}
+
+// The form of what makes names. Result: the last part's, when the call returns it.
+template <class Op, class Result, class... Parameters>
+Result broadcast_names(Parameters... arguments) {
+  const __osw_thread_state* state = __osw_fetch_thread_state();
+  if constexpr (std::is_void_v<Result>) {
+    broadcast_array_of_names<Op>(state, seq_target<Op>(state), arguments...);
+  } else {
+    return broadcast_name<Op>(state, seq_target<Op>(state), arguments...);
+  }
+}
+
 // The general form of an op, for a handler of the op's own that also repeats the call.
 template <class Op>
 constexpr typename Op::type* repeat_on_each_part = broadcast<Op>;
@@ -46,6 +74,10 @@ template <class Op>
 inline typename Op::type* broadcaster() {
   if constexpr (Op::sequential::value == sequential_word::own) {
     return Op::broadcast;
+  } else if constexpr (Op::sequential::value == sequential_word::first) {
+    return call_on_first_part<Op>;
+  } else if constexpr (Op::sequential::value == sequential_word::create) {
+    return broadcast_names<Op>;
   } else if constexpr (std::is_same_v<typename Op::base, none_op>) {
     return broadcast<Op>;
   } else {

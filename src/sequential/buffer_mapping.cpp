@@ -1,10 +1,11 @@
 // Buffer mapping. Each part has a mapping of its own, and the application one zeroed block for all of them: the block
 // is copied into every part's mapping when it is unmapped, and not before. One buffer at a time is staged on a thread.
-#include <cstdlib>
+#include <atomic>
 #include <cstring>
 
 #include "dispatch/report.h"
 #include "sequential/broadcast.h"
+#include "sequential/staged_blocks.h"
 
 namespace {
 
@@ -26,18 +27,25 @@ void __osw_get_map_pointers(__osw_thread_state* state, GLenum target) {
 }
 
 void forget_staging(__osw_thread_state* state) {
-  free(state->map_staging);
   state->map_staging = nullptr;
   state->map_size = 0;
   memset(state->map_part_pointers, 0, sizeof state->map_part_pointers);
 }
 
+// The program is the same in each of its frames: said once, it is known.
+void report_second(const char* function) {
+  static std::atomic<bool> reported;
+  if (reported.exchange(true)) return;
+  __osw_report(severity_warning, "%s of a second buffer: what is written to the first one reaches no part.\n",
+               function);
+}
+
 // Result: the block, or null without memory; the parts are unmapped again then.
 void* stage(__osw_thread_state* state, GLenum target, u64 size, const char* function) {
+  if (state->map_staging) report_second(function);
   __osw_get_map_pointers(state, target);
   state->map_size = size;
-  state->map_staging = calloc(size, 1);
-  if (state->map_staging) return state->map_staging;
+  if (void* block = make_staged_block(state, size, state->map_part_pointers[0])) return block;
   __osw_report(severity_error, "no memory for the buffer of %s\n", function);
   __osw_for_each_part(state, [=](i32) { sys_gl<glUnmapBuffer_op>(state)(target); });
   forget_staging(state);
@@ -93,6 +101,7 @@ GLboolean glUnmapBuffer_op::broadcast(GLenum target) {
   if (ask_first_part(state, target, GL_BUFFER_MAPPED)) {
     copy_to_parts(state);
     forget_staging(state);
+    end_staged_block(state);
   }
   GLboolean result = 0;
   __osw_for_each_part(state, [&](i32) { result = unmap(target); });

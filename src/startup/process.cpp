@@ -7,6 +7,8 @@
 #include "dispatch/pass_through.h"
 #include "dispatch/process_end.h"
 #include "dispatch/system.h"
+#include "extended/fences.h"
+#include "pipeline/replay.h"
 #include "pipeline/threads.h"
 #include "sequential/sequential_table.h"
 #include "startup/config/app_list.h"
@@ -34,6 +36,14 @@ void stop_for_debugger() {
   volatile bool stopped = true;
   while (stopped) {
   }
+}
+
+// The extended mode is for this process alone, and for its whole life.
+void choose_mode() {
+  u32 wanted = 0;
+  if (!read_option_variable("OSW_EXTENDED", &wanted) || !wanted) return;
+  gl_ops_in_use = gl_all_count;
+  make_fence_lock();
 }
 
 void make_locks() {
@@ -70,6 +80,8 @@ void fill_tables() {
   __osw_fill_gl_table_seq();
   __osw_fill_gl_table_mt();
   __osw_fill_gl_table_pass();
+  fill_gl_cases();
+  fill_wgl_cases();
 }
 
 // The system library is not loaded here but at the first thread state.
@@ -77,6 +89,7 @@ void attach_process() {
   stop_for_debugger();
   __osw_read_options();
   __osw_debug_spin();
+  choose_mode();
   __osw_state_slot = TlsAlloc();
   __osw_ctrl_slot = TlsAlloc();
   make_locks();
@@ -115,6 +128,7 @@ void detach_process(bool ends) {
   DeleteCriticalSection(&__osw_worker_arg_lock);
   DeleteCriticalSection(&__osw_mapping_lock);
   DeleteCriticalSection(&__osw_class_lock);
+  if (gl_ops_in_use > gl_op_count) delete_fence_lock();
 }
 
 }  // namespace

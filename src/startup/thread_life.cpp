@@ -2,9 +2,9 @@
 
 #include <cstdlib>
 
-#include "pipeline/idle.h"
 #include "pipeline/statistics.h"
 #include "pipeline/threads.h"
+#include "sequential/staged_blocks.h"
 #include "wgl/records/window_mapping.h"
 
 u32 __osw_destroy_thread_state(__osw_thread_state* state) {
@@ -12,7 +12,7 @@ u32 __osw_destroy_thread_state(__osw_thread_state* state) {
   __osw_unlist_thread_state(state);
   __osw_print_sync_info(state);
   __osw_drop_window_mapping(state->window_mapping);
-  free(state->map_staging);
+  free_staged_blocks(state);
   free(state->ctrl_block);
   __osw_cmd_queue* queue = state->cmd_queue;
   if (!queue) {
@@ -35,7 +35,6 @@ void __osw_detach_thread() {
   const bool called = state != nullptr;
   if (!called) state = make_ending_thread_state();
   if (!state) return;
-  __osw_disarm_idle_timer(state);
   __osw_end_thread_state(state);
   if (called) TlsSetValue(__osw_state_slot, shared_thread_state());
   TlsSetValue(__osw_ctrl_slot, nullptr);

@@ -1,12 +1,12 @@
 // glArrayElement, unrolled into the immediate mode calls that it stands for.
+#include "threaded/array_element.h"
+
 #include "threaded/capture.h"
 #include "threaded/encoders.h"
 
 namespace {
 
 constexpr u32 unrolled = 2;
-
-using vector_call = void (*)(const __osw_client_array& array, const void* data);
 
 // Enters the encoder of a call that takes the vector alone, as the application's own call would.
 template <class Op>
@@ -130,22 +130,6 @@ vector_call element_call(edge_flag_array, const __osw_client_array&) {
   return call_vector<glEdgeFlagv_op>;
 }
 
-// The call that sends one element of the array, or null when no call takes its size and type. With attribute 0 enabled
-// the vertex array's data go out as a normal.
-vector_call call_for(const __osw_client_array& array, bool has_attribute_0) {
-  if (array.index >= first_attribute_index) return attribute_call(array);
-  if (array.array == GL_VERTEX_ARRAY && has_attribute_0) return element_call(normal_array(), array);
-  vector_call call = nullptr;
-  for_client_array(array.array, [&]<class Array>() { call = element_call(Array(), array); });
-  return call;
-}
-
-const void* element_of(const __osw_client_array& array, GLint i) {
-  const i32 packed = array.size * static_cast<i32>(__osw_gl_type_size(array.type));
-  const auto stride = static_cast<int64_t>(array.stride ? array.stride : packed);
-  return static_cast<const u8*>(array.pointer) + i * stride;
-}
-
 // Result: 0 when no array is in application memory, 1 when some are and some are not, 2 when the element has been sent.
 u32 __osw_array_element(const __osw_thread_state* state, GLint i) {
   const __osw_client_state& client_state = state->glrc->client_state;
@@ -161,6 +145,20 @@ u32 __osw_array_element(const __osw_thread_state* state, GLint i) {
 }
 
 }  // namespace
+
+vector_call call_for(const __osw_client_array& array, bool has_attribute_0) {
+  if (array.index >= first_attribute_index) return attribute_call(array);
+  if (array.array == GL_VERTEX_ARRAY && has_attribute_0) return element_call(normal_array(), array);
+  vector_call call = nullptr;
+  for_client_array(array.array, [&]<class Array>() { call = element_call(Array(), array); });
+  return call;
+}
+
+const void* element_of(const __osw_client_array& array, GLint i) {
+  const i32 packed = array.size * static_cast<i32>(__osw_gl_type_size(array.type));
+  const auto stride = static_cast<int64_t>(array.stride ? array.stride : packed);
+  return static_cast<const u8*>(array.pointer) + i * stride;
+}
 
 void glArrayElement_op::encode(GLint i) {
   __osw_thread_state* state = __osw_fetch_thread_state();

@@ -9,12 +9,6 @@
 
 namespace {
 
-u8* make_blob(u64 bytes, const char* function) {
-  auto* blob = bytes == too_many_bytes ? nullptr : static_cast<u8*>(malloc(bytes ? bytes : 1));
-  if (!blob) __osw_report(severity_error, "no memory for the data of %s\n", function);
-  return blob;
-}
-
 bool is_readable(const MEMORY_BASIC_INFORMATION& region) {
   constexpr DWORD readable = PAGE_READONLY | PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READ |
                              PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
@@ -34,12 +28,18 @@ u64 readable_bytes(const u8* data, u64 bytes) {
 
 }  // namespace
 
+void* make_blob(u64 bytes, const char* function) {
+  void* blob = bytes == too_many_bytes ? nullptr : malloc(bytes ? bytes : 1);
+  if (!blob) __osw_report(severity_error, "no memory for the data of %s\n", function);
+  return blob;
+}
+
 void* __osw_copy_to_blob(const void* data, u64 bytes, const char* function) {
   return copy_reached_to_blob(data, bytes, bytes, function);
 }
 
 void* copy_reached_to_blob(const void* data, u64 told, u64 reached, const char* function) {
-  u8* blob = make_blob(reached, function);
+  auto* blob = static_cast<u8*>(make_blob(reached, function));
   if (!blob) return nullptr;
   memcpy(blob, data, told);
   const u8* beyond = static_cast<const u8*>(data) + told;

@@ -3,6 +3,9 @@
 
 #include "ops/types.h"
 
+// Makes a block of the heap. Null without memory, and for `too_many_bytes`, after a report that names `function`.
+void* make_blob(u64 bytes, const char* function);
+
 // Copies `bytes` from `data` into a block of the heap. Null without memory, and for `too_many_bytes`, after a report
 // that names `function`.
 void* __osw_copy_to_blob(const void* data, u64 bytes, const char* function);

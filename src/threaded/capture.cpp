@@ -1,5 +1,6 @@
 #include "threaded/capture.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,9 +15,9 @@ struct array_list {
   u32 count;
 };
 
-array_list list_unbuffered(const __osw_client_state* client_state) {
+array_list list_of(u32 mask) {
   array_list list{};
-  for (u32 mask = client_state->enabled_mask & ~client_state->buffered_mask; mask; mask &= mask - 1) {
+  for (; mask; mask &= mask - 1) {
     list.indices[list.count++] = static_cast<u32>(__builtin_ctz(mask));
   }
   return list;
@@ -25,6 +26,7 @@ array_list list_unbuffered(const __osw_client_state* client_state) {
 void set_effective_stride(__osw_client_array* array) {
   const u32 packed = static_cast<u32>(array->size) * __osw_gl_type_size(array->type);
   array->effective_stride = array->stride ? static_cast<u32>(array->stride) : packed;
+  array->reach = array->effective_stride;
 }
 
 u64 address(const void* pointer) {
@@ -68,15 +70,25 @@ void lower_base(__osw_client_state* client_state, __osw_array_group* group, cons
   }
 }
 
+// Bytes of a group's vertex that one of its arrays reads.
+u32 reached_bytes(const __osw_client_state* client_state, const array_list& list, u32 group) {
+  u64 reached = 0;
+  for (u32 i = 0; i < list.count; ++i) {
+    const __osw_client_array& array = client_state->arrays[list.indices[i]];
+    if (array.group == group) reached = std::max(reached, u64{array.group_offset} + array.reach);
+  }
+  return static_cast<u32>(std::min(reached, u64{client_state->groups[group].stride}));
+}
+
 // Lays the groups out in the block. Result: its size in bytes; more than `largest_block` when there can be none.
-u64 lay_out_groups(__osw_client_state* client_state, u32 first, u64 end) {
+u64 lay_out_groups(__osw_client_state* client_state, const array_list& list, u32 first, u64 end) {
   u64 total = 0;
   for (u32 i = 0; i < client_state->group_count; ++i) {
     __osw_array_group* group = &client_state->groups[i];
     const u64 alloc = (group->stride * end + 7) & ~u64{7};
     group->blob_offset = static_cast<u32>(total);
     group->copy_start = group->stride * first;
-    group->copy_size = static_cast<u32>(group->stride * (end - first));
+    group->copy_size = static_cast<u32>(group->stride * (end - first - 1) + reached_bytes(client_state, list, i));
     group->alloc_size = static_cast<u32>(alloc);
     total += alloc;
     if (total > largest_block) break;
@@ -102,12 +114,23 @@ void push_tex_coord_pointer(__osw_thread_state* state, const __osw_client_array&
   if (unit != active) push<glClientActiveTexture_op>(state, GL_TEXTURE0 + active);
 }
 
+void push_attribute_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
+  const u32 attribute = array.index - first_attribute_index;
+  switch (array.kind) {
+    case array_kind::floats:
+      return push<glVertexAttribPointer_op>(state, attribute, array.size, array.type, array.normalized, array.stride,
+                                            pointer);
+    case array_kind::integers:
+      return push<extended_form<glVertexAttribIPointer_op>>(state, attribute, array.size, array.type, array.stride,
+                                                            pointer);
+    case array_kind::doubles:
+      return push<glVertexAttribLPointer_op>(state, attribute, array.size, array.type, array.stride, pointer);
+  }
+}
+
 // Aims the workers' array at `pointer`, with all else as the application gave it.
 void push_pointer(__osw_thread_state* state, const __osw_client_array& array, const void* pointer) {
-  if (array.index >= first_attribute_index) {
-    return push<glVertexAttribPointer_op>(state, array.index - first_attribute_index, array.size, array.type,
-                                          array.normalized, array.stride, pointer);
-  }
+  if (array.index >= first_attribute_index) return push_attribute_pointer(state, array, pointer);
   for_client_array(array.array, [&]<class Array>() {
     if constexpr (std::is_same_v<Array, tex_coord_array>) {
       push_tex_coord_pointer(state, array, pointer);
@@ -174,10 +197,19 @@ u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64
   if (indexed && client_state->element_buffer) return 1;
   if (end <= first) return 0;
 
-  const array_list list = list_unbuffered(client_state);
-  for (u32 i = 0; i < list.count; ++i) set_effective_stride(&client_state->arrays[list.indices[i]]);
+  const u32 mask = enabled & ~client_state->buffered_mask;
+  for (u32 rest = mask; rest; rest &= rest - 1) set_effective_stride(&client_state->arrays[__builtin_ctz(rest)]);
+  const u32 uncaptured = copy_listed_arrays(state, mask, first, end, captured);
+  if (uncaptured || captured->out_of_memory) return uncaptured;
+  if (mask) aim_listed_arrays(state, mask, bound_array_buffer(state), captured);
+  return 0;
+}
+
+u32 copy_listed_arrays(__osw_thread_state* state, u32 mask, u32 first, u64 end, captured_arrays* captured) {
+  __osw_client_state* client_state = &state->glrc->client_state;
+  const array_list list = list_of(mask);
   __osw_group_arrays(client_state, list.indices, list.count);
-  const u64 total = lay_out_groups(client_state, first, end);
+  const u64 total = lay_out_groups(client_state, list, first, end);
   if (total > largest_block) return 1;
   // Arrays that take no bytes are aimed at a null block.
   u8* blob = total ? static_cast<u8*>(malloc(total)) : nullptr;
@@ -187,13 +219,15 @@ u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64
     return 0;
   }
   if (blob) copy_groups(client_state, blob);
-  if (list.count) {
-    captured->array_buffer = bound_array_buffer(state);
-    push_addresses(state, captured->array_buffer, [&] { aim_at_blob(state, list, blob, &captured->mask); });
-  }
   captured->blobs[0] = blob;
   captured->blob_count = blob ? 1 : 0;
   return 0;
+}
+
+void aim_listed_arrays(__osw_thread_state* state, u32 mask, GLuint array_buffer, captured_arrays* captured) {
+  const auto* blob = captured->blob_count ? static_cast<const u8*>(captured->blobs[0]) : nullptr;
+  captured->array_buffer = array_buffer;
+  push_addresses(state, array_buffer, [&] { aim_at_blob(state, list_of(mask), blob, &captured->mask); });
 }
 
 void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 count) {

@@ -23,6 +23,12 @@ u32 __osw_gl_type_size(GLenum type);
 // reads the application's arrays itself and has to be waited for; else 0. A range that is empty captures nothing.
 u32 __osw_capture_arrays(__osw_thread_state* state, bool indexed, u32 first, u64 end, captured_arrays* captured);
 
+// The two steps of it, for arrays that the caller has chosen, by index, and given an effective stride and a reach. The
+// first makes the block; its result is as above. The second, for what the first one has copied, pushes the pointer
+// commands; `array_buffer` is the buffer that the workers have bound.
+u32 copy_listed_arrays(__osw_thread_state* state, u32 mask, u32 first, u64 end, captured_arrays* captured);
+void aim_listed_arrays(__osw_thread_state* state, u32 mask, GLuint array_buffer, captured_arrays* captured);
+
 // Puts arrays that are interleaved in one block into one group. `list` holds `count` array indices in ascending order.
 void __osw_group_arrays(__osw_client_state* client_state, const u32* list, u32 count);
 

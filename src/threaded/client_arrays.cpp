@@ -30,7 +30,16 @@ void encode_array_switch(GLenum array, bool is_attribute, bool on) {
   push<Op>(state, array);
 }
 
-// The binding that the target names, or null for one that is not tracked.
+template <class Op>
+void encode_bind(GLenum target, GLuint name) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  mirror<Op>(state, target, name);
+  if (u32* binding = binding_of(client_state_of(state), target)) *binding = name;
+  push<Op>(state, target, name);
+}
+
+}  // namespace
+
 u32* binding_of(__osw_client_state* client_state, GLenum target) {
   switch (target) {
     case GL_ARRAY_BUFFER:
@@ -47,16 +56,6 @@ u32* binding_of(__osw_client_state* client_state, GLenum target) {
       return nullptr;
   }
 }
-
-template <class Op>
-void encode_bind(GLenum target, GLuint name) {
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  mirror<Op>(state, target, name);
-  if (u32* binding = binding_of(client_state_of(state), target)) *binding = name;
-  push<Op>(state, target, name);
-}
-
-}  // namespace
 
 u32 __osw_array_index(const __osw_thread_state*, const __osw_client_state* client_state, u32 value, bool is_attribute) {
   if (is_attribute) return value < attribute_count ? value + first_attribute_index : unknown_array;

@@ -13,3 +13,6 @@ u32 __osw_array_index(const __osw_thread_state* state, const __osw_client_state*
 // Records one pointer call. An attribute of 16 or above is not recorded.
 void __osw_set_client_array(const __osw_thread_state* state, __osw_client_state* client_state, u32 value,
                             bool is_attribute, i32 size, u32 type, u8 normalized, i32 stride, const void* pointer);
+
+// The binding that the target names, or null for one that is not tracked.
+u32* binding_of(__osw_client_state* client_state, GLenum target);

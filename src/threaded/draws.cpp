@@ -1,16 +1,12 @@
 // Draws from client arrays: the arrays are captured, the draw follows with the captured block in its record, and the
 // application's pointers are set again behind it.
+#include "threaded/draws.h"
+
 #include <cstdlib>
 
-#include "threaded/capture.h"
 #include "threaded/encoders.h"
 
 namespace {
-
-struct index_range {
-  u32 first = static_cast<u32>(-1);
-  u64 end = 0;  // one past the last; not above `first` when the range is empty
-};
 
 template <class T>
 index_range scan(const void* indices, GLsizei count) {
@@ -23,36 +19,6 @@ index_range scan(const void* indices, GLsizei count) {
   }
   if (count < 1) return {lowest, 0};
   return {lowest, u64{highest} + 1};
-}
-
-index_range scan_indices(GLenum type, const void* indices, GLsizei count) {
-  switch (type) {
-    case GL_UNSIGNED_BYTE:
-      return scan<GLubyte>(indices, count);
-    case GL_UNSIGNED_SHORT:
-      return scan<GLushort>(indices, count);
-    case GL_UNSIGNED_INT:
-      return scan<GLuint>(indices, count);
-    default:
-      return {};
-  }
-}
-
-// Bytes of an index; 0 for a type that is none.
-u32 index_bytes(GLenum type) {
-  const bool is_index = type == GL_UNSIGNED_BYTE || type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT;
-  return is_index ? __osw_gl_type_size(type) : 0;
-}
-
-// Puts the captured blocks into the record that the draw will use, behind its parameters. Result: their mask.
-u32 carry_blobs(const __osw_thread_state* state, u32 slot, const captured_arrays& captured) {
-  __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
-  u32 mask = 0;
-  for (u32 i = 0; i < captured.blob_count; ++i) {
-    cmd->args[slot + i] = to_slot(captured.blobs[i]);
-    mask |= 1u << (slot + i);
-  }
-  return mask;
 }
 
 // The tail of an element draw. `push_draw` pushes it with the index pointer and the mask that it is given.
@@ -78,6 +44,34 @@ void encode_elements(__osw_thread_state* state, GLsizei count, GLenum type, cons
 }
 
 }  // namespace
+
+index_range scan_indices(GLenum type, const void* indices, GLsizei count) {
+  switch (type) {
+    case GL_UNSIGNED_BYTE:
+      return scan<GLubyte>(indices, count);
+    case GL_UNSIGNED_SHORT:
+      return scan<GLushort>(indices, count);
+    case GL_UNSIGNED_INT:
+      return scan<GLuint>(indices, count);
+    default:
+      return {};
+  }
+}
+
+u32 index_bytes(GLenum type) {
+  const bool is_index = type == GL_UNSIGNED_BYTE || type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT;
+  return is_index ? __osw_gl_type_size(type) : 0;
+}
+
+u32 carry_blobs(const __osw_thread_state* state, u32 slot, const captured_arrays& captured) {
+  __osw_cmd* cmd = begin_cmd(state);
+  u32 mask = 0;
+  for (u32 i = 0; i < captured.blob_count; ++i) {
+    cmd->args[slot + i] = to_slot(captured.blobs[i]);
+    mask |= 1u << (slot + i);
+  }
+  return mask;
+}
 
 void glDrawArrays_op::encode(GLenum mode, GLint first, GLsizei count) {
   __osw_thread_state* state = __osw_fetch_thread_state();

@@ -64,6 +64,13 @@ Result encode_query(Parameters... arguments) {
   if constexpr (!std::is_void_v<Result>) return last_result<Result>(state);
 }
 
+// The application's own context alone, whether it follows other calls or not: what it tells comes on the program's
+// thread.
+template <class Op, class Result, class... Parameters>
+Result encode_app_only(Parameters... arguments) {
+  return sys_gl<Op>(__osw_fetch_thread_state())(arguments...);
+}
+
 // Copies `bytes` from `data` into the record's slots from `slot` on. A null `data` zeroes that one slot. Result: the
 // address of the slot, which is valid until the record has been replayed.
 inline void* put_in_record(__osw_cmd* cmd, u32 slot, const void* data, u64 bytes) {
@@ -92,7 +99,7 @@ inline T argument_in_record(__osw_cmd* cmd, u32* slot, u32 elements, T argument)
 // behind the parameters; a second has room behind it for elements of any width.
 template <class Op, class... Parameters>
 inline void push_copied(__osw_thread_state* state, const record_payload& payload, Parameters... arguments) {
-  __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
+  __osw_cmd* cmd = begin_cmd(state);
   u32 slot = sizeof...(Parameters);
   const u64 slots[] = {to_slot(argument_in_record(cmd, &slot, payload.elements, arguments))...};
   __osw_push_gl_cmd(state, Op::op, sizeof...(Parameters), slots, 0);

@@ -4,6 +4,7 @@
 
 #include "dispatch/alias.h"
 #include "threaded/encode_blob.h"
+#include "threaded/encode_names.h"
 #include "threaded/encode_pointer.h"
 
 template <class Op>
@@ -30,6 +31,10 @@ inline typename Op::type* encoder() {
     return encode_copied<Op>;
   } else if constexpr (Op::threaded::value == threaded_word::array) {
     return encode_pointer<Op>;
+  } else if constexpr (Op::threaded::value == threaded_word::create) {
+    return encode_names<Op>;
+  } else if constexpr (Op::threaded::value == threaded_word::app_only) {
+    return encode_app_only<Op>;
   } else if constexpr (Op::threaded::value == threaded_word::alias) {
     return encode_alias<Op>;
   } else {

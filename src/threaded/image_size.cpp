@@ -104,6 +104,11 @@ u32 __osw_pixel_type_size(GLenum type) {
   }
 }
 
+u64 texel_size(GLenum format, GLenum type) {
+  if (type == GL_FLOAT_32_UNSIGNED_INT_24_8_REV) return 8;
+  return u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type);
+}
+
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type) {
   if (width < 0 || height < 0 || depth < 0) return 0;
   const u64 bytes = bytes_of_image(pitch_of(state->glrc->unpack_store, width, height, format, type), depth);

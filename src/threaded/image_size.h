@@ -10,6 +10,9 @@ u32 __osw_pixel_components(GLenum format, GLenum type);
 // Bytes of a component, or of a pixel of a packed type; 0 for a type that is not known.
 u32 __osw_pixel_type_size(GLenum type);
 
+// Bytes of one pixel, as the calls take it that fill with it; 0 for a type that is not known.
+u64 texel_size(GLenum format, GLenum type);
+
 // Bytes of an image of width by height by depth pixels, without what the skips leave out before it. 0 when a size is
 // negative or the product does not fit 32 bits.
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type);

@@ -1,7 +1,7 @@
 // What wgl functions do on the threaded path: they travel in the list with the GL calls around them. And what they do
 // on no path, where workers may still have a list.
 #include "dispatch/path.h"
-#include "pipeline/idle.h"
+#include "pipeline/flush.h"
 #include "pipeline/threads.h"
 #include "threaded/encode.h"
 #include "wgl/records/pbuffer.h"
@@ -40,7 +40,14 @@ void push_wgl(__osw_thread_state* state, Arguments... arguments) {
 template <class... Planes>
 BOOL push_swap(__osw_thread_state* state, HDC hdc, Planes... planes) {
   push_wgl<wglSwapBuffers_op>(state, hdc, planes...);
-  __osw_arm_idle_timer(state);
+  return 1;
+}
+
+// The frame is on its way at once, for the program may have nothing more to say.
+template <class... Planes>
+BOOL push_swap_and_finish(__osw_thread_state* state, HDC hdc, Planes... planes) {
+  push_swap(state, hdc, planes...);
+  finish_list(state);
   return 1;
 }
 
@@ -49,9 +56,9 @@ BOOL swap_itself(__osw_thread_state* state, HDC hdc, Planes... planes) {
   return sys_wgl<Op>(state)(hdc, planes...);
 }
 
-template <class Op, class... Planes>
+template <class Op, auto push, class... Planes>
 BOOL swap_without_context(__osw_thread_state* state, HDC hdc, Planes... planes) {
-  return __osw_has_pipeline(state) ? push_swap(state, hdc, planes...) : swap_itself<Op>(state, hdc, planes...);
+  return __osw_has_pipeline(state) ? push(state, hdc, planes...) : swap_itself<Op>(state, hdc, planes...);
 }
 
 BOOL push_swap_interval(__osw_thread_state* state, int interval) {
@@ -78,40 +85,38 @@ BOOL push_pbuffer_attributes(__osw_thread_state* state, HPBUFFERARB hpbuffer, co
   return answered_later;
 }
 
+using swap_work = decltype(path_work::swap);
+using swap_layer_work = decltype(path_work::swap_layer);
+
+constexpr path_work work_in_a_list(swap_work swap, swap_layer_work swap_layer) {
+  return {
+      .send_viewport_offset = push_viewport_offset,
+      .send_drawable_size = push_drawable_size,
+      .send_viewport = push_viewport,
+      .swap = swap,
+      .swap_layer = swap_layer,
+      .swap_interval = push_swap_interval,
+      .bind_tex_image = push_tex_image<wglBindTexImageARB_op>,
+      .release_tex_image = push_tex_image<wglReleaseTexImageARB_op>,
+      .set_pbuffer_attributes = push_pbuffer_attributes,
+  };
+}
+
+constexpr path_work work_on_no_path(swap_work swap, swap_layer_work swap_layer) {
+  path_work work = work_in_a_list(swap, swap_layer);
+  work.send_viewport_offset = work.send_drawable_size = work.send_viewport = send_nothing;
+  return work;
+}
+
 }  // namespace
 
-const path_work threaded_path = {
-    .send_viewport_offset = push_viewport_offset,
-    .send_drawable_size = push_drawable_size,
-    .send_viewport = push_viewport,
-    .swap = push_swap,
-    .swap_layer = push_swap,
-    .swap_interval = push_swap_interval,
-    .bind_tex_image = push_tex_image<wglBindTexImageARB_op>,
-    .release_tex_image = push_tex_image<wglReleaseTexImageARB_op>,
-    .set_pbuffer_attributes = push_pbuffer_attributes,
-};
+const path_work threaded_path = work_in_a_list(push_swap, push_swap);
+const path_work finishing_threaded_path = work_in_a_list(push_swap_and_finish, push_swap_and_finish);
 
-const path_work no_context_path = {
-    .send_viewport_offset = send_nothing,
-    .send_drawable_size = send_nothing,
-    .send_viewport = send_nothing,
-    .swap = swap_without_context<wglSwapBuffers_op>,
-    .swap_layer = swap_without_context<wglSwapLayerBuffers_op>,
-    .swap_interval = push_swap_interval,
-    .bind_tex_image = push_tex_image<wglBindTexImageARB_op>,
-    .release_tex_image = push_tex_image<wglReleaseTexImageARB_op>,
-    .set_pbuffer_attributes = push_pbuffer_attributes,
-};
+const path_work no_context_path = work_on_no_path(swap_without_context<wglSwapBuffers_op, push_swap<>>,
+                                                  swap_without_context<wglSwapLayerBuffers_op, push_swap<UINT>>);
+const path_work finishing_no_context_path =
+    work_on_no_path(swap_without_context<wglSwapBuffers_op, push_swap_and_finish<>>,
+                    swap_without_context<wglSwapLayerBuffers_op, push_swap_and_finish<UINT>>);
 
-const path_work pass_path = {
-    .send_viewport_offset = send_nothing,
-    .send_drawable_size = send_nothing,
-    .send_viewport = send_nothing,
-    .swap = swap_itself<wglSwapBuffers_op>,
-    .swap_layer = swap_itself<wglSwapLayerBuffers_op>,
-    .swap_interval = push_swap_interval,
-    .bind_tex_image = push_tex_image<wglBindTexImageARB_op>,
-    .release_tex_image = push_tex_image<wglReleaseTexImageARB_op>,
-    .set_pbuffer_attributes = push_pbuffer_attributes,
-};
+const path_work pass_path = work_on_no_path(swap_itself<wglSwapBuffers_op>, swap_itself<wglSwapLayerBuffers_op>);

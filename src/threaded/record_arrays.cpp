@@ -10,7 +10,7 @@ namespace {
 template <class Op>
 void* place_behind(__osw_thread_state* state, const void* data, u64 bytes, u32* mask) {
   constexpr u32 behind = parameter_count<Op>;
-  __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
+  __osw_cmd* cmd = begin_cmd(state);
   if (bytes <= (cmd_slots - behind) * sizeof(u64)) return put_in_record(cmd, behind, data, bytes);
   void* blob = __osw_copy_to_blob(data, bytes, Op::name);
   if (!blob) return nullptr;

@@ -69,7 +69,7 @@ void glShaderSource_op::encode(GLuint shader, GLsizei count, const GLchar* const
     return;
   }
   __osw_shader_source_join(joined, count, strings, lengths);
-  __osw_cmd* cmd = __osw_next_cmd(state->cmd_queue);
+  __osw_cmd* cmd = begin_cmd(state);
   cmd->args[block_slot] = to_slot(joined);
   const u64 slots[block_slot] = {to_slot(shader), 1, to_slot(&cmd->args[block_slot]), 0};
   __osw_push_gl_cmd(state, op, block_slot, slots, 1u << block_slot);

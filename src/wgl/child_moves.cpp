@@ -18,6 +18,11 @@ UINT flags_for(HWND child, UINT flags) {
   return is_own(child) ? flags : flags | SWP_ASYNCWINDOWPOS;
 }
 
+void refresh_screen_rect(__osw_child_part* child) {
+  RECT screen;
+  if (GetWindowRect(relaxed_load(child->child_hwnd), &screen)) __osw_store_rect(child->screen_rect, screen);
+}
+
 bool stands_in_place(const __osw_window_mapping* mapping, const __osw_child_part& child) {
   RECT screen;
   if (!GetWindowRect(relaxed_load(child.child_hwnd), &screen)) return true;
@@ -44,8 +49,7 @@ void __osw_apply_child_rect(__osw_child_part* child) {
   const RECT rect = __osw_load_rect(child->part_rect);
   SetWindowPos(hwnd, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
                flags_for(hwnd, SWP_NOZORDER));
-  RECT screen;
-  if (GetWindowRect(hwnd, &screen)) __osw_store_rect(child->screen_rect, screen);
+  refresh_screen_rect(child);
 }
 
 void await_moves(__osw_window_mapping* mapping) {
@@ -54,8 +58,7 @@ void await_moves(__osw_window_mapping* mapping) {
     const HWND hwnd = relaxed_load(child.child_hwnd);
     if (is_own(hwnd) || stands_in_place(mapping, child)) continue;
     if (!relaxed_load(mapping->takes_no_messages) && !answers(hwnd)) relaxed_store(mapping->takes_no_messages, 1u);
-    RECT screen;
-    if (GetWindowRect(hwnd, &screen)) __osw_store_rect(child.screen_rect, screen);
+    refresh_screen_rect(&child);
     if (!stands_in_place(mapping, child)) relaxed_store(mapping->moves_missed, 1u);
   }
 }

@@ -23,6 +23,14 @@ void push_share(__osw_thread_state* state, const shared_pair& pair) {
   __osw_push_wgl_cmd(state, wglShareLists_op::op, 2, contexts, 0);
 }
 
+void share_here(const __osw_thread_state* state, const shared_pair& pair) {
+  const __osw_glrc* from = __osw_glrc_lookup(pair.first);
+  const __osw_glrc* to = __osw_glrc_lookup(pair.second);
+  for (i32 part = 0; from && to && part < __osw_part_count; ++part) {
+    sys_wgl<wglShareLists_op>(state)(from->child_hglrc[part], to->child_hglrc[part]);
+  }
+}
+
 bool has_record(HGLRC hglrc) {
   return hglrc && __osw_glrc_lookup(hglrc);
 }
@@ -31,16 +39,13 @@ bool has_record(HGLRC hglrc) {
 
 u32 __osw_glrc_register(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   if (__osw_glrc_lookup(hglrc)) return 1;
-  __osw_glrc glrc{};
-  glrc.app_hglrc = hglrc;
+  __osw_glrc glrc = new_glrc(hglrc);
   for (i32 part = 0; part < __osw_part_count; ++part) {
     glrc.child_hglrc[part] = create_child_context(state, hdc, part);
     if (glrc.child_hglrc[part]) continue;
     show_failure(nullptr, "Creating child glrc failed!");
     return 0;
   }
-  glrc.pack_store.alignment = 4;
-  glrc.unpack_store.alignment = 4;
   __osw_glrc_enter(glrc);
   return 1;
 }
@@ -99,6 +104,14 @@ BOOL wglCopyContext_op::handle(HGLRC source, HGLRC destination, UINT mask) {
 void __osw_push_remembered_shares(__osw_thread_state* state) {
   shared_pair pair;
   while (__osw_glrc_take_share(&pair)) push_share(state, pair);
+}
+
+void settle_shares(__osw_thread_state* state, HGLRC hglrc) {
+  const __osw_glrc* glrc = hglrc ? __osw_glrc_lookup(hglrc) : nullptr;
+  if (!glrc || !glrc->share_with) return;
+  if (__osw_has_pipeline(state)) return __osw_push_remembered_shares(state);
+  shared_pair pair;
+  while (__osw_glrc_take_share(&pair)) share_here(state, pair);
 }
 
 // Programs often share before they make anything current; the parts hear of it with the first binding then.

@@ -17,3 +17,7 @@ void __osw_glrc_copy(__osw_thread_state* state, HGLRC source, HGLRC destination,
 
 // Tells the workers of every share that was made while no thread had workers. On a thread with a pipeline.
 void __osw_push_remembered_shares(__osw_thread_state* state);
+
+// Carries out the shares that are still remembered, when `hglrc` (may be null) is of one of them: a context that shares
+// with another already cannot be given a third one's lists. By the thread's workers, or here when it has none.
+void settle_shares(__osw_thread_state* state, HGLRC hglrc);

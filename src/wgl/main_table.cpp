@@ -39,10 +39,11 @@ struct main_handler<Op, wgl_own> {
 
 }  // namespace
 
-PROC wglGetProcAddress_op::handle(LPCSTR name) {
-  return __osw_get_proc_address(name);
+PROC wglGetProcAddress_op::handle(LPCSTR wanted) {
+  return __osw_get_proc_address(wanted);
 }
 
 void __osw_fill_wgl_table_main() {
-  for_each_wgl_op([]<class Op>() { __osw_wgl_table_main[Op::op] = main_handler<Op, typename Op::main>::proc(); });
+  for_each_wgl_form_in_use(
+      []<class Op>() { __osw_wgl_table_main[Op::op] = main_handler<Op, typename Op::main>::proc(); });
 }

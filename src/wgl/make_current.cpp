@@ -8,6 +8,7 @@
 #include "wgl/child_moves.h"
 #include "wgl/child_windows.h"
 #include "wgl/context.h"
+#include "wgl/context_profile.h"
 #include "wgl/follow.h"
 #include "wgl/geometry_commands.h"
 #include "wgl/layout.h"
@@ -90,6 +91,7 @@ outcome bind_with_children(__osw_thread_state* state, const drawable& bound, __o
   if (!__osw_create_cmd_queue(state) || !__osw_start_threads(thread)) return outcome::stopped;
   state->thread_ctrl = static_cast<__osw_thread_ctrl*>(TlsGetValue(__osw_ctrl_slot));
   __osw_bind_system(state);
+  note_profile(state, glrc);
   choose_path(state);
   return outcome::complete;
 }
@@ -133,13 +135,17 @@ void tell_parts(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   __osw_send_drawable_size(state);
 }
 
+bool repeats_binding(const __osw_thread_state* state, HDC hdc, HGLRC hglrc) {
+  return sys_wgl<wglGetCurrentDC_op>(state)() == hdc && sys_wgl<wglGetCurrentContext_op>(state)() == hglrc;
+}
+
 }  // namespace
 
 // A call that repeats the current binding returns FALSE and touches nothing.
 BOOL wglMakeCurrent_op::handle(HDC hdc, HGLRC hglrc) {
   const HANDLE thread = GetCurrentThread();
   __osw_thread_state* state = __osw_fetch_thread_state();
-  if (sys_wgl<wglGetCurrentDC_op>(state)() == hdc && sys_wgl<wglGetCurrentContext_op>(state)() == hglrc) return 0;
+  if (repeats_binding(state, hdc, hglrc)) return 0;
   __osw_print_sync_info(state);
   state->current_hdc = hdc;
   state->current_hglrc = hglrc;
@@ -157,4 +163,17 @@ BOOL wglMakeCurrent_op::handle(HDC hdc, HGLRC hglrc) {
   if (reached == outcome::complete) tell_parts(state, hdc, hglrc);
   if (reached != outcome::refused) __osw_drop_window_mapping(replaced);
   return result;
+}
+
+// As the system does it, a call that repeats the current binding succeeds.
+BOOL changed<wglMakeCurrent_op>::handle(HDC hdc, HGLRC hglrc) {
+  if (repeats_binding(__osw_fetch_thread_state(), hdc, hglrc)) return 1;
+  return wglMakeCurrent_op::handle(hdc, hglrc);
+}
+
+// The parts read what they draw: with another drawable to read from, the application's own context alone is bound.
+BOOL changed<wglMakeContextCurrentARB_op>::handle(HDC draw_hdc, HDC read_hdc, HGLRC hglrc) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  if (draw_hdc == read_hdc) return entry_in<wglMakeCurrent_op>(state->wgl_table)(draw_hdc, hglrc);
+  return sys_wgl<wglMakeContextCurrentARB_op>(state)(draw_hdc, read_hdc, hglrc);
 }

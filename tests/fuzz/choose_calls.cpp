@@ -511,7 +511,10 @@ void choose_by_shape(stream* run, const ops::row& row, int body, driver::argumen
     case reads::unknown:
     case reads::some_bytes:
     case reads::nothing:
-      return;
+    case reads::elsewhere:
+    case reads::texel:
+    case reads::arrays:
+      return;  // the last three of no op of the basic mode
   }
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 // One million calls in all. Under ThreadSanitizer, where each hand-over between threads costs many times as much, a
 // tenth.
-#ifdef __SANITIZE_THREAD__
+#ifdef OSW_THREAD_SANITIZER
 constexpr u64 calls_divisor = 10;
 #else
 constexpr u64 calls_divisor = 1;

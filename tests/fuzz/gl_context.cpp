@@ -289,6 +289,7 @@ void read_memory(const gl_context& context, event* seen, const ops::row& row, ar
   if (shape.unpacks && context.unpack_buffer) return;
   switch (shape.what) {
     case reads::unknown:
+    case reads::elsewhere:
     case reads::nothing:
       return;
     case reads::some_bytes:
@@ -313,6 +314,9 @@ void read_memory(const gl_context& context, event* seen, const ops::row& row, ar
       return data < lowest_address ? void() : read(seen, data, std::strlen(static_cast<const char*>(at(data))) + 1);
     case reads::source:
       return read_source(seen, number(a[1]), a[2], a[3]);
+    case reads::texel:
+    case reads::arrays:
+      return;  // of the extended mode
     case reads::array_draw:
       return read_arrays(context, seen, number(a[1]), number(a[2]));
     case reads::element_draw:

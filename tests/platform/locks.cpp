@@ -181,7 +181,8 @@ extern "C" BOOL SleepConditionVariableCS(PCONDITION_VARIABLE condition, PCRITICA
   check(section, "SleepConditionVariableCS with a section that is not in use");
   thread_record& me = self();
   if (me.locks_held == 0) misuse("SleepConditionVariableCS by a thread that is in no section");
-  if (owner_of(section) != &me || section->entries != 1) misuse("SleepConditionVariableCS in a section entered twice");
+  if (owner_of(section) != &me) misuse("SleepConditionVariableCS by a thread that is not in the section");
+  if (section->entries != 1) misuse("SleepConditionVariableCS in a section entered twice");
   if (wakes_by_itself()) {
     set_owner(section, nullptr, 0);
     pthread_mutex_unlock(&section->mutex);

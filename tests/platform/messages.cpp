@@ -45,8 +45,12 @@ bool wait_for(std::unique_lock<std::mutex>& guard, const sent_work& work, std::c
 
 enum class outcome { refused, done, given_up };
 
-// Puts work into another thread's inbox, and waits for it unless `time` is 0.
+// Puts work into another thread's inbox, and waits for it unless `time` is 0. The calling thread's own is done at once.
 outcome send_work(DWORD owner_id, std::function<void()> run, std::chrono::milliseconds time) {
+  if (owner_id == GetCurrentThreadId()) {
+    run();
+    return outcome::done;
+  }
   thread_record* owner = find_thread(owner_id);
   if (owner == nullptr) return outcome::refused;
   std::unique_lock guard(lock);
@@ -68,23 +72,14 @@ std::chrono::milliseconds patience_now() {
 }  // namespace
 
 bool run_on_owner(DWORD owner_id, HWND hwnd, const char* call, bool wait, std::function<void()> run) {
-  const DWORD my_id = GetCurrentThreadId();
-  if (owner_id == my_id) {
-    run();
-    return true;
-  }
   const outcome came = send_work(owner_id, std::move(run), wait ? patience_now() : std::chrono::milliseconds(0));
   if (came != outcome::given_up) return came == outcome::done;
   const std::lock_guard guard(lock);
-  stalled.push_back({my_id, owner_id, hwnd, call});
+  stalled.push_back({GetCurrentThreadId(), owner_id, hwnd, call});
   return false;
 }
 
 bool run_on_owner_within(DWORD owner_id, std::chrono::milliseconds time, std::function<void()> run) {
-  if (owner_id == GetCurrentThreadId()) {
-    run();
-    return true;
-  }
   return send_work(owner_id, std::move(run), time) == outcome::done;
 }
 

@@ -48,6 +48,7 @@ std::mutex lock;
 std::map<std::string, other_library, name_order> libraries;
 std::string executable;
 DWORD process_id;
+std::map<std::string, std::string, name_order> environment;
 std::vector<debug_text> debug_texts;
 std::vector<message_box> boxes;
 
@@ -154,6 +155,11 @@ void set_process_id(DWORD id) {
   process_id = id;
 }
 
+void set_environment_variable(const std::string& name, const std::string& value) {
+  const std::lock_guard guard(lock);
+  environment[name] = value;
+}
+
 std::vector<debug_text> debug_output() {
   const std::lock_guard guard(lock);
   return debug_texts;
@@ -178,7 +184,6 @@ std::vector<std::string> leaks(bool handles) {
   std::vector<std::string> found;
   for (const window_facts& facts : windows()) found.push_back("window of class " + facts.class_name);
   for (int i = open_device_contexts(); i > 0; --i) found.emplace_back("device context");
-  for (const timer_facts& timer : timers()) found.push_back("timer of thread " + std::to_string(timer.thread_id));
   for (int i = handles ? open_thread_handles() : 0; i > 0; --i) found.emplace_back("thread handle");
   for (int i = open_registry_keys(); i > 0; --i) found.emplace_back("registry key");
   return found;
@@ -193,6 +198,7 @@ void reset_process() {
   libraries.clear();
   executable = default_executable;
   process_id = default_process_id;
+  environment.clear();
   debug_texts.clear();
   boxes.clear();
 }
@@ -203,7 +209,6 @@ void reset() {
   reset_registry();
   reset_monitors();
   reset_positions();
-  reset_timers();
   reset_device_contexts();
   reset_windows();
   reset_messages();
@@ -270,6 +275,21 @@ extern "C" DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size) {
 extern "C" DWORD GetCurrentProcessId() {
   const std::lock_guard guard(lock);
   return process_id;
+}
+
+extern "C" DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size) {
+  if (ordered_to_fail("GetEnvironmentVariableA")) return 0;
+  const std::lock_guard guard(lock);
+  const auto found = environment.find(name);
+  if (found == environment.end()) {
+    SetLastError(ERROR_ENVVAR_NOT_FOUND);
+    return 0;
+  }
+  // Without room for the zero at its end, nothing is written and the size that would do is the result.
+  const DWORD length = static_cast<DWORD>(found->second.size());
+  if (length >= size) return length + 1;
+  std::memcpy(buffer, found->second.c_str(), length + 1);
+  return length;
 }
 
 extern "C" void OutputDebugStringA(LPCSTR text) {

@@ -90,9 +90,8 @@ void wake_message_waiters();
 void keep_until_end(LPVOID value);
 void keep_window_properties();
 
-// A thread has ended: its windows, timers and unread messages go with it.
+// A thread has ended: its windows and unread messages go with it.
 void forget_thread_windows(DWORD thread_id);
-void forget_thread_timers(DWORD thread_id);
 void forget_thread_messages(thread_record& thread);
 void forget_thread_device_contexts(DWORD thread_id);
 
@@ -114,7 +113,6 @@ void reset_monitors();
 void reset_windows();
 void reset_messages();
 void reset_positions();
-void reset_timers();
 void reset_device_contexts();
 void reset_faults();
 

@@ -60,7 +60,6 @@ void finish(thread_record& record, DWORD code) {
     for (LPVOID value : platform_tls_slots) keep_until_end(value);
   }
   forget_thread_messages(record);
-  forget_thread_timers(record.id);
   forget_thread_windows(record.id);
   forget_thread_device_contexts(record.id);
   const std::lock_guard guard(lock);

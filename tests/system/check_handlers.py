@@ -25,7 +25,7 @@ REMOVED = [
     ("replay-of-wgl", "src/pipeline/replay_wgl.cpp", "wglShareLists_op::replay"),
     ("wgl-of-an-active-process", "src/wgl/swap.cpp", "wglSwapBuffers_op::handle"),
     ("wgl-of-a-bypassed-process", "src/dispatch/pass_wgl.cpp", "wglCreateContext_op::pass"),
-    ("driver-gl", "driver/drawable_size.cpp", "own_call<glClear_op>::call"),
+    ("driver-gl", "driver/window_share.cpp", "own_call<glClear_op>::call"),
     ("driver-wgl", "driver/wgl_calls.cpp", "own_call<wglDeleteContext_op>::call"),
 ]
 
@@ -37,7 +37,7 @@ ADDED = [
     ("replay-without-a-word", "src/pipeline/replay_gl.cpp", "void glClear_op::replay(const replay_scene&, GLbitfield) {}"),
     ("wgl-without-a-word", "src/wgl/swap.cpp", "HDC wglGetCurrentDC_op::handle() { return nullptr; }"),
     ("bypassed-without-a-word", "src/dispatch/pass_wgl.cpp", "HDC wglGetCurrentDC_op::pass() { return nullptr; }"),
-    ("driver-without-a-row", "driver/drawable_size.cpp", "void own_call<glClearColor_op>::call(GLclampf, GLclampf, GLclampf, GLclampf) {}"),
+    ("driver-without-a-row", "driver/window_share.cpp", "void own_call<glClearColor_op>::call(GLclampf, GLclampf, GLclampf, GLclampf) {}"),
 ]
 
 # A row that is changed: its payload taken away while its word asks for one. A source that reads the rows must not

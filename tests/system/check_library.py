@@ -7,6 +7,8 @@ import re
 import subprocess
 import sys
 
+from results import report
+
 TOOLS = "x86_64-w64-mingw32-"
 ALLOWED_IMPORTS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "msvcrt.dll"}
 OWN_NAMES = {"DllMain", "EnablePerformanceOptimization", "DisablePerformanceOptimization"}
@@ -137,16 +139,13 @@ def check_entry_points(library, exports, source):
 
 def main(library, source):
     exports = exports_of(library)
-    results = {
+    return report({
         "exported names": check_names(exports, source),
         "names of the platform's library": check_platform_names(exports),
         "ordinals": check_ordinals(exports, source),
         "imports": check_imports(library),
         "entry points": check_entry_points(library, exports, source),
-    }
-    for name, wrong in results.items():
-        print(f"not ok {name}: {wrong}" if wrong else f"ok {name}")
-    return 1 if any(results.values()) else 0
+    })
 
 
 if __name__ == "__main__":

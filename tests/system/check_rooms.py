@@ -23,6 +23,7 @@ ROOMS = [
     "pipeline",
     "sequential",
     "threaded",
+    "extended",
     "wgl",
     "entry",
     "startup",

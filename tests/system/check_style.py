@@ -88,7 +88,7 @@ def flags_of(root, folder, windows):
     flags = ["-std=c++20", f"-I{root}/src"]
     if folder == "src":
         return flags + [f"-I{root}/tests/platform/include", "-DOSW_STATISTICS=0"]
-    wide = ["-DUNICODE", "-D_UNICODE"] if folder == "control" else []
+    wide = ["-DUNICODE", "-D_UNICODE", f"-I{root}"] if folder == "control" else []
     return flags + [f"-I{root}/{folder}"] + wide + windows
 
 

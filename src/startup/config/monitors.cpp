@@ -40,6 +40,10 @@ void __osw_enumerate_monitors() {
     const RECT united = __osw_virtual_screen;
     UnionRect(&__osw_virtual_screen, &united, &__osw_monitor_table[part].rect);
   }
+  apply_monitor_options();
+}
+
+void apply_monitor_options() {
   if (OSW_DW_FakeAsOneMonitor) __osw_fake_one_monitor();
   if (OSW_DW_SplitOneMonitor && __osw_part_count == 1) __osw_split_one_monitor();
 }

@@ -20,6 +20,9 @@ extern RECT __osw_virtual_screen;
 // Fills the three from the system's monitors and the options. Process attach only, after the options are read.
 void __osw_enumerate_monitors();
 
+// The second half of that: makes parts of the monitors in the table, as the options say.
+void apply_monitor_options();
+
 // Makes the first entry cover the virtual screen, and the only one.
 void __osw_fake_one_monitor();
 

@@ -1,6 +1,10 @@
 #include "startup/config/options.h"
 
 #include <cstring>
+#include <iterator>
+
+#include "dispatch/report.h"
+#include "ops/relaxed.h"
 
 #define OSW_OPTION(name, ...) u32 name;
 #include "startup/config/options.inc"
@@ -10,6 +14,7 @@ namespace {
 
 constexpr char key_path[] = "Software\\Z4graphics\\OGLSPANWrapper";
 constexpr DWORD string_size = 260;
+constexpr DWORD variable_size = 64;
 
 enum class option_kind { flag, number };
 
@@ -44,19 +49,68 @@ bool read_value(const char* name, u32* value) {
   return true;
 }
 
-void read_option(const option& wanted) {
-  u32 value;
-  if (!read_value(wanted.name, &value)) return;
+void store(const option& wanted, u32 value) {
   *wanted.variable = wanted.kind == option_kind::flag ? value != 0 : value;
 }
 
+void read_option(const option& wanted) {
+  u32 value;
+  if (read_value(wanted.name, &value)) store(wanted, value);
+}
+
+const char* skip_blanks(const char* text) {
+  return text + strspn(text, " \t");
+}
+
+// Reads a decimal number of 32 bits with blanks around it at most, which a shell's "set NAME=2 & ..." leaves. Result:
+// whether the text is one.
+bool read_decimal(const char* text, u32* number) {
+  const char* c = skip_blanks(text);
+  const char* const digits = c;
+  u64 value = 0;
+  for (; *c >= '0' && *c <= '9'; ++c) {
+    value = value * 10 + static_cast<u64>(*c - '0');
+    if (value > UINT32_MAX) return false;
+  }
+  *number = static_cast<u32>(value);
+  return c != digits && !*skip_blanks(c);
+}
+
+// Result: whether the environment has a word on the option.
+bool override_option(const option& wanted) {
+  u32 value;
+  if (!read_option_variable(wanted.name, &value)) return false;
+  store(wanted, value);
+  return true;
+}
+
+// Whether the option that holds a process up comes from the environment.
+bool is_held_by_environment;
+
 }  // namespace
+
+bool read_option_variable(const char* name, u32* value) {
+  char text[variable_size] = {};
+  const DWORD length = GetEnvironmentVariableA(name, text, sizeof text);
+  if (length == 0) return false;
+  if (length < sizeof text && read_decimal(text, value)) return true;
+  __osw_report(severity_warning, "The environment variable %s is no decimal number of 32 bits and is ignored.\n", name);
+  return false;
+}
 
 void __osw_read_options() {
   for (const option& each : options) *each.variable = each.default_value;
   for (const option& each : options) read_option(each);
+  is_held_by_environment = override_option(options[0]);
+  for (size_t i = 1; i < std::size(options); ++i) override_option(options[i]);
 }
 
 void __osw_debug_spin() {
+  if (is_held_by_environment) {
+    // Nobody outside can change a process's environment, and the registry does not count.
+    while (relaxed_load(OSW_DW_DeadLoopWhenLoadDll)) {
+    }
+    return;
+  }
   while (OSW_DW_DeadLoopWhenLoadDll) read_option(options[0]);
 }

@@ -13,6 +13,6 @@ extern char __osw_app_exe_name[MAX_PATH];  // without its directory
 // 0 for the one application whose window loses WS_CLIPCHILDREN when it is first bound, else -1.
 extern i32 __osw_app_special_window;
 
-// Keeps the library loaded until the process ends, whoever frees it: windows with its procedures, its timers and its
-// threads would be left without code. Called before the first of them is made, by any thread.
+// Keeps the library loaded until the process ends, whoever frees it: windows with its procedures and its threads
+// would be left without code. Called before the first of them is made, by any thread.
 void keep_library_loaded();

@@ -12,9 +12,12 @@ struct __osw_array_group {
   u32 stride;       // their common effective stride
   u32 blob_offset;  // where the group's region starts in the block
   u32 copy_start;   // bytes
-  u32 copy_size;    // bytes
+  u32 copy_size;    // bytes, of which the last vertex may take less than a stride
   u32 alloc_size;   // bytes
 };
+
+// Which pointer call has set an attribute.
+enum class array_kind : u8 { floats, integers, doubles };
 
 struct __osw_client_array {
   u32 array;   // the array's enum; for a vertex attribute its number
@@ -28,6 +31,8 @@ struct __osw_client_array {
   u32 effective_stride;  // from here on scratch of the present capture
   u32 group;
   u32 group_offset;
+  u32 reach;        // bytes of a vertex that are read, from the pointer on
+  array_kind kind;  // attributes only, in the extended mode
 };
 
 // Only the thread that has the context current touches it; workers never do.
@@ -40,7 +45,8 @@ struct __osw_client_state {
   u32 pack_buffer;
   u32 unpack_buffer;
   u32 framebuffer;
-  u32 enabled_mask;    // bit i: array i is enabled
-  u32 buffered_mask;   // bit i: array i was recorded with an array buffer bound
-  u32 client_texture;  // the active client texture unit
+  u32 enabled_mask;     // bit i: array i is enabled
+  u32 buffered_mask;    // bit i: array i was recorded with an array buffer bound
+  u32 client_texture;   // the active client texture unit
+  u32 indirect_buffer;  // in the extended mode
 };

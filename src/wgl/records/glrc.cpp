@@ -15,11 +15,24 @@ __osw_glrc* __osw_glrc_lookup(HGLRC hglrc) {
   return find_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc);
 }
 
+__osw_glrc new_glrc(HGLRC hglrc) {
+  __osw_glrc glrc{};
+  glrc.app_hglrc = hglrc;
+  glrc.pack_store.alignment = 4;
+  glrc.unpack_store.alignment = 4;
+  return glrc;
+}
+
 void __osw_glrc_enter(const __osw_glrc& record) {
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, HGLRC{}, record);
 }
 
 void __osw_glrc_erase(HGLRC hglrc) {
+  if (__osw_glrc* glrc = hglrc ? __osw_glrc_lookup(hglrc) : nullptr) {
+    free_array_objects(&glrc->arrays);
+    free_client_attribs(&glrc->client_attribs);
+    free_query_notes(&glrc->queries);
+  }
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc, __osw_glrc{});
 }
 

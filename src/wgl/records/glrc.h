@@ -2,8 +2,10 @@
 #pragma once
 
 #include "dispatch/thread_state.h"
+#include "wgl/records/client_attribs.h"
 #include "wgl/records/client_state.h"
 #include "wgl/records/pixel_store.h"
+#include "wgl/records/query_notes.h"
 
 constexpr int max_glrcs = 64;
 
@@ -19,10 +21,22 @@ struct __osw_glrc {
   HGLRC share_with;
   u32 share_turn;
   u32 viewport_set;  // 1 once the context's first viewport has been issued
+  // 1: it was made with attributes and has not been asked for its profile; its first binding does. And whether that is
+  // the core profile.
+  u32 profile_unknown;
+  u32 is_core;
+  // In the extended mode: the framebuffer objects that are bound, 0 for the window, and what is known of queries.
+  u32 draw_framebuffer;
+  u32 read_framebuffer;
+  query_notes queries;
   __osw_client_state client_state;
   __osw_pixel_store pack_store;
   __osw_pixel_store unpack_store;
   pixel_store_stack unpack_stack;  // sequential path only
+  // The extended mode's, on the threaded path: what is known beyond `client_state`, whose arrays are those of the first
+  // object.
+  array_objects arrays;
+  client_attrib_stack client_attribs;
 };
 
 extern __osw_glrc __osw_glrc_registry[max_glrcs];
@@ -35,11 +49,14 @@ extern CRITICAL_SECTION __osw_glrc_lock;
 // storage, and a caller that deletes the context meanwhile sees it zeroed. Any thread.
 __osw_glrc* __osw_glrc_lookup(HGLRC hglrc);
 
+// A record at the defaults of GL, without children. Any thread.
+__osw_glrc new_glrc(HGLRC hglrc);
+
 // Copies `record` into the first free slot. A full table takes no copy, and nothing is said: the context works without
 // parts then. Any thread.
 void __osw_glrc_enter(const __osw_glrc& record);
 
-// Zeroes the record of a context. Any thread.
+// Zeroes the record of a context that is current nowhere, and frees what it owns. Any thread.
 void __osw_glrc_erase(HGLRC hglrc);
 
 // Two contexts of which the second shares the first's lists.

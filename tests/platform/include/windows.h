@@ -92,7 +92,6 @@ struct SIZE {
 
 using WNDPROC = LRESULT (*)(HWND, UINT, WPARAM, LPARAM);
 using WNDENUMPROC = BOOL (*)(HWND, LPARAM);
-using TIMERPROC = void (*)(HWND, UINT, UINT_PTR, DWORD);
 using MONITORENUMPROC = BOOL (*)(HMONITOR, HDC, LPRECT, LPARAM);
 using LPTHREAD_START_ROUTINE = DWORD (*)(LPVOID);
 
@@ -265,6 +264,7 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define ERROR_MOD_NOT_FOUND         126
 #define ERROR_PROC_NOT_FOUND        127
 #define ERROR_BUSY                  170
+#define ERROR_ENVVAR_NOT_FOUND      203
 #define ERROR_MORE_DATA             234
 #define ERROR_INVALID_WINDOW_HANDLE 1400
 #define ERROR_CANNOT_FIND_WND_CLASS 1407
@@ -310,8 +310,8 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define WS_OVERLAPPEDWINDOW  0x00CF0000u
 #define WS_EX_NOPARENTNOTIFY 0x00000004u
 
-#define WM_CREATE            0x0001u
 #define WM_NULL              0x0000u
+#define WM_CREATE            0x0001u
 #define WM_DESTROY           0x0002u
 #define WM_MOVE              0x0003u
 #define WM_SIZE              0x0005u
@@ -319,7 +319,6 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define WM_WINDOWPOSCHANGING 0x0046u
 #define WM_WINDOWPOSCHANGED  0x0047u
 #define WM_NCDESTROY         0x0082u
-#define WM_TIMER             0x0113u
 #define WM_PARENTNOTIFY      0x0210u
 
 #define SIZE_RESTORED 0
@@ -341,8 +340,6 @@ using PCONDITION_VARIABLE = CONDITION_VARIABLE*;
 #define SWP_ASYNCWINDOWPOS 0x4000u
 #define SMTO_NORMAL        0x0000u
 #define SMTO_ABORTIFHUNG   0x0002u
-
-#define USER_TIMER_MINIMUM 0x0000000Au
 
 #define SW_HIDE       0
 #define SW_SHOWNORMAL 1
@@ -417,6 +414,7 @@ HMODULE LoadLibraryA(LPCSTR name);
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 BOOL GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module);
 DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size);
+DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size);
 void OutputDebugStringA(LPCSTR text);
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 
@@ -465,9 +463,6 @@ int DescribePixelFormat(HDC hdc, int format, UINT size, LPPIXELFORMATDESCRIPTOR 
 int GetPixelFormat(HDC hdc);
 BOOL SetPixelFormat(HDC hdc, int format, const PIXELFORMATDESCRIPTOR* descriptor);
 BOOL SwapBuffers(HDC hdc);
-
-UINT_PTR SetTimer(HWND hwnd, UINT_PTR id, UINT milliseconds, TIMERPROC procedure);
-BOOL KillTimer(HWND hwnd, UINT_PTR id);
 
 int _stricmp(const char* first, const char* second);
 // As the platform's C runtime: a text of `size` characters or more is cut and not terminated, and one that is cut gives

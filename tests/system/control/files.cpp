@@ -92,6 +92,11 @@ std::string as_library(std::string program) {
   return with_word(program, offset, flags | IMAGE_FILE_DLL);
 }
 
+bool delete_when_ended(const std::wstring& program) {
+  for (int i = 0; i < 400 && !DeleteFileW(program.c_str()); ++i) Sleep(50);
+  return !exists(program);
+}
+
 bool wait_for_file(const std::wstring& path) {
   for (int i = 0; i < 400 && !exists(path); ++i) Sleep(50);
   return exists(path);

@@ -20,5 +20,9 @@ std::string with_machine(std::string program, unsigned short machine);
 std::string with_subsystem(std::string program, unsigned short subsystem);
 std::string as_library(std::string program);
 
+// Deletes a program as soon as it has ended, for a running one's file cannot be deleted. Waits up to 20 seconds. Gives
+// whether it is gone.
+bool delete_when_ended(const std::wstring& program);
+
 // Waits up to 20 seconds for a file to be there. Gives whether it is.
 bool wait_for_file(const std::wstring& path);

@@ -31,8 +31,9 @@ int main() {
   if (role_status >= 0) ExitProcess(static_cast<UINT>(role_status));
 
   int run = 0;
-  for (const auto& tests : {command_line_tests(), option_tests(), run_tests(), run_option_tests(), interrupt_tests(),
-                            install_tests(), check_tests()}) {
+  for (const auto& tests :
+       {command_line_tests(), option_tests(), status_tests(), list_tests(), run_tests(), run_option_tests(),
+        name_tests(), run_folder_tests(), interrupt_tests(), install_tests(), check_tests()}) {
     for (const test& one : tests) {
       const std::wstring name(one.name, one.name + std::char_traits<char>::length(one.name));
       if (!arguments.empty() && std::find(arguments.begin(), arguments.end(), name) == arguments.end()) continue;

@@ -18,6 +18,11 @@ static std::wstring own_path() {
   return path;
 }
 
+static std::wstring own_folder() {
+  const std::wstring own = own_path();
+  return own.substr(0, own.find_last_of(L'\\') + 1);
+}
+
 static std::wstring make_subfolder(const wchar_t* name) {
   const std::wstring path = current.root + name;
   make_folder(path);
@@ -29,8 +34,7 @@ const place& here() {
 }
 
 void enter_place() {
-  const std::wstring own = own_path();
-  const std::wstring beside = own.substr(0, own.find_last_of(L'\\') + 1);
+  const std::wstring own = own_path(), beside = own_folder();
   current.root = beside + L"control-test\\";
   delete_folder(current.root);
   current.tool = make_subfolder(L"tool");
@@ -49,6 +53,12 @@ void enter_place() {
   SetEnvironmentVariableW(L"TMP", current.temp.c_str());
   SetEnvironmentVariableW(L"TEMP", current.temp.c_str());
   delete_options_key();
+}
+
+void place_real_libraries(const std::wstring& folder) {
+  for (const wchar_t* name : {L"opengl32.dll", L"opengl32sys.dll"}) {
+    CopyFileW((own_folder() + name).c_str(), (folder + name).c_str(), FALSE);
+  }
 }
 
 void leave_place() {

@@ -20,6 +20,9 @@ const place& here();
 // Makes the place anew, with no option set in the registry.
 void enter_place();
 
+// Puts the real libraries, which have to be beside this program, into a folder.
+void place_real_libraries(const std::wstring& folder);
+
 // Leaves nothing of it.
 void leave_place();
 

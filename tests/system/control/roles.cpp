@@ -4,6 +4,9 @@
 
 #include <cstring>
 
+#include "control/files.h"
+#include "control/install.h"
+#include "draw_role.h"
 #include "files.h"
 #include "option_values.h"
 #include "standin.h"
@@ -23,6 +26,17 @@ static long long write_arguments(const std::vector<std::wstring>& arguments) {
   return 0;
 }
 
+// The options as the library finds them: the environment's number in place of the registry's.
+static std::map<std::wstring, long long> options_in_force() {
+  std::map<std::wstring, long long> options;
+  for (const auto& [name, value] : read_options()) options[name] = option_number(name);
+  for (const wchar_t* name : option_names) {
+    wchar_t value[32] = L"";
+    if (GetEnvironmentVariableW(name, value, 32)) options[name] = _wtoi(value);
+  }
+  return options;
+}
+
 std::string state_report() {
   const HMODULE module = LoadLibraryW(L"opengl32.dll");
   const FARPROC address = module ? GetProcAddress(module, "standin_get_state") : nullptr;
@@ -32,8 +46,8 @@ std::string state_report() {
   const std::string path = get_state()->list_path;
   std::string text = get_state()->is_enabled ? "on" : "off";
   text += " [" + read_bytes(std::wstring(path.begin(), path.end())) + "]";
-  for (const auto& [name, value] : read_options()) {
-    text += " " + narrow(name).substr(7) + "=" + std::to_string(option_number(name));
+  for (const auto& [name, number] : options_in_force()) {
+    text += " " + narrow(name).substr(7) + "=" + std::to_string(number);
   }
   char debug_break[16] = "";
   if (GetEnvironmentVariableA("Z4OSW_DEBUG_BREAK", debug_break, sizeof debug_break)) {
@@ -45,6 +59,18 @@ std::string state_report() {
 static long long write_state(const std::wstring& file) {
   write_bytes(file, state_report());
   return 0;
+}
+
+static long long write_variable(const std::vector<std::wstring>& arguments) {
+  wchar_t value[64] = L"none";
+  GetEnvironmentVariableW(arguments[2].c_str(), value, 64);
+  write_bytes(arguments[1], narrow(value));
+  return 0;
+}
+
+static long long write_state_later(const std::vector<std::wstring>& arguments) {
+  write_bytes(arguments[2], "");
+  return wait_for_file(arguments[3]) ? write_state(arguments[1]) : 99;
 }
 
 static std::wstring interrupted_file;
@@ -93,14 +119,31 @@ static long long interrupt(const std::vector<std::wstring>& arguments) {
   return status;
 }
 
+static int steps_left;
+
+static void end_at_last_step() {
+  if (--steps_left == 0) TerminateProcess(GetCurrentProcess(), 77);
+}
+
+static long long end_within(int (*command)(const std::wstring&), const std::vector<std::wstring>& arguments) {
+  steps_left = _wtoi(arguments[1].c_str());
+  after_file_step = end_at_last_step;
+  return command(arguments[2]);
+}
+
 long long play_role(const std::vector<std::wstring>& arguments) {
   if (arguments.empty()) return -1;
   const std::wstring& role = arguments[0];
   if (role == L"arguments" && arguments.size() >= 2) return write_arguments(arguments);
   if (role == L"status" && arguments.size() == 2) return wcstoul(arguments[1].c_str(), nullptr, 10);
   if (role == L"state" && arguments.size() == 2) return write_state(arguments[1]);
+  if (role == L"variable" && arguments.size() == 3) return write_variable(arguments);
+  if (role == L"later" && arguments.size() == 4) return write_state_later(arguments);
   if ((role == L"wait" || role == L"stubborn" || role == L"yielding") && arguments.size() == 4)
     return wait_for_go(arguments);
+  if (role == L"install" && arguments.size() == 3) return end_within(install_libraries, arguments);
+  if (role == L"remove" && arguments.size() == 3) return end_within(remove_libraries, arguments);
+  if (role == L"draw" && arguments.size() == 3) return draw_and_wait(arguments[1], arguments[2]);
   if (role == L"interrupter" && arguments.size() >= 3) return interrupt(arguments);
   return -1;
 }

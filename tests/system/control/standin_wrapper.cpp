@@ -12,7 +12,9 @@ static bool has_enabled;
 static int saw_debug_break;
 static unsigned saw_dead_loop;
 
-static unsigned registry_number(const char* name) {
+// As the library has it: the environment's word counts for more than the registry's.
+static unsigned option_number(const char* name) {
+  if (const char* own = getenv(name)) return static_cast<unsigned>(atoi(own));
   DWORD number = 0, size = sizeof number;
   RegGetValueA(HKEY_LOCAL_MACHINE, "Software\\Z4graphics\\OGLSPANWrapper", name, RRF_RT_ANY, nullptr, &number, &size);
   return number;
@@ -43,7 +45,7 @@ __declspec(dllexport) const standin_state* standin_get_state() {
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
   if (reason == DLL_PROCESS_ATTACH) {
     saw_debug_break = getenv("Z4OSW_DEBUG_BREAK") != nullptr;
-    saw_dead_loop = registry_number("OSW_DW_DeadLoopWhenLoadDll");
+    saw_dead_loop = option_number("OSW_DW_DeadLoopWhenLoadDll");
   }
   // Where the real library is switched on only to be switched off again, it must not come to its own clean-up, which
   // loads the driver.

@@ -28,7 +28,6 @@ static void refuses_what_makes_no_sense() {
       L"run",
       L"run --",
       L"run -- \"\"",
-      L"run " + quoted(here().program),
       L"run --parts" + program,
       L"run --parts 0" + program,
       L"run --parts 3" + program,
@@ -40,6 +39,9 @@ static void refuses_what_makes_no_sense() {
       L"run --list" + program,
       L"run --frobnicate" + program,
       L"run more" + program,
+      L"status more",
+      L"list more",
+      L"reset --all=no",
       L"options more",
       L"options reset",
       L"set",
@@ -86,13 +88,55 @@ static void refuses_programs_that_cannot_run() {
   check_refused(L"run --parts 4 -- " + quoted(here().app) + L" status 0");
   check_refused(L"run -- no-such-program-anywhere");
 
-  const auto message = [](const wchar_t* name) {
-    return run_tool(L"run -- " + quoted(here().app + name + L".exe")).err;
-  };
+  const auto message = [](const wchar_t* name) { return run_tool(L"run " + quoted(here().app + name + L".exe")).err; };
+  CHECK(contains(message(L"arm"), L"another kind of processor"));
   CHECK(contains(message(L"old"), L"32-bit"));
   CHECK(contains(message(L"missing"), L"there is no program"));
   CHECK(contains(message(L"two words"), L"blank"));
   CHECK(contains(message(L"lib"), L"library"));
+}
+
+// One line says what was wrong, and what there is to choose from.
+static void names_what_was_meant() {
+  const auto check_names = [](const wchar_t* line, const wchar_t* wrong, const wchar_t* right) {
+    const outcome result = run_tool(line);
+    CHECK_EQUAL(result.status, 2);
+    CHECK(is_one_sentence(result.err));
+    if (!contains(result.err, wrong) || !contains(result.err, right)) CHECK_EQUAL(result.err, right);
+  };
+  check_names(L"", L"needs a command", L"run, status, list, options, set, reset, check, install, remove");
+  check_names(L"instal C:\\", L"instal;", L"install");
+  check_names(L"run --part 4 -- x.exe", L"--part", L"oswctl run --help");
+  check_names(L"run --parts 3 -- x.exe", L"3", L"2,4");
+  check_names(L"run --parts", L"--parts", L"oswctl run --help");
+  check_names(L"set OSW_DW_SplitPart 2", L"OSW_DW_SplitPart;", L"oswctl options");
+  check_names(L"set OSW_DW_SplitParts 3", L"not 3", L"1, 2 or 4");
+  check_names(L"run", L"needs a program", L"PROGRAM");
+}
+
+static void tells_its_version() {
+  const outcome result = run_tool(L"--version");
+  CHECK_EQUAL(result.status, 0);
+  CHECK_EQUAL(result.err, L"");
+  CHECK(result.out.rfind(L"oswctl ", 0) == 0);
+  CHECK(result.out.size() > 9 && iswdigit(result.out[7]) && result.out.back() == L'\n');
+}
+
+// All that stands behind the program's name is its own, with "--" before it and without.
+static void needs_no_mark_before_the_program() {
+  const std::wstring file = here().root + L"arguments", program = quoted(here().program);
+  const auto arguments_of = [&](const std::wstring& options) {
+    DeleteFileW(file.c_str());
+    CHECK_EQUAL(
+        run_tool(L"run " + options + L" " + program + L" arguments " + quoted(file) + L" --parts 3 -- --help").status,
+        0);
+    return read_bytes(file);
+  };
+  for (const wchar_t* options : {L"", L"--parts 4", L"--parts=2 --vertical", L"--", L"--parts 4 --"}) {
+    CHECK(arguments_of(options) == "--parts\n3\n--\n--help\n");
+  }
+  write_bytes(here().work + L"list.txt", "program.exe");
+  CHECK(arguments_of(L"--list list.txt") == "--parts\n3\n--\n--help\n");
 }
 
 static void helps() {
@@ -104,11 +148,14 @@ static void helps() {
     // What check starts is nobody's business.
     CHECK(!contains(result.out, L"probe"));
   }
-  CHECK(contains(run_tool(L"run --help").out, L"-- PROGRAM ARGS"));
+  CHECK(contains(run_tool(L"run --help").out, L"PROGRAM ARGS"));
 }
 
 std::vector<test> command_line_tests() {
   return {{"refuses_what_makes_no_sense", refuses_what_makes_no_sense},
           {"refuses_programs_that_cannot_run", refuses_programs_that_cannot_run},
+          {"names_what_was_meant", names_what_was_meant},
+          {"tells_its_version", tells_its_version},
+          {"needs_no_mark_before_the_program", needs_no_mark_before_the_program},
           {"helps", helps}};
 }

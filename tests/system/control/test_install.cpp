@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <vector>
+
 #include "files.h"
 #include "place.h"
 #include "standins.h"
@@ -200,6 +202,80 @@ static void goes_on_after_an_end_at_any_step() {
   check_goes_on_after(ends_of_an_install(both, "2"), "2");
 }
 
+// What stands in the folder under the libraries' names is whole, and the wrapper never without the driver.
+static void check_usable(const folder_state& state) {
+  for (const auto& [name, bytes] :
+       {std::pair(L"opengl32.dll", standin_wrapper_bytes()), std::pair(L"opengl32sys.dll", standin_driver_bytes())}) {
+    const auto found = state.find(name);
+    CHECK(found == state.end() || found->second == bytes || found->second == bytes + "2");
+  }
+  CHECK(state.count(L"opengl32.dll") <= state.count(L"opengl32sys.dll"));
+}
+
+// Ends the command over `before` after each of its steps, and has it taken up by either command from there. Gives how
+// many steps there are.
+static int check_ends_within(const wchar_t* command, const folder_state& before, const std::string& version) {
+  for (int steps = 1;; ++steps) {
+    restore(before);
+    const std::wstring line = command + (L" " + std::to_wstring(steps)) + L" .";
+    const DWORD status = finish_tool(start_program(line)).status;
+    if (status != 77) {
+      CHECK_EQUAL(status, 0);
+      return steps - 1;
+    }
+    const folder_state state = folder_contents(here().work);
+    check_usable(state);
+    CHECK_EQUAL(install().status, 0);
+    check_installed(version);
+    restore(state);
+    // Where there is no trace, there is nothing to take away.
+    CHECK_EQUAL(remove().status, state.empty() ? 1 : 0);
+    CHECK(folder_contents(here().work).empty());
+  }
+}
+
+static void become_another_version_everywhere(const std::string& version) {
+  become_another_version(version);
+  for (const wchar_t* name : {L"opengl32.dll", L"opengl32sys.dll"}) {
+    write_bytes(here().app + name, read_bytes(here().tool + name));
+  }
+}
+
+static void survives_an_end_after_every_step_of_install() {
+  CHECK(check_ends_within(L"install", {}, "") >= 12);
+  CHECK_EQUAL(install().status, 0);
+  const folder_state first = folder_contents(here().work);
+  become_another_version_everywhere("2");
+  CHECK(check_ends_within(L"install", first, "2") >= 12);
+}
+
+static void survives_an_end_after_every_step_of_remove() {
+  CHECK_EQUAL(install().status, 0);
+  CHECK(check_ends_within(L"remove", folder_contents(here().work), "") >= 4);
+}
+
+// One after the other, whatever their order: each finds a folder that is whole.
+static void serves_several_at_once() {
+  for (int round = 0; round < 3; ++round) {
+    std::vector<running_tool> runs;
+    for (int i = 0; i < 5; ++i) runs.push_back(start_tool(L"install ."));
+    for (const running_tool& running : runs) {
+      const outcome result = finish_tool(running);
+      CHECK_EQUAL(result.status, 0);
+      CHECK_EQUAL(result.err, L"");
+    }
+    check_installed("");
+    runs = {start_tool(L"remove ."), start_tool(L"install ."), start_tool(L"remove ."), start_tool(L"install .")};
+    for (const running_tool& running : runs) {
+      const outcome result = finish_tool(running);
+      if (result.status != 0)
+        CHECK(is_one_sentence(result.err) && contains(result.err, L"oswctl has placed nothing in"));
+    }
+    if (!folder_contents(here().work).empty()) check_installed("");
+    restore({});
+  }
+}
+
 static void leaves_libraries_in_use() {
   CHECK_EQUAL(install().status, 0);
   const HMODULE in_use = LoadLibraryW(wrapper().c_str());
@@ -226,6 +302,38 @@ static void says_what_is_missing_beside_it() {
   check_refused(install, L"the span wrapper itself");
 }
 
+// A program of another kind than the libraries cannot load them.
+static void refuses_a_folder_of_another_kind() {
+  const std::string program = read_bytes(here().program);
+  // Headers alone, without a word of OpenGL.
+  const std::string headers = program.substr(0, 1024), named = headers + "imports OPENGL32.dll";
+  const auto check_refused_for = [](const wchar_t* part) {
+    const auto before = folder_contents(here().work);
+    const outcome result = install();
+    CHECK_EQUAL(result.status, 2);
+    CHECK(is_one_sentence(result.err));
+    CHECK(contains(result.err, part));
+    CHECK(folder_contents(here().work) == before);
+    const outcome checked = run_tool(L"check");
+    CHECK_EQUAL(checked.status, 1);
+    CHECK(contains(checked.out, part));
+  };
+  write_bytes(here().work + L"old.exe", with_machine(headers, 0x14C));
+  check_refused_for(L"old.exe is a 32-bit program");
+  write_bytes(here().work + L"old.exe", with_machine(headers, 0xAA64));
+  check_refused_for(L"old.exe is a program for another kind of processor");
+
+  // An uninstaller, say, that never looks for the libraries.
+  write_bytes(here().work + L"program.exe", program);
+  CHECK_EQUAL(install().status, 0);
+  CHECK_EQUAL(remove().status, 0);
+  write_bytes(here().work + L"old.exe", with_machine(named, 0x14C));
+  check_refused_for(L"old.exe is a 32-bit program");
+  write_bytes(here().work + L"old.exe",
+              with_machine(headers + std::string("o\0p\0e\0n\0g\0l\0003\0002\0", 16), 0xAA64));
+  check_refused_for(L"old.exe is a program for another kind of processor");
+}
+
 std::vector<test> install_tests() {
   return {{"places_and_takes_away", places_and_takes_away},
           {"takes_away_nothing_that_it_did_not_place", takes_away_nothing_that_it_did_not_place},
@@ -237,6 +345,10 @@ std::vector<test> install_tests() {
           {"trusts_no_record_but_its_own", trusts_no_record_but_its_own},
           {"goes_on_after_an_end_in_the_middle", goes_on_after_an_end_in_the_middle},
           {"goes_on_after_an_end_at_any_step", goes_on_after_an_end_at_any_step},
+          {"survives_an_end_after_every_step_of_install", survives_an_end_after_every_step_of_install},
+          {"survives_an_end_after_every_step_of_remove", survives_an_end_after_every_step_of_remove},
+          {"serves_several_at_once", serves_several_at_once},
           {"leaves_libraries_in_use", leaves_libraries_in_use},
-          {"says_what_is_missing_beside_it", says_what_is_missing_beside_it}};
+          {"says_what_is_missing_beside_it", says_what_is_missing_beside_it},
+          {"refuses_a_folder_of_another_kind", refuses_a_folder_of_another_kind}};
 }

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <cstring>
+
 #include "files.h"
 #include "option_values.h"
 #include "place.h"
@@ -85,24 +87,16 @@ static void uses_the_copy_that_the_program_loads() {
   CHECK_EQUAL(in_current_folder->enable_count, 0);
 }
 
-// The next place that a loader looks in is the system's folder, where there always is a library of that name.
-static void refuses_a_program_without_the_wrapper() {
-  DeleteFileW((here().app + L"opengl32.dll").c_str());
-  std::string report;
-  const outcome result = run_state(L"--parts 2", report);
-  CHECK_EQUAL(result.status, 1);
-  CHECK(is_one_sentence(result.err));
-  CHECK(contains(result.err, L"oswctl install"));
-  CHECK(report.empty());
-  CHECK(!options_key_exists());
-  CHECK(folder_contents(here().temp).empty());
-
+static void refuses_a_program_with_another_library() {
   write_bytes(here().app + L"opengl32.dll", read_bytes(here().app + L"opengl32sys.dll"));
+  std::string report;
   const outcome other = run_state(L"", report);
   CHECK_EQUAL(other.status, 1);
   CHECK(is_one_sentence(other.err));
   CHECK(contains(other.err, L"not the span wrapper"));
   CHECK(report.empty());
+  CHECK(!options_key_exists());
+  CHECK(folder_contents(here().temp).empty());
 }
 
 static void takes_a_list() {
@@ -225,6 +219,113 @@ static void leaves_a_later_run_on() {
   CHECK(folder_contents(here().temp).empty());
 }
 
+// A program of another name in the program's folder, or in one of its own with libraries of its own.
+static std::wstring second_program(const std::wstring& folder) {
+  const std::wstring path = folder + L"second.exe";
+  CopyFileW(here().program.c_str(), path.c_str(), FALSE);
+  return path;
+}
+
+static std::wstring later_line(const std::wstring& options, const std::wstring& program, const std::wstring& number) {
+  const std::wstring root = here().root;
+  return L"run " + options + L" -- " + quoted(program) + L" later " + root + L"state" + number + L" " + root +
+         L"ready" + number + L" " + root + L"go" + number;
+}
+
+static running_tool start_later(const std::wstring& options, const std::wstring& program, const std::wstring& number) {
+  const running_tool running = start_tool(later_line(options, program, number));
+  CHECK(wait_for_file(here().root + L"ready" + number));
+  return running;
+}
+
+// What the program finds when it loads the library now.
+static std::string let_go(const running_tool& running, const std::wstring& number) {
+  write_bytes(here().root + L"go" + number, "");
+  const outcome result = finish_tool(running);
+  CHECK_EQUAL(result.status, 0);
+  CHECK_EQUAL(result.err, L"");
+  return read_bytes(here().root + L"state" + number);
+}
+
+static void keeps_both_of_two_runs_on_the_list() {
+  const standin_state* state = hold_wrapper(here().app);
+  const running_tool first = start_later(L"", here().program, L"1");
+  const running_tool second = start_later(L"", second_program(here().app), L"2");
+  CHECK(let_go(second, L"2") == "on [program.exe\r\nsecond.exe\r\n]");
+  CHECK_EQUAL(state->is_enabled, 1);
+  CHECK(let_go(first, L"1") == "on [program.exe\r\n]");
+  CHECK_EQUAL(state->is_enabled, 0);
+  CHECK(folder_contents(here().temp).empty());
+}
+
+static void keeps_the_second_of_two_runs_on_the_list() {
+  const standin_state* state = hold_wrapper(here().app);
+  const running_tool first = start_later(L"", here().program, L"1");
+  const running_tool second = start_later(L"", second_program(here().app), L"2");
+  CHECK(let_go(first, L"1") == "on [program.exe\r\nsecond.exe\r\n]");
+  CHECK(let_go(second, L"2") == "on [second.exe\r\n]");
+  CHECK_EQUAL(state->is_enabled, 0);
+}
+
+// A list of the caller's holds alone while it is alone, and together with what else is run.
+static void keeps_a_run_with_a_list_and_one_without() {
+  const standin_state* state = hold_wrapper(here().app);
+  const std::wstring list = here().root + L"list.txt";
+  write_bytes(list, "program.exe\tother.exe");
+  const running_tool first = start_later(L"--list " + list, here().program, L"1");
+  const running_tool second = start_later(L"", second_program(here().app), L"2");
+  CHECK(let_go(second, L"2") == "on [program.exe\r\nother.exe\r\nsecond.exe\r\n]");
+  CHECK(let_go(first, L"1") == "on [program.exe\tother.exe]");
+  CHECK_EQUAL(state->is_enabled, 0);
+  CHECK(folder_contents(here().temp).empty());
+}
+
+static void keeps_runs_in_two_folders_apart() {
+  const std::wstring other = here().root + L"other\\";
+  make_folder(other);
+  for (const wchar_t* name : {L"opengl32.dll", L"opengl32sys.dll"}) {
+    CopyFileW((here().app + name).c_str(), (other + name).c_str(), FALSE);
+  }
+  const standin_state* state = hold_wrapper(here().app);
+  const standin_state* other_state = hold_wrapper(other);
+  const running_tool first = start_later(L"", here().program, L"1");
+  const running_tool second = start_later(L"", second_program(other), L"2");
+  CHECK(let_go(second, L"2") == "on [second.exe\r\n]");
+  CHECK_EQUAL(state->is_enabled, 1);
+  CHECK_EQUAL(other_state->is_enabled, 0);
+  CHECK(let_go(first, L"1") == "on [program.exe\r\n]");
+}
+
+// Who is killed can put nothing back; the next run in that folder finds no trace of it in the list, and takes the file
+// away.
+static void forgets_a_run_that_was_killed() {
+  const standin_state* state = hold_wrapper(here().app);
+  const running_tool first = start_later(L"", here().program, L"1");
+  TerminateProcess(first.process, 7);
+  CHECK_EQUAL(finish_tool(first).status, 7);
+  const running_tool second = start_later(L"", second_program(here().app), L"2");
+  CHECK(let_go(second, L"2") == "on [second.exe\r\n]");
+  CHECK_EQUAL(state->is_enabled, 0);
+  CHECK(folder_contents(here().temp).empty());
+  write_bytes(here().root + L"go1", "");
+  CHECK(delete_when_ended(here().program));
+}
+
+// Somebody who has switched the feature on with a list of theirs is not switched off.
+static void leaves_somebody_else_s_list_on() {
+  const standin_state* state = hold_wrapper(here().app);
+  const running_tool running = start_later(L"", here().program, L"1");
+  const HMODULE module = GetModuleHandleW((here().app + L"opengl32.dll").c_str());
+  const FARPROC address = module ? GetProcAddress(module, "EnablePerformanceOptimization") : nullptr;
+  char* (*enable)(const char*) = nullptr;
+  memcpy(&enable, &address, sizeof enable);
+  if (!CHECK(enable != nullptr)) return;
+  enable("C:\\somebody else's.txt");
+  let_go(running, L"1");
+  CHECK_EQUAL(state->is_enabled, 1);
+  CHECK(std::string(state->list_path) == "C:\\somebody else's.txt");
+}
+
 // What makes a program wait for a debugger at the load of the library does so to the program, not to the tool.
 static void is_not_held_by_the_debugging_aids() {
   const standin_state* state = hold_wrapper(here().app);
@@ -246,7 +347,7 @@ std::vector<test> run_tests() {
           {"is_on_while_the_program_runs", is_on_while_the_program_runs},
           {"stays_resident", stays_resident},
           {"uses_the_copy_that_the_program_loads", uses_the_copy_that_the_program_loads},
-          {"refuses_a_program_without_the_wrapper", refuses_a_program_without_the_wrapper},
+          {"refuses_a_program_with_another_library", refuses_a_program_with_another_library},
           {"takes_a_list", takes_a_list},
           {"takes_a_list_by_its_name_in_the_current_folder", takes_a_list_by_its_name_in_the_current_folder},
           {"says_when_a_list_lacks_the_program", says_when_a_list_lacks_the_program},
@@ -256,5 +357,11 @@ std::vector<test> run_tests() {
           {"cleans_up_when_the_program_cannot_be_started", cleans_up_when_the_program_cannot_be_started},
           {"says_when_no_list_can_be_made", says_when_no_list_can_be_made},
           {"leaves_a_later_run_on", leaves_a_later_run_on},
+          {"keeps_both_of_two_runs_on_the_list", keeps_both_of_two_runs_on_the_list},
+          {"keeps_the_second_of_two_runs_on_the_list", keeps_the_second_of_two_runs_on_the_list},
+          {"keeps_a_run_with_a_list_and_one_without", keeps_a_run_with_a_list_and_one_without},
+          {"keeps_runs_in_two_folders_apart", keeps_runs_in_two_folders_apart},
+          {"forgets_a_run_that_was_killed", forgets_a_run_that_was_killed},
+          {"leaves_somebody_else_s_list_on", leaves_somebody_else_s_list_on},
           {"is_not_held_by_the_debugging_aids", is_not_held_by_the_debugging_aids}};
 }

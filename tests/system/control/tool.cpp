@@ -48,6 +48,10 @@ running_tool start_tool(const std::wstring& line) {
   return start(tool_line(line), 0);
 }
 
+running_tool start_program(const std::wstring& line) {
+  return start(quoted(here().program) + L" " + line, 0);
+}
+
 outcome finish_tool(const running_tool& running) {
   outcome result{0xDEAD, L"", L""};
   if (WaitForSingleObject(running.process, 60000) != WAIT_OBJECT_0) TerminateProcess(running.process, 0xDEAD);

@@ -20,6 +20,7 @@ struct running_tool {
   std::wstring out_file, err_file;
 };
 running_tool start_tool(const std::wstring& line);
+running_tool start_program(const std::wstring& line);  // here().program in a role, in place of the tool
 outcome finish_tool(const running_tool& running);
 
 // The same under a console of its own, without a window, in which Ctrl-C is pressed as soon as the file `ready` exists.

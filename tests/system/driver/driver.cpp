@@ -81,6 +81,24 @@ void destroy_window(const gl_window& window) {
   DestroyWindow(window.hwnd);
 }
 
+void make_part_context(const gl_window& window) {
+  WNDCLASSA hidden = {};
+  hidden.lpfnWndProc = DefWindowProcA;
+  hidden.lpszClassName = "__osw_glrc_window";
+  RegisterClassA(&hidden);
+  HWND hwnd = CreateWindowExA(0, hidden.lpszClassName, "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  HDC hdc = GetDC(hwnd);
+  PIXELFORMATDESCRIPTOR format = {};
+  const int number = driver.wglGetPixelFormat(window.hdc);
+  driver.wglDescribePixelFormat(window.hdc, number, sizeof format, &format);
+  CHECK(driver.wglSetPixelFormat(hdc, number, &format));
+  HGLRC part = driver.wglCreateContext(hdc);
+  CHECK(part != nullptr);
+  CHECK(driver.wglDeleteContext(part));
+  ReleaseDC(hwnd, hdc);
+  DestroyWindow(hwnd);
+}
+
 void pump(DWORD milliseconds) {
   const DWORD start = GetTickCount();
   do {

@@ -35,5 +35,9 @@ struct gl_window {
 gl_window make_window(HWND parent, int left, int top, int width, int height, bool shown);
 void destroy_window(const gl_window& window);
 
+// Does what the library does for a context that it spreads, on a window of the same pixel format as `window`. The
+// process stays one that is spread.
+void make_part_context(const gl_window& window);
+
 // Lets the thread's windows have their messages for some time.
 void pump(DWORD milliseconds);

@@ -1,6 +1,9 @@
 // What the driver exports and hands out, which host it takes, and how it does as the process's opengl32.dll.
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
+#include <set>
+#include <string>
 
 #include "driver.h"
 #include "ops/names.h"
@@ -10,11 +13,17 @@ namespace {
 gl_window window;
 HGLRC context;
 
-const char* const private_names[] = {"wglFastSwitchContextZ4", "wglGetGLContextZ4", "glViewportOffsetZ4",
-                                     "glDrawableSizeZ4", "OswDriverSwitchCount"};
+// The switch is handed out where it is a fast one, and never exported.
+constexpr char switch_name[] = "wglFastSwitchContextZ4";
+const char* const private_names[] = {"wglGetGLContextZ4", "glViewportOffsetZ4", "glDrawableSizeZ4",
+                                     "OswDriverSwitchCount"};
 
 const auto& gl_names = __osw_gl_names;
 const auto& wgl_names = __osw_wgl_names;
+
+// The attributes of a context, as the platform's header has them, which names the types of the op lists once more.
+constexpr int context_major = 0x2091, context_minor = 0x2092, context_flags = 0x2094, context_profile = 0x9126;
+constexpr int debug_flag = 1, core_profile = 1;
 
 constexpr int exported_gl = 336, exported_wgl = 25;
 
@@ -37,7 +46,8 @@ void exports() {
       fail(__FILE__, __LINE__, gl_names[i], " is wrongly exported or not");
   }
   for (int i = 0; i < wgl_op_count; ++i) {
-    const bool wanted = i < exported_wgl || strstr(wgl_names[i], "Z4") != nullptr;
+    const bool is_private = strstr(wgl_names[i], "Z4") != nullptr && strcmp(wgl_names[i], switch_name) != 0;
+    const bool wanted = i < exported_wgl || is_private;
     if ((exported(wgl_names[i]) != nullptr) != wanted)
       fail(__FILE__, __LINE__, wgl_names[i], " is wrongly exported or not");
   }
@@ -46,13 +56,14 @@ void exports() {
   CHECK(exported("glAccum") == by_ordinal(7));
   CHECK(exported("glDebugEntry") != nullptr);
   CHECK(exported("wglUseFontOutlinesW") == by_ordinal(368));
-  for (int ordinal = 1; ordinal <= 373; ++ordinal) CHECK(by_ordinal(ordinal) != nullptr);
-  CHECK(by_ordinal(374) == nullptr);
+  for (int ordinal = 1; ordinal <= 372; ++ordinal) CHECK(by_ordinal(ordinal) != nullptr);
+  CHECK(by_ordinal(373) == nullptr);
 }
 
 // No context: only what needs none.
 void names_without_context() {
   for (const char* name : private_names) CHECK(found(name) == exported(name));
+  CHECK(found(switch_name) == nullptr);
   CHECK(found("glBindFramebuffer") == nullptr);
   CHECK(found("") == nullptr);
   CHECK(found(nullptr) == nullptr);
@@ -90,12 +101,11 @@ void names_with_context() {
   }
   CHECK(offered > 500);
   for (int i = exported_wgl; i < wgl_op_count; ++i) {
-    const bool withheld = strcmp(wgl_names[i], "wglCreateContextAttribsARB") == 0;
     const bool is_private = strstr(wgl_names[i], "Z4") != nullptr;
-    const bool wanted = (host_answer(wgl_names[i]) != nullptr && !withheld) || is_private;
+    const bool wanted = host_answer(wgl_names[i]) != nullptr || is_private;
     if ((found(wgl_names[i]) != nullptr) != wanted) fail(__FILE__, __LINE__, wgl_names[i], " is not as on the host");
   }
-  CHECK(found("wglCreateContextAttribsARB") == nullptr);
+  CHECK(found("wglCreateContextAttribsARB") != nullptr);
   CHECK(found("glNoSuchFunction") == nullptr);
   CHECK(driver.wglGetDefaultProcAddress("glBindFramebuffer") == found("glBindFramebuffer"));
   if (found("glViewport") != nullptr) CHECK(found("glViewport") == exported("glViewport"));
@@ -113,8 +123,9 @@ void unlisted_functions() {
   const auto doubles = reinterpret_cast<doubles_function>(reinterpret_cast<__osw_proc>(found("glGetDoublei_v")));
   CHECK(clear != nullptr && range != nullptr && doubles != nullptr);
   if (clear == nullptr || range == nullptr || doubles == nullptr) return;
-  for (const char* name : gl_names) {
-    CHECK(strcmp(name, "glClearNamedFramebufferfi") != 0 && strcmp(name, "glDepthRangeIndexed") != 0);
+  // The driver knows the ops of the basic mode.
+  for (int op = 0; op < gl_op_count; ++op) {
+    CHECK(strcmp(gl_names[op], "glClearNamedFramebufferfi") != 0 && strcmp(gl_names[op], "glDepthRangeIndexed") != 0);
   }
   CHECK(found("glDepthRangeIndexed") == found("glDepthRangeIndexed"));
   CHECK(found("glDepthRangeIndexed") != host_answer("glDepthRangeIndexed"));
@@ -140,48 +151,108 @@ void unlisted_functions() {
   CHECK(driver.wglDeleteContext(second));
 }
 
-bool contains(const char* extensions, const char* name) {
-  const std::size_t length = strlen(name);
-  for (const char* at = extensions; (at = strstr(at, name)) != nullptr; at += length) {
-    if ((at == extensions || at[-1] == ' ') && (at[length] == ' ' || at[length] == 0)) return true;
-  }
-  return false;
+using name_set = std::set<std::string>;
+
+name_set names_in(const char* text) {
+  name_set names;
+  std::string rest = text ? text : "";
+  for (char* name = strtok(rest.data(), " "); name; name = strtok(nullptr, " ")) names.insert(name);
+  return names;
 }
 
-void check_offered(const char* extensions) {
-  CHECK(extensions != nullptr);
-  if (extensions == nullptr) return;
-  for (const char* name : {"WGL_ARB_create_context", "WGL_ARB_create_context_profile",
-                           "WGL_ARB_create_context_no_error", "WGL_ARB_create_context_robustness"}) {
-    CHECK(!contains(extensions, name));
-  }
+name_set gl_extensions() {
+  return names_in(reinterpret_cast<const char*>(driver.glGetString(GL_EXTENSIONS)));
 }
 
-void extension_strings() {
-  const auto hosts =
-      reinterpret_cast<const char* (*)(HDC)>(reinterpret_cast<__osw_proc>(host_answer("wglGetExtensionsStringARB")));
-  const char* all = hosts(window.hdc);
-  CHECK(contains(all, "WGL_ARB_create_context"));
-  const char* offered = driver.wglGetExtensionsStringARB(window.hdc);
-  check_offered(offered);
-  check_offered(driver.wglGetExtensionsStringEXT());
-  CHECK(offered == driver.wglGetExtensionsStringARB(window.hdc));
-  // All others are there.
-  char copy[8192];
-  CHECK(strlen(all) < sizeof copy);
-  strcpy(copy, all);
-  for (char* name = strtok(copy, " "); name != nullptr; name = strtok(nullptr, " ")) {
-    CHECK_EQUAL(contains(offered, name), strncmp(name, "WGL_ARB_create_context", 22) != 0);
-  }
-  check_offered(reinterpret_cast<const char*>(driver.glGetString(GL_EXTENSIONS)));
-  CHECK(contains(reinterpret_cast<const char*>(driver.glGetString(GL_EXTENSIONS)), "GL_ARB_multitexture"));
+name_set wgl_extensions() {
+  const char* names = driver.wglGetExtensionsStringARB(window.hdc);
+  CHECK(names == driver.wglGetExtensionsStringARB(window.hdc));
+  CHECK(strcmp(names, driver.wglGetExtensionsStringEXT()) == 0);
+  return names_in(names);
+}
+
+name_set indexed_extensions() {
   GLint count = 0;
   driver.glGetIntegerv(GL_NUM_EXTENSIONS, &count);
-  CHECK(count > 50);
+  name_set names;
   for (GLint i = 0; i < count; ++i) {
     const GLubyte* name = driver.glGetStringi(GL_EXTENSIONS, static_cast<GLuint>(i));
-    CHECK(name != nullptr && strstr(reinterpret_cast<const char*>(name), "WGL_ARB_create_context") == nullptr);
+    CHECK(name != nullptr);
+    if (name) names.insert(reinterpret_cast<const char*>(name));
   }
+  CHECK_EQUAL(names.size(), count);
+  return names;
+}
+
+// The one that programs ask for first, and those that only add attributes to it.
+const char* const creation_names[] = {"WGL_ARB_create_context", "WGL_ARB_create_context_profile",
+                                      "WGL_ARB_create_context_no_error", "WGL_ARB_create_context_robustness"};
+
+// A process whose contexts have no parts is told what the host says.
+void host_strings() {
+  const auto hosts =
+      reinterpret_cast<const char* (*)(HDC)>(reinterpret_cast<__osw_proc>(host_answer("wglGetExtensionsStringARB")));
+  CHECK(wgl_extensions() == names_in(hosts(window.hdc)));
+  CHECK(wgl_extensions().count(creation_names[0]) == 1);
+  CHECK(gl_extensions().count("GL_ARB_sync") == 1);
+  CHECK(indexed_extensions().size() > 50);
+  GLint major = 0;
+  driver.glGetIntegerv(GL_MAJOR_VERSION, &major);
+  CHECK(major > 3);
+}
+
+// A context of the core profile, which has other state than those that the driver makes otherwise.
+void context_with_attributes() {
+  const int attributes[][2] = {
+      {context_major, 3}, {context_minor, 3}, {context_profile, core_profile}, {context_flags, debug_flag}, {0, 0}};
+  HGLRC core = driver.wglCreateContextAttribsARB(window.hdc, nullptr, attributes[0]);
+  CHECK(core != nullptr);
+  CHECK(driver.wglMakeCurrent(window.hdc, core));
+  CHECK(driver.wglGetCurrentContext() == core);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  // Nor has the driver asked for anything that this profile lacks.
+  GLint value = -1;
+  driver.glGetIntegerv(GL_DEBUG_LOGGED_MESSAGES, &value);
+  CHECK_EQUAL(value, 0);
+  driver.glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &value);
+  CHECK_EQUAL(value, GL_CONTEXT_CORE_PROFILE_BIT);
+  GLint box[4] = {};
+  driver.glGetIntegerv(GL_VIEWPORT, box);
+  CHECK(box[2] == 100 && box[3] == 80);
+  driver.glViewportOffsetZ4(3, 4);
+  driver.glViewport(1, 2, 30, 40);
+  driver.glGetIntegerv(GL_VIEWPORT, box);
+  CHECK(box[0] == 1 && box[1] == 2 && box[2] == 30 && box[3] == 40);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+  CHECK(driver.wglMakeCurrent(window.hdc, context));
+  CHECK(driver.wglDeleteContext(core));
+  const int impossible[] = {context_major, 9, 0};
+  CHECK(driver.wglCreateContextAttribsARB(window.hdc, nullptr, impossible) == nullptr);
+}
+
+bool is_part_of(const name_set& names, const name_set& all) {
+  return std::includes(all.begin(), all.end(), names.begin(), names.end());
+}
+
+void strings_of_a_spread_process() {
+  const name_set gl = gl_extensions(), indexed = indexed_extensions(), wgl = wgl_extensions();
+  make_part_context(window);
+  const name_set told_gl = gl_extensions(), told_indexed = indexed_extensions(), told_wgl = wgl_extensions();
+  CHECK(is_part_of(told_gl, gl) && is_part_of(told_indexed, indexed) && is_part_of(told_wgl, wgl));
+  for (const char* name : {"GL_NV_conditional_render", "GL_MESA_pack_invert", "GL_ARB_sync"}) {
+    CHECK(indexed.count(name) == 1 && told_gl.count(name) == 0 && told_indexed.count(name) == 0);
+  }
+  CHECK(told_gl.count("GL_ARB_multitexture") == 1 && told_indexed.count("GL_ARB_multitexture") == 1);
+  CHECK(told_wgl.count("WGL_ARB_pixel_format") == 1);
+  for (const char* name : creation_names) CHECK(told_wgl.count(name) == 0);
+  CHECK(found("wglCreateContextAttribsARB") == nullptr);
+  CHECK(strncmp(reinterpret_cast<const char*>(driver.glGetString(GL_VERSION)), "3.1 ", 4) == 0);
+  CHECK(strncmp(reinterpret_cast<const char*>(driver.glGetString(GL_SHADING_LANGUAGE_VERSION)), "1.40", 4) == 0);
+  GLint major = 0, minor = 0;
+  driver.glGetIntegerv(GL_MAJOR_VERSION, &major);
+  driver.glGetIntegerv(GL_MINOR_VERSION, &minor);
+  CHECK(major == 3 && minor == 1);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
 }
 
 // Runs this program again, in a folder and with an environment of its own, for one of the parts below. Returns its
@@ -233,7 +304,10 @@ void missing_host() {
   GetEnvironmentVariableA("OSW_DRIVER_HOST", before, sizeof before);
   SetEnvironmentVariableA("OSW_DRIVER_HOST", "no-such-library.dll");
   CHECK_EQUAL(run_again("", "--missing-host"), 0);
-  SetEnvironmentVariableA("OSW_DRIVER_HOST", "opengl32sys.dll");
+  // The driver itself, which would call itself for every call.
+  char own[MAX_PATH];
+  CHECK(GetModuleFileNameA(driver_module, own, MAX_PATH) != 0);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", own);
   CHECK_EQUAL(run_again("", "--missing-host"), 0);
   SetEnvironmentVariableA("OSW_DRIVER_HOST", before[0] != 0 ? before : nullptr);
 }
@@ -252,10 +326,12 @@ const test_case cases[] = {
     {"context", make_context},
     {"names-with-context", names_with_context},
     {"unlisted-functions", unlisted_functions},
-    {"extension-strings", extension_strings},
+    {"host-strings", host_strings},
+    {"context-with-attributes", context_with_attributes},
     {"as-opengl32", as_opengl32},
     {"missing-host", missing_host},
     {"default-host", default_host},
+    {"strings-of-a-spread-process", strings_of_a_spread_process},
 };
 
 // gdi32's functions, which call whatever opengl32.dll the process has.

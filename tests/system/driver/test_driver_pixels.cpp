@@ -1,5 +1,5 @@
-// What an offset does to the picture: the same scene in one window of 200 by 150, and in four contexts on child windows
-// that show a part of it each, compared pixel by pixel.
+// The same scene in one window of 200 by 150, and in four contexts on child windows that show a part of it each,
+// compared pixel by pixel: nothing that a program draws or asks for may tell them apart.
 #include <cstring>
 
 #include "driver.h"
@@ -29,6 +29,7 @@ part parts[4] = {{0, 0, cut_x, cut_y, {}, nullptr},
                  {0, cut_y, cut_x, height - cut_y, {}, nullptr},
                  {cut_x, cut_y, width - cut_x, height - cut_y, {}, nullptr}};
 picture whole, spanned;
+const part* drawn_part;  // null: the whole window is
 
 void make_windows() {
   whole_window = make_window(nullptr, 50, 50, width, height, true);
@@ -82,12 +83,14 @@ int compare(void (*draw)()) {
   CHECK(driver.wglMakeCurrent(whole_window.hdc, whole_context));
   driver.glViewport(0, 0, width, height);
   clear();
+  drawn_part = nullptr;
   draw();
   read(0, 0, width, height, whole.pixels);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
   for (const part& p : parts) {
     begin(p);
     clear();
+    drawn_part = &p;
     draw();
     read(0, 0, p.width, p.height, spanned.pixels + p.bottom * width + p.left);
     CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
@@ -121,7 +124,7 @@ void triangles_and_lines() {
 }
 
 void viewport_cases() {
-  CHECK(compare(triangles_and_lines) <= 3);
+  CHECK_EQUAL(compare(triangles_and_lines), 0);
   CHECK_EQUAL(compare([] {
                 driver.glViewport(31, 22, 120, 90);
                 rectangle(-1, -1, 1, 1, 255, 80, 0);
@@ -217,12 +220,13 @@ void first_raster_position() {
   gl_window window = make_window(parts_window.hwnd, 40, 40, 50, 50, true);
   HGLRC context = driver.wglCreateContext(window.hdc);
   CHECK(driver.wglMakeCurrent(window.hdc, context));
-  driver.glViewportOffsetZ4(10, 12);
+  driver.glViewportOffsetZ4(0, 0);
+  driver.glDrawableSizeZ4(width, height);
   driver.glClear(GL_COLOR_BUFFER_BIT);
   const u32 dot = 0xff00ffff;
   driver.glDrawPixels(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &dot);
   u32 found = 0;
-  driver.glReadPixels(10, 12, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  driver.glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
   CHECK_EQUAL(found & 0xffffff, dot & 0xffffff);
   GLint position[4] = {7, 7, 7, 7};
   driver.glGetIntegerv(GL_CURRENT_RASTER_POSITION, position);
@@ -231,6 +235,13 @@ void first_raster_position() {
   CHECK_EQUAL(position[3], 1);
   CHECK(driver.wglDeleteContext(context));
   destroy_window(window);
+}
+
+// One pixel of what a part gives for the whole window's (x, y). Black without an answer: it lies in another part.
+u32 ask_part(const part* p, int x, int y) {
+  u32 found = 0;
+  driver.glReadPixels(p ? x - p->left : x, p ? y - p->bottom : y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  return found & 0xffffff;
 }
 
 void framebuffer_scene(void (*bind)(GLenum, GLuint), void (*discard)(GLsizei, const GLuint*)) {
@@ -244,31 +255,27 @@ void framebuffer_scene(void (*bind)(GLenum, GLuint), void (*discard)(GLsizei, co
   driver.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, renderbuffer);
   CHECK_EQUAL(driver.glCheckFramebufferStatus(GL_FRAMEBUFFER), GL_FRAMEBUFFER_COMPLETE);
 
-  // Nothing is shifted in the object.
+  // Nothing is shifted or cut in the object, and a part reads its own piece of it, counted from its share.
   driver.glClear(GL_COLOR_BUFFER_BIT);
   driver.glViewport(10, 20, 30, 40);
   driver.glEnable(GL_SCISSOR_TEST);
   driver.glScissor(10, 20, 25, 40);
   rectangle(-1, -1, 1, 1, 250, 250, 0);
-  u32 found[3] = {};
-  driver.glReadPixels(10, 20, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found[0]);
-  driver.glReadPixels(34, 59, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found[1]);
-  driver.glReadPixels(35, 59, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found[2]);
-  CHECK_EQUAL(found[0] & 0xffffff, 0x00fafa);
-  CHECK_EQUAL(found[1] & 0xffffff, 0x00fafa);
-  CHECK_EQUAL(found[2] & 0xffffff, 0);
+  CHECK_EQUAL(ask_part(drawn_part, 10, 20), 0x00fafa);
+  CHECK_EQUAL(ask_part(drawn_part, 34, 59), 0x00fafa);
+  CHECK_EQUAL(ask_part(drawn_part, 35, 59), 0);
   GLint box[4] = {};
   driver.glGetIntegerv(GL_VIEWPORT, box);
   CHECK_EQUAL(box[0], 10);
   CHECK_EQUAL(box[1], 20);
   driver.glDisable(GL_SCISSOR_TEST);
 
-  // From the object to the window, stretched and whole; the window's rectangle alone is shifted.
+  // From the object to the window, stretched and whole.
   bind(GL_DRAW_FRAMEBUFFER, 0);
   driver.glBlitFramebuffer(10, 20, 35, 60, 75, 40, 125, 120, GL_COLOR_BUFFER_BIT, GL_NEAREST);
   driver.glBlitFramebufferEXT(10, 20, 35, 60, 5, 50, 30, 90, GL_COLOR_BUFFER_BIT, GL_NEAREST);
 
-  // The window is shifted again, also with what was set while the object was bound.
+  // The window again, also with what was set while the object was bound.
   rectangle(-1, -1, 0, 0, 0, 0, 200);
   driver.glEnable(GL_SCISSOR_TEST);
   rectangle(-1, -1, 0, 1, 90, 0, 200);
@@ -285,7 +292,7 @@ void framebuffer_cases() {
   CHECK_EQUAL(compare([] { framebuffer_scene(driver.glBindFramebufferEXT, driver.glDeleteFramebuffersEXT); }), 0);
 }
 
-// The window's rectangle that is read is shifted too: within a part, as nothing is to be read outside.
+// From the window to an object: within a part, as nothing is to be read outside.
 void read_blit() {
   const part& p = parts[3];
   begin(p);
@@ -303,11 +310,8 @@ void read_blit() {
   driver.glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, renderbuffer);
   driver.glBlitFramebuffer(100, 70, 110, 80, 5, 6, 15, 16, GL_COLOR_BUFFER_BIT, GL_NEAREST);
   driver.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-  u32 found[2] = {};
-  driver.glReadPixels(5, 6, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found[0]);
-  driver.glReadPixels(14, 15, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found[1]);
-  CHECK_EQUAL(found[0] & 0xffffff, 0x030201);
-  CHECK_EQUAL(found[1] & 0xffffff, 0x030201);
+  CHECK_EQUAL(ask_part(&p, 5, 6), 0x030201);
+  CHECK_EQUAL(ask_part(&p, 14, 15), 0x030201);
   driver.glDeleteFramebuffers(1, &framebuffer);
   driver.glDeleteRenderbuffers(1, &renderbuffer);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
@@ -346,12 +350,123 @@ void list_cases() {
               0);
 }
 
+GLuint make_program(const char* fragment_source) {
+  const GLuint shader = driver.glCreateShader(GL_FRAGMENT_SHADER), program = driver.glCreateProgram();
+  driver.glShaderSource(shader, 1, &fragment_source, nullptr);
+  driver.glCompileShader(shader);
+  driver.glAttachShader(program, shader);
+  driver.glLinkProgram(program);
+  driver.glDeleteShader(shader);
+  GLint linked = 0;
+  driver.glGetProgramiv(program, GL_LINK_STATUS, &linked);
+  CHECK_EQUAL(linked, GL_TRUE);
+  return program;
+}
+
+void draw_shaded(const char* fragment_source) {
+  const GLuint program = make_program(fragment_source);
+  driver.glUseProgram(program);
+  driver.glRectf(-0.95f, -0.9f, 0.9f, 0.97f);
+  driver.glUseProgram(0);
+  driver.glDeleteProgram(program);
+}
+
+// Where a fragment lies, which shaders make patterns of.
+void fragment_coordinates() {
+  CHECK_EQUAL(
+      compare([] {
+        draw_shaded("void main() { gl_FragColor = vec4(gl_FragCoord.xy / 255.0, fract(gl_FragCoord.z), 1.0); }");
+      }),
+      0);
+}
+
+// Renderers take the difference between neighbours within blocks of two by two, counted from the drawable's corner: at
+// an odd place other pixels would be neighbours.
+void derivatives() {
+  CHECK_EQUAL(compare([] {
+                draw_shaded(
+                    "void main() { vec2 at = gl_FragCoord.xy; float wave = sin(at.x * at.x * 0.01 + at.y * 0.3);"
+                    " gl_FragColor = vec4(abs(dFdx(wave)), abs(dFdy(wave)), fwidth(at.x * at.y) / 400.0, 1.0); }");
+              }),
+              0);
+}
+
+// Patterns begin at the window's corner.
+void stipples() {
+  CHECK_EQUAL(compare([] {
+                GLubyte pattern[128];
+                for (int i = 0; i < 128; ++i) pattern[i] = static_cast<GLubyte>(i * 37 + i / 4 * 11);
+                driver.glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+                driver.glPolygonStipple(pattern);
+                driver.glEnable(GL_POLYGON_STIPPLE);
+                rectangle(-0.9f, -0.95f, 0.97f, 0.9f, 250, 200, 0);
+                driver.glDisable(GL_POLYGON_STIPPLE);
+              }),
+              0);
+}
+
+void expect_same_feedback(GLuint list, const GLfloat (&wanted)[64], GLint count) {
+  GLfloat values[64] = {};
+  driver.glFeedbackBuffer(64, GL_3D, values);
+  driver.glRenderMode(GL_FEEDBACK);
+  driver.glCallList(list);
+  CHECK_EQUAL(driver.glRenderMode(GL_RENDER), count);
+  int different = 0;
+  for (int i = 0; i < count; ++i) different += values[i] != wanted[i];
+  CHECK_EQUAL(different, 0);
+}
+
+GLuint compile_positions() {
+  const GLuint list = driver.glGenLists(1);
+  driver.glNewList(list, GL_COMPILE);
+  driver.glViewport(13, 17, 150, 110);
+  driver.glBegin(GL_TRIANGLES);
+  driver.glVertex2f(-0.5f, -0.25f);
+  driver.glVertex2f(0.75f, -0.5f);
+  driver.glVertex2f(0.3f, 0.8f);
+  driver.glEnd();
+  driver.glWindowPos2i(40, 30);
+  driver.glBitmap(8, 1, 0, 0, 3, 4, stripes);
+  driver.glBitmap(8, 1, 0, 0, 0, 0, stripes);
+  driver.glEndList();
+  return list;
+}
+
+// What a program hears of where things come to lie, from which it draws or prints by itself.
+void feedback() {
+  CHECK(driver.wglMakeCurrent(whole_window.hdc, whole_context));
+  driver.glViewport(0, 0, width, height);
+  const GLuint list = compile_positions();
+  GLfloat wanted[64] = {};
+  driver.glFeedbackBuffer(64, GL_3D, wanted);
+  driver.glRenderMode(GL_FEEDBACK);
+  driver.glCallList(list);
+  const GLint count = driver.glRenderMode(GL_RENDER);
+  CHECK_EQUAL(count, 1 + 1 + 9 + 2 * 4);
+  driver.glDeleteLists(list, 1);
+  for (const part& p : parts) {
+    begin(p);
+    const GLuint lists_own = compile_positions();
+    expect_same_feedback(lists_own, wanted, count);
+    driver.glDeleteLists(lists_own, 1);
+  }
+}
+
 const test_case cases[] = {
-    {"windows", make_windows},          {"viewport", viewport_cases},
-    {"scissor", scissor_cases},         {"window-pos", window_pos_cases},
-    {"raster-pos", raster_pos_cases},   {"first-raster-position", first_raster_position},
-    {"framebuffer", framebuffer_cases}, {"read-blit", read_blit},
-    {"attributes", attribute_cases},    {"lists", list_cases},
+    {"windows", make_windows},
+    {"fragment-coordinates", fragment_coordinates},
+    {"derivatives", derivatives},
+    {"stipples", stipples},
+    {"feedback", feedback},
+    {"viewport", viewport_cases},
+    {"scissor", scissor_cases},
+    {"window-pos", window_pos_cases},
+    {"raster-pos", raster_pos_cases},
+    {"first-raster-position", first_raster_position},
+    {"framebuffer", framebuffer_cases},
+    {"read-blit", read_blit},
+    {"attributes", attribute_cases},
+    {"lists", list_cases},
 };
 
 }  // namespace

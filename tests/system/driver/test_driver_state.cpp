@@ -1,5 +1,6 @@
-// What a program can ask of a context: nothing of an offset, of the size of the drawable, or of a spared drawable
-// shows.
+// What a program can ask of a context: nothing of a share of the window, of a scissor box that is cut to it, or of a
+// spared drawable shows.
+#include <climits>
 #include <initializer_list>
 
 #include "driver.h"
@@ -10,14 +11,16 @@ struct box {
   GLint x, y, width, height;
 };
 
-// Where the values are on the host, seen through the scissor: the lower left corner of what a clear fills.
+// A child, which stands for the application's window, or shows a share of the one that it lies in.
 constexpr int width = 120, height = 90;
+constexpr int whole_width = 200, whole_height = 150;
 
-gl_window window;
+gl_window whole, window;
 HGLRC context;
 
 void make_first() {
-  window = make_window(nullptr, 60, 60, width, height, true);
+  whole = make_window(nullptr, 60, 60, whole_width, whole_height, true);
+  window = make_window(whole.hwnd, 30, 43, width, height, true);
   context = driver.wglCreateContext(window.hdc);
   CHECK(driver.wglMakeCurrent(window.hdc, context));
   bind_extensions();
@@ -37,6 +40,17 @@ void discard(HGLRC made) {
   CHECK(driver.wglDeleteContext(made));
 }
 
+// From now on the context draws to a drawable of the whole window, in which its own is the share with this corner.
+void show_share(int left, int bottom) {
+  driver.glViewportOffsetZ4(-left, -bottom);
+  driver.glDrawableSizeZ4(whole_width, whole_height);
+}
+
+void show_whole() {
+  driver.glViewportOffsetZ4(0, 0);
+  driver.glDrawableSizeZ4(width, height);
+}
+
 box ask(GLenum name) {
   GLint values[4] = {-77, -77, -77, -77};
   driver.glGetIntegerv(name, values);
@@ -52,7 +66,7 @@ void check_box(int line, const box& found, const box& wanted) {
 
 #define CHECK_BOX(found, ...) check_box(__LINE__, found, box __VA_ARGS__)
 
-// Where the scissor box of the host begins, found by a clear through it.
+// Where the scissor box begins in what the child shows, found by a clear through it.
 struct corner {
   int x, y;
 };
@@ -65,6 +79,7 @@ corner find_corner() {
   driver.glClearColor(1, 1, 1, 1);
   driver.glClear(GL_COLOR_BUFFER_BIT);
   driver.glDisable(GL_SCISSOR_TEST);
+  CHECK(!driver.glIsEnabled(GL_SCISSOR_TEST));
   static u32 pixels[width * height];
   driver.glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
   for (int i = 0; i < width * height; ++i) {
@@ -96,7 +111,7 @@ void check_values(int line, void (*get)(GLenum, Value*), GLenum name, Value a, V
 
 void query_types() {
   HGLRC made = fresh();
-  driver.glViewportOffsetZ4(-30, 17);
+  show_share(30, 17);
   driver.glViewport(30, 5, 60, 50);
   driver.glScissor(-17, 0, 61, 51);
   driver.glWindowPos3i(9, 0, 1);
@@ -131,44 +146,113 @@ void query_types() {
 // A query that fails leaves the program's memory alone.
 void failed_query() {
   HGLRC made = fresh();
-  driver.glViewportOffsetZ4(-30, 17);
+  show_share(30, 17);
+  driver.glScissor(5, 6, 40, 41);
   driver.glBegin(GL_POINTS);
-  const box untouched = ask(GL_VIEWPORT);
+  const box untouched = ask(GL_SCISSOR_BOX);
+  driver.glScissor(1, 2, 3, 4);
+  driver.glEnable(GL_SCISSOR_TEST);
   driver.glEnd();
   CHECK_BOX(untouched, {-77, -77, -77, -77});
   CHECK_EQUAL(driver.glGetError(), GL_INVALID_OPERATION);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
+  CHECK(!driver.glIsEnabled(GL_SCISSOR_TEST));
   discard(made);
 }
 
-void offset_at_once() {
+// Both calls are in force together, from the second on.
+void share_at_once() {
   HGLRC made = fresh();
   driver.glViewport(1, 2, 30, 40);
-  driver.glScissor(10, 20, 30, 40);
-  CHECK_CORNER(10, 20);
-  driver.glViewportOffsetZ4(7, 9);
-  CHECK_CORNER(17, 29);
-  CHECK_BOX(ask(GL_SCISSOR_BOX), {10, 20, 30, 40});
+  driver.glScissor(50, 60, 30, 40);
+  CHECK_CORNER(50, 60);
+  driver.glViewportOffsetZ4(-7, -9);
+  CHECK_CORNER(50, 60);
+  driver.glDrawableSizeZ4(whole_width, whole_height);
+  CHECK_CORNER(43, 51);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {50, 60, 30, 40});
   CHECK_BOX(ask(GL_VIEWPORT), {1, 2, 30, 40});
-  driver.glViewportOffsetZ4(-4, -5);
-  CHECK_CORNER(6, 15);
-  CHECK_BOX(ask(GL_SCISSOR_BOX), {10, 20, 30, 40});
-  driver.glViewportOffsetZ4(0, 0);
-  CHECK_CORNER(10, 20);
+  show_share(40, 50);
+  CHECK_CORNER(10, 10);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {50, 60, 30, 40});
+  show_whole();
+  CHECK_CORNER(50, 60);
   discard(made);
 }
 
-void raster_position_moves() {
+// What is asked for, by any of the queries, is what was set, and what is enabled is drawn through.
+void scissor_is_the_programs() {
+  HGLRC made = fresh();
+  show_share(30, 17);
+  CHECK(!driver.glIsEnabled(GL_SCISSOR_TEST));
+  check_values<GLint>(__LINE__, driver.glGetIntegerv, GL_SCISSOR_BOX, 0, 0, whole_width, whole_height);
+  driver.glEnable(GL_SCISSOR_TEST);
+  driver.glScissor(0, 0, 1000, 1000);
+  CHECK(driver.glIsEnabled(GL_SCISSOR_TEST));
+  GLboolean enabled = 7;
+  driver.glGetBooleanv(GL_SCISSOR_TEST, &enabled);
+  CHECK_EQUAL(enabled, GL_TRUE);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 1000, 1000});
+  CHECK(driver.glIsEnabledi(GL_SCISSOR_TEST, 0));
+  driver.glDisablei(GL_SCISSOR_TEST, 0);
+  CHECK(!driver.glIsEnabledIndexedEXT(GL_SCISSOR_TEST, 0));
+  CHECK(!driver.glIsEnabled(GL_SCISSOR_TEST));
+  driver.glScissor(INT_MAX, INT_MIN, INT_MAX, 5);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {INT_MAX, INT_MIN, INT_MAX, 5});
+  driver.glScissor(1, 2, -1, 5);
+  CHECK_EQUAL(driver.glGetError(), GL_INVALID_VALUE);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {INT_MAX, INT_MIN, INT_MAX, 5});
+  discard(made);
+}
+
+// A list that sets, or leaves alone, what was cut when it was compiled or is when it is called.
+void scissor_in_lists() {
+  HGLRC made = fresh();
+  const GLuint list = driver.glGenLists(2);
+  driver.glNewList(list, GL_COMPILE);
+  driver.glScissor(60, 70, 20, 30);
+  driver.glEndList();
+  driver.glNewList(list + 1, GL_COMPILE);
+  driver.glEnable(GL_SCISSOR_TEST);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glEndList();
+  show_share(30, 17);
+  driver.glCallList(list);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {60, 70, 20, 30});
+  CHECK_CORNER(30, 53);
+  driver.glClearColor(0, 0, 0, 0);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glClearColor(1, 1, 1, 1);
+  const GLuint both[2] = {list, list + 1};
+  driver.glCallLists(2, GL_UNSIGNED_INT, both);
+  CHECK(driver.glIsEnabled(GL_SCISSOR_TEST));
+  u32 found[2] = {};
+  driver.glReadPixels(29, 53, 2, 1, GL_RGBA, GL_UNSIGNED_BYTE, found);
+  CHECK_EQUAL(found[0] & 0xffffff, 0);
+  CHECK_EQUAL(found[1] & 0xffffff, 0xffffff);
+  driver.glNewList(list, GL_COMPILE_AND_EXECUTE);
+  driver.glScissor(70, 70, 20, 30);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {70, 70, 20, 30});
+  driver.glEndList();
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {70, 70, 20, 30});
+  CHECK_CORNER(40, 53);
+  driver.glDeleteLists(list, 2);
+  discard(made);
+}
+
+// Where the raster position is, also one that was there before.
+void raster_position_stays() {
   HGLRC made = fresh();
   driver.glViewport(0, 0, width, height);
-  driver.glWindowPos2i(20, 30);
+  driver.glWindowPos2i(40, 30);
   driver.glColor3f(0, 1, 0);
-  driver.glViewportOffsetZ4(5, 6);
-  CHECK_BOX(ask(GL_CURRENT_RASTER_POSITION), {20, 30, 0, 1});
+  show_share(15, 6);
+  CHECK_BOX(ask(GL_CURRENT_RASTER_POSITION), {40, 30, 0, 1});
   driver.glClear(GL_COLOR_BUFFER_BIT);
   const u32 dot = 0xff123456;
   driver.glDrawPixels(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &dot);
   u32 found = 0;
-  driver.glReadPixels(25, 36, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  driver.glReadPixels(25, 24, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
   CHECK_EQUAL(found & 0xffffff, 0x123456);
   // Its colour is that of the time when it was set.
   GLfloat color[4] = {};
@@ -177,7 +261,7 @@ void raster_position_moves() {
   discard(made);
 }
 
-// What a program sees while it pushes and pops, with an offset that moves meanwhile or with none.
+// What a program sees while it pushes and pops, with a share that moves meanwhile or with none.
 struct trace {
   box seen[12];
   int count;
@@ -187,9 +271,9 @@ void note(trace* t) {
   for (const GLenum name : {GL_VIEWPORT, GL_SCISSOR_BOX, GL_CURRENT_RASTER_POSITION}) t->seen[t->count++] = ask(name);
 }
 
-void push_and_pop(trace* t, GLbitfield outer, GLbitfield inner, bool offset) {
+void push_and_pop(trace* t, GLbitfield outer, GLbitfield inner, bool shared) {
   HGLRC made = fresh();
-  if (offset) driver.glViewportOffsetZ4(3, 4);
+  if (shared) show_share(3, 4);
   driver.glViewport(11, 12, 50, 51);
   driver.glScissor(21, 22, 52, 53);
   driver.glWindowPos2i(31, 32);
@@ -201,7 +285,7 @@ void push_and_pop(trace* t, GLbitfield outer, GLbitfield inner, bool offset) {
   driver.glWindowPos2i(7, 8);
   driver.glColor3f(0.5f, 0, 0);
   note(t);
-  if (offset) driver.glViewportOffsetZ4(20, 30);
+  if (shared) show_share(20, 30);
   note(t);
   driver.glPopAttrib();
   note(t);
@@ -214,7 +298,8 @@ void push_and_pop(trace* t, GLbitfield outer, GLbitfield inner, bool offset) {
   discard(made);
 }
 
-// The host is the judge of what a pop brings back.
+// The host is the judge of what a pop brings back. Of the scissor box it may leave out what did not change since the
+// last push, though it has since an earlier one; the driver's own changes of it bring back all that is due.
 void popped_after_move() {
   const GLbitfield masks[] = {GL_VIEWPORT_BIT, GL_SCISSOR_BIT, GL_CURRENT_BIT, GL_LIGHTING_BIT, GL_ALL_ATTRIB_BITS};
   for (GLbitfield outer : masks) {
@@ -222,6 +307,9 @@ void popped_after_move() {
       trace plain = {}, moved = {};
       push_and_pop(&plain, outer, inner, false);
       push_and_pop(&moved, outer, inner, true);
+      const box set = {21, 22, 52, 53}, last = {0, 0, 2, 2};
+      plain.seen[7] = inner & GL_SCISSOR_BIT ? set : last;
+      plain.seen[10] = (inner | outer) & GL_SCISSOR_BIT ? set : last;
       for (int i = 0; i < plain.count; ++i) {
         const box& wanted = plain.seen[i];
         CHECK_BOX(moved.seen[i], {wanted.x, wanted.y, wanted.width, wanted.height});
@@ -231,16 +319,16 @@ void popped_after_move() {
   }
 }
 
-// Pushed before there ever was an offset.
-void popped_after_first_offset() {
+// Pushed before there ever was a share.
+void popped_after_first_share() {
   HGLRC made = fresh();
   driver.glScissor(5, 6, 40, 41);
   driver.glPushAttrib(GL_ALL_ATTRIB_BITS);
-  driver.glViewportOffsetZ4(10, 20);
+  show_share(2, 4);
   driver.glScissor(0, 0, 2, 2);
   driver.glPopAttrib();
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
-  CHECK_CORNER(15, 26);
+  CHECK_CORNER(3, 2);
   discard(made);
 }
 
@@ -252,45 +340,45 @@ void attribute_overflow() {
   driver.glScissor(5, 6, 40, 41);
   for (GLint i = 0; i < depth; ++i) driver.glPushAttrib(GL_SCISSOR_BIT);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
-  driver.glViewportOffsetZ4(10, 20);
+  show_share(2, 4);
   driver.glPushAttrib(GL_SCISSOR_BIT);
   CHECK_EQUAL(driver.glGetError(), GL_STACK_OVERFLOW);
   for (GLint i = 0; i < depth; ++i) driver.glPopAttrib();
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
-  CHECK_CORNER(15, 26);
+  CHECK_CORNER(3, 2);
   discard(made);
 }
 
-// While a list is compiled nothing of ours may get into it: the move waits for its end.
-void offset_while_compiling() {
+// While a list is compiled nothing of ours may get into it: the cut waits for its end.
+void share_while_compiling() {
   HGLRC made = fresh();
   driver.glScissor(5, 6, 40, 41);
   const GLuint list = driver.glGenLists(1);
   driver.glNewList(list, GL_COMPILE);
-  driver.glViewportOffsetZ4(10, 20);
+  show_share(2, 4);
   driver.glPushAttrib(GL_SCISSOR_BIT);
   driver.glScissor(1, 1, 3, 3);
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
   driver.glPopAttrib();
   driver.glEndList();
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
-  CHECK_CORNER(15, 26);
+  CHECK_CORNER(3, 2);
   driver.glCallList(list);
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
-  CHECK_CORNER(15, 26);
+  CHECK_CORNER(3, 2);
   discard(made);
 }
 
-void offset_while_feeding_back() {
+void share_while_feeding_back() {
   HGLRC made = fresh();
   GLfloat buffer[64] = {};
   driver.glScissor(5, 6, 40, 41);
   driver.glFeedbackBuffer(64, GL_2D, buffer);
   driver.glRenderMode(GL_FEEDBACK);
-  driver.glViewportOffsetZ4(10, 20);
+  show_share(2, 4);
   CHECK_EQUAL(driver.glRenderMode(GL_RENDER), 0);
   CHECK_BOX(ask(GL_SCISSOR_BOX), {5, 6, 40, 41});
-  CHECK_CORNER(15, 26);
+  CHECK_CORNER(3, 2);
   discard(made);
 }
 
@@ -298,21 +386,21 @@ void offset_while_feeding_back() {
 void incomplete_framebuffer() {
   HGLRC made = fresh();
   driver.glWindowPos2i(20, 30);
-  driver.glViewportOffsetZ4(5, 6);
-  driver.glScissor(1, 2, 30, 40);
+  show_share(5, 6);
+  driver.glScissor(11, 12, 30, 40);
   GLuint framebuffer = 0;
   driver.glGenFramebuffers(1, &framebuffer);
   driver.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
-  CHECK_BOX(ask(GL_SCISSOR_BOX), {1, 2, 30, 40});
-  driver.glViewportOffsetZ4(9, 10);
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {11, 12, 30, 40});
+  show_share(9, 10);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
   driver.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
   driver.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
-  CHECK_BOX(ask(GL_SCISSOR_BOX), {1, 2, 30, 40});
+  CHECK_BOX(ask(GL_SCISSOR_BOX), {11, 12, 30, 40});
   CHECK_BOX(ask(GL_CURRENT_RASTER_POSITION), {20, 30, 0, 1});
-  CHECK_CORNER(10, 12);
+  CHECK_CORNER(2, 2);
   driver.glDeleteFramebuffers(1, &framebuffer);
   discard(made);
 }
@@ -323,11 +411,13 @@ void initial_boxes() {
   CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, width, height});
   driver.glDrawableSizeZ4(-5, 40);
   CHECK_BOX(ask(GL_VIEWPORT), {0, 0, width, height});
-  driver.glViewportOffsetZ4(3, 4);
+  driver.glViewportOffsetZ4(-3, -4);
   driver.glDrawableSizeZ4(400, 300);
   CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
   CHECK_BOX(ask(GL_SCISSOR_BOX), {0, 0, 400, 300});
-  CHECK_CORNER(3, 4);
+  driver.glScissor(10, 10, 50, 50);
+  CHECK_CORNER(7, 6);
+  driver.glScissor(0, 0, 400, 300);
   // A later size is not the first one.
   driver.glDrawableSizeZ4(500, 350);
   CHECK_BOX(ask(GL_VIEWPORT), {0, 0, 400, 300});
@@ -442,17 +532,126 @@ void spare_ends() {
   discard(made);
 }
 
+// How many samples of a square of 40 by 30 pixels pass, at a depth between 0, near, and 1.
+template <class Begin>
+GLuint count_samples(Begin begin, GLenum target, double depth = 0.25) {
+  GLuint query = 0, samples = 77;
+  driver.glGenQueries(1, &query);
+  begin(target, query);
+  driver.glBegin(GL_QUADS);
+  for (const auto& [x, y] : {corner{0, 0}, corner{40, 0}, corner{40, 30}, corner{0, 30}})
+    driver.glVertex3d(x * 2.0 / width - 1, y * 2.0 / height - 1, depth * 2 - 1);
+  driver.glEnd();
+  driver.glEndQuery(target);
+  driver.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &samples);
+  driver.glDeleteQueries(1, &query);
+  return samples;
+}
+
+// A program draws what a query has found to be seen: whoever counts for it has to have all pixels.
+void spare_counts_samples() {
+  const auto begin_arb = [](GLenum target, GLuint query) { driver.glBeginQueryARB(target, query); };
+  const auto begin = [](GLenum target, GLuint query) { driver.glBeginQuery(target, query); };
+  for (const bool older : {false, true}) {
+    HGLRC made = fresh();
+    driver.glDrawableSizeZ4(-1, -1);
+    driver.glEnable(GL_DEPTH_TEST);
+    driver.glEnable(GL_SCISSOR_TEST);
+    driver.glScissor(0, 0, 20, 90);
+    driver.glDepthMask(GL_FALSE);
+    driver.glClear(GL_DEPTH_BUFFER_BIT);
+    CHECK_EQUAL(older ? count_samples(begin_arb, GL_SAMPLES_PASSED) : count_samples(begin, GL_SAMPLES_PASSED), 600);
+    driver.glDisable(GL_SCISSOR_TEST);
+    CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 1200);
+    CHECK_EQUAL(count_samples(begin, GL_ANY_SAMPLES_PASSED), 1);
+    driver.glClearDepth(0.1);
+    driver.glDepthMask(GL_TRUE);
+    driver.glClear(GL_DEPTH_BUFFER_BIT);
+    CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 0);
+    CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED, 0.05), 1200);
+    discard(made);
+  }
+}
+
+// Also after it was spared again, as after each binding and each change of the window's size.
+void spare_goes_on_counting() {
+  const auto begin = [](GLenum target, GLuint query) { driver.glBeginQuery(target, query); };
+  HGLRC made = fresh();
+  driver.glDrawableSizeZ4(-1, -1);
+  CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 1200);
+  driver.glDrawableSizeZ4(-1, -1);
+  CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 1200);
+  CHECK(driver.wglMakeCurrent(nullptr, nullptr));
+  CHECK(driver.wglMakeCurrent(window.hdc, made));
+  driver.glDrawableSizeZ4(-1, -1);
+  CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 1200);
+  CHECK(driver.wglSwapBuffers(window.hdc));
+  CHECK_EQUAL(count_samples(begin, GL_SAMPLES_PASSED), 1200);
+  discard(made);
+}
+
+// What is counted of a context that draws to a framebuffer object was right before, and that object is not touched.
+void spare_leaves_framebuffer_alone() {
+  HGLRC made = fresh();
+  GLuint framebuffer = 0, depths = 0, query = 0;
+  driver.glDrawableSizeZ4(-1, -1);
+  driver.glGenFramebuffers(1, &framebuffer);
+  driver.glGenRenderbuffers(1, &depths);
+  driver.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  driver.glBindRenderbuffer(GL_RENDERBUFFER, depths);
+  driver.glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, 16, 16);
+  driver.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depths);
+  driver.glDrawBuffer(GL_NONE);
+  driver.glReadBuffer(GL_NONE);
+  CHECK_EQUAL(driver.glCheckFramebufferStatus(GL_FRAMEBUFFER), GL_FRAMEBUFFER_COMPLETE);
+  driver.glClearDepth(0.25);
+  driver.glClear(GL_DEPTH_BUFFER_BIT);
+  driver.glClearDepth(0.75);
+  driver.glGenQueries(1, &query);
+  driver.glBeginQuery(GL_SAMPLES_PASSED, query);
+  driver.glEndQuery(GL_SAMPLES_PASSED);
+  GLfloat depth = 0;
+  driver.glReadPixels(3, 3, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+  CHECK(depth > 0.24f && depth < 0.26f);
+  driver.glDeleteQueries(1, &query);
+  driver.glDeleteFramebuffers(1, &framebuffer);
+  driver.glDeleteRenderbuffers(1, &depths);
+  discard(made);
+}
+
+// Drawing and waiting costs a context that is never seen as little as before.
+void spare_stays_with_other_queries() {
+  HGLRC made = fresh();
+  driver.glClearColor(0, 0, 1, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glDrawableSizeZ4(-1, -1);
+  GLuint query = 0;
+  driver.glGenQueries(1, &query);
+  driver.glBeginQuery(GL_PRIMITIVES_GENERATED, query);
+  driver.glEndQuery(GL_PRIMITIVES_GENERATED);
+  driver.glClearColor(0, 1, 0, 1);
+  driver.glClear(GL_COLOR_BUFFER_BIT);
+  driver.glDrawableSizeZ4(width, height);
+  u32 found = 0;
+  driver.glReadPixels(50, 50, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &found);
+  CHECK_EQUAL(found & 0xffffff, 0xff0000);
+  driver.glDeleteQueries(1, &query);
+  discard(made);
+}
+
 const test_case cases[] = {
     {"first", make_first},
     {"query-types", query_types},
     {"failed-query", failed_query},
-    {"offset-at-once", offset_at_once},
-    {"raster-position-moves", raster_position_moves},
+    {"share-at-once", share_at_once},
+    {"scissor-is-the-programs", scissor_is_the_programs},
+    {"scissor-in-lists", scissor_in_lists},
+    {"raster-position-stays", raster_position_stays},
     {"popped-after-move", popped_after_move},
-    {"popped-after-first-offset", popped_after_first_offset},
+    {"popped-after-first-share", popped_after_first_share},
     {"attribute-overflow", attribute_overflow},
-    {"offset-while-compiling", offset_while_compiling},
-    {"offset-while-feeding-back", offset_while_feeding_back},
+    {"share-while-compiling", share_while_compiling},
+    {"share-while-feeding-back", share_while_feeding_back},
     {"incomplete-framebuffer", incomplete_framebuffer},
     {"initial-boxes", initial_boxes},
     {"compiled-viewport", compiled_viewport},
@@ -460,6 +659,10 @@ const test_case cases[] = {
     {"empty-child", empty_child},
     {"spare-shows-nothing", spare_shows_nothing},
     {"spare-ends", spare_ends},
+    {"spare-counts-samples", spare_counts_samples},
+    {"spare-goes-on-counting", spare_goes_on_counting},
+    {"spare-leaves-framebuffer-alone", spare_leaves_framebuffer_alone},
+    {"spare-stays-with-other-queries", spare_stays_with_other_queries},
 };
 
 }  // namespace

@@ -360,14 +360,7 @@ void nested() {
   const COLORREF on_dialog = on_screen(155, 255);
   CHECK(on_dialog != red && on_dialog != blue);
   gl_window left = make_window(view.hwnd, 0, 0, 100, 100, true), right = make_window(view.hwnd, 100, 0, 100, 100, true);
-  comes_true([=] { return is_in_order(top, under, dialog); });
-  const stand_ins order = all_stand_ins();
-  CHECK_EQUAL(order.count, 3);
-  CHECK_EQUAL(position_in(order, under), 2);
-  for (int i = 0; i < order.count; ++i) {
-    CHECK(is_above(order.hwnd[i], top));
-    CHECK(is_above(dialog, order.hwnd[i]));
-  }
+  CHECK(comes_true([=] { return is_in_order(top, under, dialog); }));
   paint(view, blue);
   paint(left, red);
   paint(right, green);
@@ -379,11 +372,11 @@ void nested() {
   // The frame comes to the front with all of them, and none comes above the dialog.
   HWND other = make_top(120, 220, 50, 50, false);
   SetWindowPos(other, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+  // Wine brings a window to the front again when the X server tells it, late, that it was uncovered.
+  CHECK_SHOWN(130, 230, ground);
+  pump(100);
   SetWindowPos(top, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
-  comes_true([=] { return is_above(top, other) && is_in_order(top, under, dialog); });
-  CHECK(is_above(top, other));
-  for (int i = 0; i < order.count; ++i) CHECK(is_above(order.hwnd[i], top));
-  CHECK_EQUAL(position_in(all_stand_ins(), under), 2);
+  CHECK(comes_true([=] { return is_above(top, other) && is_in_order(top, under, dialog); }));
   DestroyWindow(other);
   DestroyWindow(dialog);
   // The top window alone is destroyed, and everything goes.

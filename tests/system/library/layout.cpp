@@ -27,17 +27,17 @@ std::vector<RECT> pieces_of(const RECT& whole, DWORD count, bool side_by_side) {
 
 std::vector<RECT> part_areas() {
   std::vector<RECT> areas = monitor_areas();
-  if (registry_option("OSW_DW_FakeAsOneMonitor", 0)) areas = {desktop_of(areas)};
-  if (areas.size() > 1 || !registry_option("OSW_DW_SplitOneMonitor", 0)) return areas;
-  return pieces_of(areas[0], registry_option("OSW_DW_SplitParts", 4),
-                   registry_option("OSW_DW_SplitTwoPartsHorizontal", 1) != 0);
+  if (option_in_force("OSW_DW_FakeAsOneMonitor", 0)) areas = {desktop_of(areas)};
+  if (areas.size() > 1 || !option_in_force("OSW_DW_SplitOneMonitor", 0)) return areas;
+  return pieces_of(areas[0], option_in_force("OSW_DW_SplitParts", 4),
+                   option_in_force("OSW_DW_SplitTwoPartsHorizontal", 1) != 0);
 }
 
 // What lies beyond an edge of the desktop belongs to the part at that edge.
 RECT share_of(const RECT& client, const RECT& part, const RECT& desktop) {
   RECT share = common_of(client, part);
   if (IsRectEmpty(&share)) {
-    const LONG size = registry_option("OSW_DW_ForceUnusedChildWindowSize1X1", 0) ? 1 : 0;
+    const LONG size = option_in_force("OSW_DW_ForceUnusedChildWindowSize1X1", 0) ? 1 : 0;
     return {part.left, part.top, part.left + size, part.top + size};
   }
   if (part.left == desktop.left) share.left = std::min(share.left, client.left);
@@ -82,7 +82,7 @@ RECT common_of(const RECT& a, const RECT& b) {
 std::vector<RECT> expected_layout(HWND hwnd) {
   const place at = client_place(hwnd);
   std::vector<RECT> layout = part_areas();
-  if (registry_option("OSW_DW_UseSplitParentMethod", 0)) {
+  if (option_in_force("OSW_DW_UseSplitParentMethod", 0)) {
     return pieces_of({0, 0, at.width, at.height}, static_cast<DWORD>(layout.size()), true);
   }
   const RECT client = {at.left, at.top, at.left + at.width, at.top + at.height};

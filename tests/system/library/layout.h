@@ -1,4 +1,4 @@
-// Where the parts of a window must lie, told anew from the monitors and from the options in the registry.
+// Where the parts of a window must lie, told anew from the monitors and from the options in force.
 #pragma once
 
 #include <windows.h>

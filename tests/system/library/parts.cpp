@@ -7,7 +7,6 @@ namespace {
 
 constexpr const char* part_class = "__osw_child_window";
 constexpr int first_identifier = 100;
-constexpr LONG band_width = 4;  // pixels, on each side of a seam
 
 BOOL CALLBACK add_part(HWND hwnd, LPARAM found) {
   char name[64];
@@ -40,16 +39,4 @@ long visible_area(const std::vector<part_window>& parts) {
     if (part.visible) area += (part.rect.right - part.rect.left) * (part.rect.bottom - part.rect.top);
   }
   return area;
-}
-
-std::vector<RECT> seam_bands(const std::vector<part_window>& parts, int width, int height) {
-  std::vector<RECT> bands;
-  for (const part_window& part : parts) {
-    if (!part.visible) continue;
-    const RECT& at = part.rect;
-    if (at.left > 0 && at.left < width)
-      bands.push_back({at.left - band_width, at.top, at.left + band_width, at.bottom});
-    if (at.top > 0 && at.top < height) bands.push_back({at.left, at.top - band_width, at.right, at.top + band_width});
-  }
-  return bands;
 }

@@ -17,6 +17,3 @@ std::vector<part_window> parts_of(HWND hwnd);
 
 // The area of the parts that are visible, in pixels.
 long visible_area(const std::vector<part_window>& parts);
-
-// The pixels of a client area that lie beside an edge between two parts.
-std::vector<RECT> seam_bands(const std::vector<part_window>& parts, int width, int height);

@@ -37,13 +37,6 @@ int distance(unsigned a, unsigned b) {
   return largest;
 }
 
-bool is_in(const std::vector<RECT>& band, POINT at) {
-  for (const RECT& rect : band) {
-    if (PtInRect(&rect, at)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 picture screen_picture(HWND hwnd) {
@@ -120,7 +113,7 @@ bool read_picture(const std::string& file, picture* shown) {
   return good;
 }
 
-difference compare(const picture& a, const picture& b, const std::vector<RECT>* band) {
+difference compare(const picture& a, const picture& b) {
   difference found = {a.width == b.width && a.height == b.height, 0, {-1, -1}, 0};
   if (!found.comparable) return found;
   RECT both;
@@ -128,7 +121,7 @@ difference compare(const picture& a, const picture& b, const std::vector<RECT>* 
   for (LONG y = both.top; y < both.bottom; ++y) {
     const size_t row = static_cast<size_t>(y) * a.width;
     for (LONG x = both.left; x < both.right; ++x) {
-      if (a.pixels[row + x] == b.pixels[row + x] || (band && !is_in(*band, {x, y}))) continue;
+      if (a.pixels[row + x] == b.pixels[row + x]) continue;
       if (distance(a.pixels[row + x], b.pixels[row + x]) <= 1) {
         ++found.rounded;
       } else if (found.pixels++ == 0) {

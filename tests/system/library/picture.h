@@ -29,8 +29,8 @@ struct difference {
   long rounded;  // pixels that differ by no more than 1 in a colour, as an interpolated one may; not among the others
 };
 
-// Over the pixels that are known of both; `band` leaves out all others.
-difference compare(const picture& a, const picture& b, const std::vector<RECT>* band = nullptr);
+// Over the pixels that are known of both.
+difference compare(const picture& a, const picture& b);
 
 // How many different pixels follow each other in a row or from row to row: 0 for a picture of one colour.
 long changes_within(const picture& shown);

@@ -1,6 +1,7 @@
 #include "processes.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "support/check.h"
 
@@ -98,7 +99,9 @@ void reset_option(const char* name) {
   RegCloseKey(key);
 }
 
-DWORD registry_option(const char* name, DWORD otherwise) {
+DWORD option_in_force(const char* name, DWORD otherwise) {
+  char own[16] = "";
+  if (GetEnvironmentVariableA(name, own, sizeof own)) return static_cast<DWORD>(atoi(own));
   DWORD value = otherwise, size = sizeof value;
   const LSTATUS status = RegGetValueA(HKEY_LOCAL_MACHINE, options_key, name, RRF_RT_REG_DWORD, nullptr, &value, &size);
   return status == ERROR_SUCCESS ? value : otherwise;

@@ -34,5 +34,5 @@ DWORD run_program(const std::string& path, const std::string& arguments, DWORD l
 void set_option(const char* name, DWORD value);
 void reset_option(const char* name);
 
-// What the registry has for an option, or `otherwise`.
-DWORD registry_option(const char* name, DWORD otherwise);
+// What the environment or else the registry has for an option, or `otherwise`.
+DWORD option_in_force(const char* name, DWORD otherwise);

@@ -62,6 +62,11 @@ void show_as(HWND hwnd, int command) {
   pump(0);
 }
 
+void show_resized_as(const gl_window& window, int command) {
+  show_as(window.hwnd, command);
+  let_wine_resize(window);
+}
+
 void minimised_window() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
@@ -69,19 +74,19 @@ void minimised_window() {
   show_as(window.hwnd, SW_MINIMIZE);
   CHECK(IsIconic(window.hwnd));
   swap_frames(window, 3);
-  show_as(window.hwnd, SW_RESTORE);
+  show_resized_as(window, SW_RESTORE);
   look(window, 2, "restored");
-  show_as(window.hwnd, SW_MAXIMIZE);
+  show_resized_as(window, SW_MAXIMIZE);
   CHECK(IsZoomed(window.hwnd));
   const place largest = client_place(window.hwnd);
   note("maximised: %d,%d %dx%d", largest.left, largest.top, largest.width, largest.height);
   look(window, 3, "maximised");
   show_as(window.hwnd, SW_MINIMIZE);
   swap_frames(window, 3);
-  show_as(window.hwnd, SW_RESTORE);
+  show_resized_as(window, SW_RESTORE);
   CHECK(IsZoomed(window.hwnd));
   look(window, 4, "maximised again");
-  show_as(window.hwnd, SW_RESTORE);
+  show_resized_as(window, SW_RESTORE);
   look(window, 5, "as it was");
   destroy_window(window);
 }

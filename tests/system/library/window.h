@@ -54,6 +54,7 @@ void pump(DWORD milliseconds);
 #define EXTENSION_ENTRIES(ENTRY)                                       \
   ENTRY(PFNGLACTIVETEXTUREPROC, glActiveTexture)                       \
   ENTRY(PFNGLATTACHSHADERPROC, glAttachShader)                         \
+  ENTRY(PFNGLBEGINQUERYPROC, glBeginQuery)                             \
   ENTRY(PFNGLBINDATTRIBLOCATIONPROC, glBindAttribLocation)             \
   ENTRY(PFNGLBINDBUFFERPROC, glBindBuffer)                             \
   ENTRY(PFNGLBINDFRAMEBUFFERPROC, glBindFramebuffer)                   \
@@ -70,20 +71,24 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLDELETEBUFFERSPROC, glDeleteBuffers)                       \
   ENTRY(PFNGLDELETEFRAMEBUFFERSPROC, glDeleteFramebuffers)             \
   ENTRY(PFNGLDELETEPROGRAMPROC, glDeleteProgram)                       \
+  ENTRY(PFNGLDELETEQUERIESPROC, glDeleteQueries)                       \
   ENTRY(PFNGLDELETERENDERBUFFERSPROC, glDeleteRenderbuffers)           \
   ENTRY(PFNGLDELETESHADERPROC, glDeleteShader)                         \
   ENTRY(PFNGLDRAWRANGEELEMENTSPROC, glDrawRangeElements)               \
   ENTRY(PFNGLENABLEVERTEXATTRIBARRAYPROC, glEnableVertexAttribArray)   \
   ENTRY(PFNGLDISABLEVERTEXATTRIBARRAYPROC, glDisableVertexAttribArray) \
+  ENTRY(PFNGLENDQUERYPROC, glEndQuery)                                 \
   ENTRY(PFNGLFRAMEBUFFERRENDERBUFFERPROC, glFramebufferRenderbuffer)   \
   ENTRY(PFNGLFRAMEBUFFERTEXTURE2DPROC, glFramebufferTexture2D)         \
   ENTRY(PFNGLGENBUFFERSPROC, glGenBuffers)                             \
   ENTRY(PFNGLGENERATEMIPMAPPROC, glGenerateMipmap)                     \
   ENTRY(PFNGLGENFRAMEBUFFERSPROC, glGenFramebuffers)                   \
+  ENTRY(PFNGLGENQUERIESPROC, glGenQueries)                             \
   ENTRY(PFNGLGENRENDERBUFFERSPROC, glGenRenderbuffers)                 \
   ENTRY(PFNGLGETBUFFERPARAMETERIVPROC, glGetBufferParameteriv)         \
   ENTRY(PFNGLGETBUFFERSUBDATAPROC, glGetBufferSubData)                 \
   ENTRY(PFNGLGETPROGRAMIVPROC, glGetProgramiv)                         \
+  ENTRY(PFNGLGETQUERYOBJECTUIVPROC, glGetQueryObjectuiv)               \
   ENTRY(PFNGLGETSHADERIVPROC, glGetShaderiv)                           \
   ENTRY(PFNGLGETUNIFORMFVPROC, glGetUniformfv)                         \
   ENTRY(PFNGLGETUNIFORMLOCATIONPROC, glGetUniformLocation)             \

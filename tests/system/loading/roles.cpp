@@ -121,12 +121,47 @@ void ask_for_names() {
   check_look_ups(count_of(words[0]) > 0);
 }
 
+// On the threaded path the program's own thread never switches.
+void find_path() {
+  bind_hidden_window("2");
+  auto* count = reinterpret_cast<unsigned long long (*)()>(
+      reinterpret_cast<void*>(GetProcAddress(driver(), "OswDriverSwitchCount")));
+  CHECK(count != nullptr);
+  if (!count) return;
+  glFinish();
+  constexpr int calls = 500;
+  const unsigned long long before = count();
+  for (int i = 0; i < calls; ++i) glColor3ub(10, 20, 30);
+  glFinish();
+  const unsigned long long switches = count() - before;
+  printf("%llu switches\n", switches);
+  if (strcmp(words[0], "sequential") == 0) {
+    CHECK(switches >= 2 * calls);
+  } else {
+    CHECK(switches < 20);
+  }
+}
+
+// The library beside which it lies asks for a host at the first call.
+void find_nothing_planted() {
+  CHECK(!wglCreateContext(GetDC(nullptr)));
+  CHECK(driver() != nullptr);
+  char mark[4];
+  CHECK_EQUAL(GetEnvironmentVariableA("OSW_TEST_HOST_LOADED", mark, sizeof mark), 0);
+}
+
 const struct {
   test_case role;
   int words;
-} roles[] = {
-    {{"hold", hold}, 3}, {{"off", switch_off}, 0},          {{"section", find_section}, 2}, {{"parts", find_parts}, 1},
-    {{"show", show}, 2}, {{"late", find_no_parts_late}, 2}, {{"look_up", ask_for_names}, 1}};
+} roles[] = {{{"hold", hold}, 3},
+             {{"off", switch_off}, 0},
+             {{"section", find_section}, 2},
+             {{"parts", find_parts}, 1},
+             {{"show", show}, 2},
+             {{"late", find_no_parts_late}, 2},
+             {{"look_up", ask_for_names}, 1},
+             {{"unplanted", find_nothing_planted}, 0},
+             {{"path", find_path}, 1}};
 
 }  // namespace
 

@@ -9,6 +9,8 @@
 // late READY GO         sets READY, waits for GO, and then finds no parts
 // show COUNT FILE       shows a picture in a window of COUNT parts, and finds it to be that of FILE, or makes FILE
 // look_up COUNT         asks for every name, in a process with COUNT parts
+// path sequential|threaded   draws with the library's parts, on this path
+// unplanted             asks for a context, and finds that the library of tests that lies about was not loaded for it
 //
 // Result: the process's status, `good_status` if all was as it should be; -1 if the words are none of these.
 int play_role(int count, char** words);

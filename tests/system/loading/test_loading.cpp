@@ -8,6 +8,7 @@
 #include "names.h"
 #include "roles.h"
 #include "support/check.h"
+#include "test_host.h"
 
 namespace {
 
@@ -152,12 +153,55 @@ void look_ups() {
   finish(held);
 }
 
+// The current folder is that of a document, say, where anybody may put a file; so may be one of PATH.
+void a_planted_host_is_not_loaded() {
+  const std::string folder = make_folder("planted"), current = folder + "current\\";
+  CHECK(CreateDirectoryA(current.c_str(), nullptr));
+  place_test_host(current + "planted.dll");
+  char path[4096] = "";
+  GetEnvironmentVariableA("PATH", path, sizeof path);
+  SetEnvironmentVariableA("PATH", (current + ";" + path).c_str());
+  char host[MAX_PATH] = "";
+  GetEnvironmentVariableA("OSW_DRIVER_HOST", host, sizeof host);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", "planted.dll");
+  CHECK(SetCurrentDirectoryA(current.c_str()));
+  play(folder, "unplanted");
+  CHECK(SetCurrentDirectoryA(program_folder().c_str()));
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", *host ? host : nullptr);
+  SetEnvironmentVariableA("PATH", path);
+}
+
+// What the host takes for a switch chooses the path, unless the user does by one of two ways.
+void a_slow_host_gets_a_thread_for_each_part() {
+  const std::string folder = make_folder("paths"), list = in(folder, "list.txt"), host = in(folder, "host.dll");
+  write_file(list, application);
+  place_test_host(host);
+  char before[MAX_PATH] = "";
+  GetEnvironmentVariableA("OSW_DRIVER_HOST", before, sizeof before);
+  const waiting held = start_waiting(folder, "hold " + list);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", host.c_str());
+  SetEnvironmentVariableA("OSW_TEST_HOST_DELAY", "0");
+  play(folder, "path sequential");
+  SetEnvironmentVariableA("OSW_TEST_HOST_DELAY", "100");
+  play(folder, "path threaded");
+  SetEnvironmentVariableA("OSW_DRIVER_FAST_SWITCH", "1");
+  play(folder, "path sequential");
+  set_option("OSW_DW_GLDispatchUseMtPath", 1);
+  play(folder, "path threaded");
+  reset_option("OSW_DW_GLDispatchUseMtPath");
+  for (const char* name : {"OSW_TEST_HOST_DELAY", "OSW_DRIVER_FAST_SWITCH"}) SetEnvironmentVariableA(name, nullptr);
+  SetEnvironmentVariableA("OSW_DRIVER_HOST", *before ? before : nullptr);
+  finish(held);
+}
+
 constexpr test_case cases[] = {{"exports_have_names_and_ordinals", exports_have_names_and_ordinals},
                                {"own_exports", own_exports},
                                {"section_is_shared", section_is_shared},
                                {"pictures_are_the_same", pictures_are_the_same},
                                {"lists", lists},
-                               {"look_ups", look_ups}};
+                               {"look_ups", look_ups},
+                               {"a_slow_host_gets_a_thread_for_each_part", a_slow_host_gets_a_thread_for_each_part},
+                               {"a_planted_host_is_not_loaded", a_planted_host_is_not_loaded}};
 
 }  // namespace
 

@@ -16,6 +16,17 @@ using namespace result_widths;
 struct no_context_test : library::process_test {};
 struct pass_through_test : library::process_test {};
 
+// In the basic and in the extended mode.
+struct no_context_modes_test : no_context_test, testing::WithParamInterface<bool> {};
+struct pass_through_modes_test : pass_through_test, testing::WithParamInterface<bool> {};
+
+std::string name_of_mode(const testing::TestParamInfo<bool>& extended) {
+  return extended.param ? "extended" : "basic";
+}
+
+INSTANTIATE_TEST_SUITE_P(modes, no_context_modes_test, testing::Bool(), name_of_mode);
+INSTANTIATE_TEST_SUITE_P(modes, pass_through_modes_test, testing::Bool(), name_of_mode);
+
 TEST_F(no_context_test, stubs_stand_where_the_list_says) {
   library::start();
   int voids = 0;
@@ -32,8 +43,8 @@ TEST_F(no_context_test, stubs_stand_where_the_list_says) {
   EXPECT_EQ(voids, figures::gl_ops_without_result);
 }
 
-TEST_F(no_context_test, every_entry_returns_nothing_and_calls_nothing) {
-  library::start();
+TEST_P(no_context_modes_test, every_entry_returns_nothing_and_calls_nothing) {
+  library::start({.extended = GetParam()});
   osw_glDebugEntry();
   driver::clear_calls();
   for (const ops::row& row : ops::all()) EXPECT_EQ(row.call(row.entry, ops::distinctive(row)), 0u) << row.name;
@@ -63,8 +74,8 @@ TEST_F(no_context_test, it_is_the_same_in_a_bypassed_process) {
 
 constexpr u64 scripted = 0x91827364F5E4D3C2;
 
-TEST_F(pass_through_test, every_gl_op_reaches_the_system_s_entry_of_its_own_name) {
-  library::start({.active = false});
+TEST_P(pass_through_modes_test, every_gl_op_reaches_the_system_s_entry_of_its_own_name) {
+  library::start({.active = false, .extended = GetParam()});
   library::start_rendering();
   for (const ops::row& row : ops::all()) {
     driver::clear_calls();

@@ -37,7 +37,7 @@ struct probe<Op, Result(Parameters...)> {
 };
 
 constexpr auto probe_of = []<class Op>() { return as_proc<Op>(probe<Op, typename Op::type>::slot); };
-const auto gl_probes = gl_op_list::column<__osw_proc>(probe_of);
+const auto gl_probes = gl_all_list::column<__osw_proc>(probe_of);
 const auto wgl_probes = wgl_op_list::column<__osw_proc>(probe_of);
 
 TEST_F(entry_test, every_gl_entry_reaches_its_slot_with_its_arguments) {
@@ -46,7 +46,7 @@ TEST_F(entry_test, every_gl_entry_reaches_its_slot_with_its_arguments) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   const __osw_proc* const table = state->gl_table;
   state->gl_table = gl_probes.of;
-  for (const ops::row& row : ops::all()) {
+  for (const ops::row& row : ops::every()) {
     times_seen = 0;
     const driver::argument_bits arguments = ops::distinctive(row);
     const u64 result = row.call(row.entry, arguments);
@@ -75,9 +75,9 @@ TEST_F(entry_test, every_wgl_entry_reaches_its_slot_with_its_arguments) {
 
 TEST_F(entry_test, the_lists_of_entries_hold_the_entries_in_op_order) {
   const auto exported = []<class Op>() { return as_proc<Op>(library::exported<Op>); };
-  const auto gl = gl_op_list::column<__osw_proc>(exported);
+  const auto gl = gl_all_list::column<__osw_proc>(exported);
   const auto wgl = wgl_op_list::column<__osw_proc>(exported);
-  for (int op = 0; op < gl_op_count; ++op) EXPECT_EQ(__osw_gl_entries[op], gl.of[op]) << __osw_gl_names[op];
+  for (int op = 0; op < gl_all_count; ++op) EXPECT_EQ(__osw_gl_entries[op], gl.of[op]) << __osw_gl_names[op];
   for (int op = 0; op < wgl_op_count; ++op) EXPECT_EQ(__osw_wgl_entries[op], wgl.of[op]) << __osw_wgl_names[op];
 }
 

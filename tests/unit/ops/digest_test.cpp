@@ -54,6 +54,29 @@ void add(digest* sum, const array_payload& payload) {
   sum->add(payload.elements);
 }
 
+void add(digest* sum, const items_payload& payload) {
+  sum->add(static_cast<u64>(payload.items));
+  sum->add(payload.elements);
+}
+
+void add(digest* sum, const text_payload& payload) {
+  sum->add(std::string_view(payload.text ? "another text" : "text"));
+}
+
+void add(digest* sum, const texel_payload& payload) {
+  sum->add(payload.format);
+  sum->add(payload.type);
+}
+
+template <size_t count>
+void add(digest* sum, const arrays_payload<count>& payload) {
+  for (const u64 bytes : payload.bytes) sum->add(bytes);
+}
+
+void add(digest* sum, const names_payload& payload) {
+  sum->add(static_cast<u64>(payload.items));
+}
+
 void add(digest* sum, const block_payload& payload) {
   sum->add(static_cast<u64>(payload.bytes));
 }
@@ -145,14 +168,29 @@ void add_common(digest* sum) {
   prototype_of<Op, typename Op::type>::add_to(sum);
 }
 
+constexpr auto add_gl_row = []<class Op>(digest* sum) {
+  add_common<Op>(sum);
+  sum->add(static_cast<u64>(Op::threaded::value));
+  sum->add(static_cast<u64>(Op::sequential::value));
+  sum->add(std::string_view(name_of_base<typename Op::base>::text));
+};
+
 u64 digest_of_gl_ops() {
   digest sum;
-  for_each_gl_op([&]<class Op>() {
-    add_common<Op>(&sum);
-    sum.add(static_cast<u64>(Op::threaded::value));
-    sum.add(static_cast<u64>(Op::sequential::value));
-    sum.add(std::string_view(name_of_base<typename Op::base>::text));
-  });
+  for_each_gl_op([&]<class Op>() { add_gl_row.operator()<Op>(&sum); });
+  return sum.value;
+}
+
+u64 digest_of_wide_ops() {
+  digest sum;
+  for_each_wide_op([&]<class Op>() { add_gl_row.operator()<Op>(&sum); });
+  return sum.value;
+}
+
+// Of the ops that the extended mode changes, and of the other names of those.
+u64 digest_of_changed_ops() {
+  digest sum;
+  for_each_changed_op([&]<class Op>() { add_gl_row.operator()<Op>(&sum); });
   return sum.value;
 }
 
@@ -173,6 +211,14 @@ void expect_digest(const char* list, u64 found, u64 expected, const char* figure
 
 TEST(op_list_test, each_row_of_the_gl_list_says_what_it_said) {
   expect_digest("gl_ops.inc", digest_of_gl_ops(), figures::gl_list_digest, "gl_list_digest");
+}
+
+TEST(op_list_test, each_row_of_the_wide_list_says_what_it_said) {
+  expect_digest("gl_wide.inc", digest_of_wide_ops(), figures::wide_list_digest, "wide_list_digest");
+}
+
+TEST(op_list_test, each_row_of_the_changed_list_says_what_it_said) {
+  expect_digest("gl_changed.inc", digest_of_changed_ops(), figures::changed_list_digest, "changed_list_digest");
 }
 
 TEST(op_list_test, each_row_of_the_wgl_list_says_what_it_said) {

@@ -20,4 +20,5 @@ void glDrawableSizeZ4(GLint width, GLint height);
 #define GL_OP(number, function, ...) \
   static_assert(std::is_same_v<decltype(::function), function##_op::type>, #function);
 #include "ops/gl_ops.inc"
+#include "ops/gl_wide.inc"
 #undef GL_OP

@@ -10,7 +10,7 @@ namespace {
 
 using namespace issuing;
 
-#ifdef __SANITIZE_THREAD__
+#ifdef OSW_THREAD_SANITIZER
 constexpr int all_threads = 400;  // the sanitizer keeps memory for each thread that ever was
 #else
 constexpr int all_threads = 2000;
@@ -21,7 +21,7 @@ constexpr int batch = 100;
 // What threads leave behind, or have in use.
 struct remains {
   int memory_blocks = 0;
-  int handles = 0;  // and windows, device contexts, timers, keys
+  int handles = 0;  // and windows, device contexts, keys
   int critical_sections = 0;
   int worker_arguments = 0;
   int thread_states = 0;

@@ -4,7 +4,6 @@
 #include <thread>
 
 #include "pipeline/cmd_queue.h"
-#include "pipeline/idle.h"
 #include "support/allocation.h"
 #include "support/issuing.h"
 
@@ -44,10 +43,16 @@ const std::vector<thread_end>& thread_ends() {
          __osw_push_gl_cmd(state(), glGetError_op::op, 0, nullptr, 0);
        },
        3},
-      {"with the idle timer armed", nullptr,
+      {"a list that it has finished", nullptr,
        [] {
          push_hints(2);
-         __osw_arm_idle_timer(state());
+         finish_list(state());
+       },
+       2},
+      {"a list that it has offered", nullptr,
+       [] {
+         push_hints(2);
+         offer_list(state());
        },
        2},
       {"another context used in between", bind_another, [] { push_hints(5); }, 5},

@@ -2,7 +2,6 @@
 // stops them where they are, and the thread that ends the process cleans up alone.
 #include <algorithm>
 
-#include "pipeline/idle.h"
 #include "platform/faults.h"
 #include "startup/config/monitors.h"
 #include "support/allocation.h"
@@ -43,9 +42,9 @@ void release() {
   osw_wglMakeCurrent(nullptr, nullptr);
 }
 
-void arm_timer() {
+void report_list() {
   push_hints(10);
-  __osw_arm_idle_timer(state());
+  finish_list(state());
 }
 
 const exit_state replaying = {"replaying", replay, true};
@@ -55,7 +54,7 @@ const exit_state exit_states[] = {{"idle", [] {}, false},
                                   {"waiting_for_replay", wait_for_replay, true},
                                   {"waiting_for_the_flip", wait_for_flip, true},
                                   {"released", release, false},
-                                  {"timer_armed", arm_timer, false}};
+                                  {"list_reported", report_list, false}};
 
 struct exit_test : pipeline_test, testing::WithParamInterface<int> {};
 using process_exit_test = pipeline_test;
@@ -202,7 +201,7 @@ TEST_P(late_call_test, returns_when_the_workers_have_been_killed) {
 INSTANTIATE_TEST_SUITE_P(calls, late_call_test, testing::ValuesIn(late_calls),
                          [](const auto& named) { return std::string(named.param.name); });
 
-// Windows with its procedures, its timers and its threads outlive the program's interest in it.
+// Windows with its procedures and its threads outlive the program's interest in it.
 TEST_F(process_exit_test, a_library_that_has_bound_a_context_stays_loaded) {
   library::start({.parts = 4});
   const library::rendering drawn = library::start_rendering();

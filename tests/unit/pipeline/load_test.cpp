@@ -42,7 +42,7 @@ void push(load& on, int op, std::initializer_list<u64> slots, u32 blob_mask = 0)
 void push_in_record(load& on) {
   const float seed = static_cast<float>(on.random() & 0xFFFF);
   const float vector[] = {seed, seed + 1, seed + 2};
-  u64* const payload = &__osw_next_cmd(queue())->args[1];
+  u64* const payload = &begin_cmd(state())->args[1];
   std::memcpy(payload, vector, sizeof vector);
   push(on, glVertex3fv_op::op, {reinterpret_cast<u64>(payload)});
 }
@@ -110,7 +110,7 @@ void hand_over_now(load& on) {
       ++on.type_3;
       return;
     case 1:
-      return __osw_hand_over_idle(state());
+      return finish_list(state());
     default:
       return push_synchronous(on);
   }

@@ -1,6 +1,7 @@
 // What replay makes of a GL command: which entry of the system is called, and what becomes of its result.
 #include "pipeline/replay.h"
 
+#include <array>
 #include <climits>
 #include <set>
 
@@ -19,7 +20,6 @@ using namespace result_widths;
 // A system of its own, whose entries note that they were called and leave a whole register behind.
 int calls_of_op[gl_op_count];
 u64 answer;
-u64 (*entry_points[gl_op_count])();
 
 template <int op>
 u64 note_call() {
@@ -27,15 +27,17 @@ u64 note_call() {
   return answer;
 }
 
+using noting_call = u64 (*)();
+
 template <int... ops>
-void fill_entry_points(std::integer_sequence<int, ops...>) {
-  ((entry_points[ops] = note_call<ops>), ...);
+std::array<noting_call, sizeof...(ops)> noting_calls(std::integer_sequence<int, ops...>) {
+  return {note_call<ops>...};
 }
 
 const __osw_proc* system_entries() {
-  fill_entry_points(std::make_integer_sequence<int, gl_op_count>());
   static __osw_proc table[gl_op_count];
-  for (int op = 0; op < gl_op_count; ++op) table[op] = reinterpret_cast<__osw_proc>(entry_points[op]);
+  const auto calls = noting_calls(std::make_integer_sequence<int, gl_op_count>());
+  for (int op = 0; op < gl_op_count; ++op) table[op] = reinterpret_cast<__osw_proc>(calls[op]);
   return table;
 }
 
@@ -63,6 +65,7 @@ void replay(replayed& on, const __osw_proc* system) {
 
 struct replay_test : pipeline_test {
   void SetUp() override {
+    fill_gl_cases();
     system = system_entries();
     __osw_part_count = 1;
   }

@@ -306,8 +306,6 @@ TEST_P(no_part_test, nobody_waits_and_nothing_leaks) {
     EXPECT_EQ(platform::call_count("CreateThread"), 1) << "the swap thread alone";
     draw_for_nobody();
     EXPECT_TRUE(osw_wglSwapBuffers(opened.window.hdc));
-    EXPECT_EQ(platform::run_timers(), 1);
-    EXPECT_EQ(*queue()->fill_count, 0u);
     push_hints(4);
     stop_rendering(opened);
     push_hints(4);

@@ -301,6 +301,20 @@ TEST_F(platform_test, the_registry_answers_as_the_platform_does) {
   EXPECT_EQ(platform::open_registry_keys(), 0);
 }
 
+TEST_F(platform_test, the_environment_answers_as_the_platform_does) {
+  char value[4] = "-";
+  EXPECT_EQ(GetEnvironmentVariableA("Name", value, sizeof value), 0u);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ENVVAR_NOT_FOUND));
+  platform::set_environment_variable("NAME", "abc");
+  EXPECT_EQ(GetEnvironmentVariableA("Name", value, sizeof value), 3u);
+  EXPECT_STREQ(value, "abc");
+  platform::set_environment_variable("Name", "abcd");
+  EXPECT_EQ(GetEnvironmentVariableA("Name", value, sizeof value), 5u);
+  EXPECT_STREQ(value, "abc");
+  platform::fail_call("GetEnvironmentVariableA", 1, ERROR_ACCESS_DENIED);
+  EXPECT_EQ(GetEnvironmentVariableA("Name", nullptr, 0), 0u);
+}
+
 TEST_F(platform_test, a_module_name_is_cut_to_the_buffer) {
   platform::set_executable("C:\\a\\b.exe");
   char buffer[32];

@@ -1,4 +1,4 @@
-// The stand-in for <windows.h>: windows, messages, device contexts, timers.
+// The stand-in for <windows.h>: windows, messages, device contexts.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -276,31 +276,6 @@ TEST_F(window_test, a_window_is_ended_by_its_thread_alone) {
   }));
   // The thread's own window went with it.
   EXPECT_EQ(platform::windows().size(), 1u);
-}
-
-int timer_calls = 0;
-
-void count_timer(HWND, UINT message, UINT_PTR id, DWORD) {
-  EXPECT_EQ(message, WM_TIMER);
-  if (++timer_calls == 2) KillTimer(nullptr, id);
-}
-
-TEST_F(window_test, timers_fire_on_their_thread_until_removed) {
-  timer_calls = 0;
-  const UINT_PTR id = SetTimer(nullptr, 0, 10, count_timer);
-  EXPECT_NE(id, 0u);
-  EXPECT_EQ(SetTimer(nullptr, id, 20, count_timer), id);
-  ASSERT_EQ(platform::timers().size(), 1u);
-  EXPECT_EQ(platform::timers()[0].milliseconds, 20u);
-  platform::join(platform::start_thread([&] {
-    EXPECT_EQ(platform::run_timers(), 0);
-    EXPECT_FALSE(KillTimer(nullptr, id));
-    SetTimer(nullptr, 0, 10, count_timer);
-  }));
-  EXPECT_EQ(platform::run_timers(), 1);
-  EXPECT_EQ(platform::run_timers(), 1);
-  EXPECT_EQ(platform::run_timers(), 0);
-  EXPECT_EQ(timer_calls, 2);
 }
 
 }  // namespace

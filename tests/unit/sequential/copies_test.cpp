@@ -12,6 +12,8 @@
 
 namespace {
 
+using pixel_state::store_value;
+
 struct sequential_copies_test : library::process_test {
   void SetUp() override {
     rendered = sequential::start({.parts = 2, .parts_are_monitors = true});
@@ -93,11 +95,6 @@ TEST_F(sequential_copies_test, the_upload_carries_the_shares_side_by_side) {
   std::fill(expected.begin() + 8, expected.end(), 0x22);
   EXPECT_EQ(uploads, std::vector<std::vector<u8>>(2, expected));
 }
-
-struct store_value {
-  GLenum name;
-  GLint value;
-};
 
 constexpr store_value pack_values[] = {{GL_PACK_SWAP_BYTES, 1},  {GL_PACK_LSB_FIRST, 1},   {GL_PACK_ROW_LENGTH, 40},
                                        {GL_PACK_SKIP_ROWS, 2},   {GL_PACK_SKIP_PIXELS, 3}, {GL_PACK_IMAGE_HEIGHT, 50},

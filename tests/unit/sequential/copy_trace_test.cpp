@@ -4,13 +4,9 @@
 
 namespace {
 
+using pixel_state::store_value;
 using sequential::step;
 using call_list = std::vector<driver::call>;
-
-struct store_value {
-  GLenum name;
-  GLint value;
-};
 
 // In the order in which the fields are saved, cleared and put back; the first two are flags.
 constexpr store_value pack_values[] = {{GL_PACK_SWAP_BYTES, 1}, {GL_PACK_LSB_FIRST, 1},   {GL_PACK_ROW_LENGTH, 3},

@@ -4,14 +4,23 @@
 
 #include "dispatch/no_context.h"
 #include "dispatch/thread_state.h"
+#include "support/call_shapes.h"
 #include "support/expected_figures.h"
 #include "support/op_rows.h"
 #include "support/sequential_steps.h"
 
 namespace {
 
-struct sequential_every_op_test : library::process_test, testing::WithParamInterface<int> {
-  void SetUp() override { rendered = sequential::start({.parts = GetParam()}); }
+struct setting {
+  int parts;
+  bool extended;
+};
+
+struct sequential_every_op_test : library::process_test, testing::WithParamInterface<setting> {
+  void SetUp() override {
+    rendered = sequential::start({.parts = GetParam().parts, .extended = GetParam().extended});
+    ASSERT_EQ(ops::all().size(), static_cast<std::size_t>(GetParam().extended ? gl_all_count : gl_op_count));
+  }
   library::rendering rendered;
 };
 
@@ -37,8 +46,13 @@ const ops::row& body_of(const ops::row& row) {
   return is_alias(row) ? ops::of(row.base) : row;
 }
 
+bool is_for_first_part(const ops::row& row) {
+  return row.threaded == ops::family::app_only;
+}
+
 bool is_broadcast(const ops::row& body) {
-  return !body.is_driver_op && !is_copy(body.op) && !is_mapping(body.op) && body.op != glReadPixels_op::op;
+  return !body.is_driver_op && !is_copy(body.op) && !is_mapping(body.op) &&
+         !is_one_of(body.op, {glReadPixels_op::op, glGetGraphicsResetStatus_op::op});
 }
 
 u64 result_on(int part, int op) {
@@ -62,17 +76,31 @@ void check_broadcast(const library::rendering& rendered, const ops::row& row) {
   EXPECT_EQ(result, row.result_size ? ops::result_of(row, result_on(parts - 1, row.op)) : 0);
 }
 
-void check_driver_op(const ops::row& row) {
+// What is the application's context's alone on the other path.
+void check_first_part(const library::rendering& rendered, const ops::row& row) {
+  const driver::argument_bits arguments = ops::distinctive(row);
+  const HGLRC child = rendered.children.front();
+  driver::set_result_in(child, driver::op_space::gl, row.op, result_on(0, row.op));
   driver::clear_calls();
-  row.call(row.entry, ops::distinctive(row));
+  const u64 result = row.call(row.entry, arguments);
+  EXPECT_EQ(sequential::steps(), sequential::on_first_part(rendered, {ops::noted(row, arguments)}));
+  EXPECT_EQ(result, row.result_size ? ops::result_of(row, result_on(0, row.op)) : 0);
+}
+
+void check_nothing(const ops::row& row) {
+  driver::clear_calls();
+  EXPECT_EQ(row.call(row.entry, ops::distinctive(row)), 0u);
   EXPECT_EQ(sequential::steps(), std::vector<sequential::step>());
 }
 
 TEST_P(sequential_every_op_test, each_part_gets_the_call_after_a_switch_to_it) {
   for (const ops::row& row : ops::all()) {
     SCOPED_TRACE(row.name);
-    if (row.is_driver_op) {
-      check_driver_op(row);
+    if (ops::shape_of(row.op).what == ops::reads::elsewhere) continue;
+    if (row.is_driver_op || row.threaded == ops::family::none) {
+      check_nothing(row);
+    } else if (is_for_first_part(row)) {
+      check_first_part(rendered, row);
     } else if (is_broadcast(body_of(row))) {
       check_broadcast(rendered, row);
     }
@@ -104,8 +132,12 @@ TEST_P(sequential_every_op_test, aliases_of_the_exceptions_reach_their_own_entry
   EXPECT_EQ(checked, figures::aliases_of_exceptions);
 }
 
-INSTANTIATE_TEST_SUITE_P(parts, sequential_every_op_test, testing::Values(1, 2, 4, 16),
-                         [](const auto& instance) { return std::to_string(instance.param); });
+INSTANTIATE_TEST_SUITE_P(parts, sequential_every_op_test,
+                         testing::Values(setting{1, false}, setting{2, false}, setting{4, false}, setting{16, false},
+                                         setting{1, true}, setting{2, true}, setting{4, true}, setting{16, true}),
+                         [](const auto& instance) {
+                           return std::to_string(instance.param.parts) + (instance.param.extended ? "_extended" : "");
+                         });
 
 struct shape_test : library::process_test {};
 

@@ -162,12 +162,18 @@ TEST_F(sequential_mapping_test, unmapping_what_is_not_mapped_asks_the_parts_alon
   }
 }
 
+std::uintptr_t address_of(const void* block) {
+  return reinterpret_cast<std::uintptr_t>(block);
+}
+
 TEST_F(sequential_mapping_test, a_second_target_takes_the_place_of_the_first) {
   start(2);
   make_buffers(GL_ARRAY_BUFFER, 16);
   make_buffers(GL_ELEMENT_ARRAY_BUFFER, 24);
-  void* first = osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+  osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+  EXPECT_TRUE(library::reports().empty());
   void* second = osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY);
+  EXPECT_EQ(library::reports().size(), 1u);
   EXPECT_EQ(__osw_fetch_thread_state()->map_staging, second);
   EXPECT_EQ(__osw_fetch_thread_state()->map_size, 24u);
   std::memset(second, 0x22, 24);
@@ -176,29 +182,91 @@ TEST_F(sequential_mapping_test, a_second_target_takes_the_place_of_the_first) {
   // The first one's block is lost: its unmap copies nothing.
   osw_glUnmapBuffer(GL_ARRAY_BUFFER);
   expect_contents(GL_ARRAY_BUFFER, std::vector<u8>(16, 0x55));
-  free(first);
 }
 
-// One block is staged, whichever buffer is unmapped first: the second's goes with the first's unmap.
-TEST_F(sequential_mapping_test, an_unmap_of_the_first_target_ends_the_block_of_the_second) {
+// One block is staged, whichever buffer is unmapped first: the second's goes with the first's unmap. The application
+// has it all the same, and writes to it until it unmaps the second.
+TEST_F(sequential_mapping_test, an_unmap_of_the_first_target_copies_the_block_of_the_second) {
   start(2);
   make_buffers(GL_ARRAY_BUFFER, 16);
   make_buffers(GL_ELEMENT_ARRAY_BUFFER, 24);
+  allocation::watch();
   void* first = osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
   std::memset(first, 0x11, 16);
-  allocation::watch();
   void* second = osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY);
   std::memset(second, 0x22, 24);
+  EXPECT_TRUE(allocation::is_live(address_of(first)));
   EXPECT_EQ(osw_glUnmapBuffer(GL_ARRAY_BUFFER), GL_TRUE);
   expect_contents(GL_ARRAY_BUFFER, std::vector<u8>(16, 0x55));
   expect_contents(GL_ELEMENT_ARRAY_BUFFER, std::vector<u8>(24, 0x22));
-  EXPECT_FALSE(allocation::is_live(reinterpret_cast<std::uintptr_t>(second)));
-  allocation::stop_watching();
   expect_unmapped_state();
+  EXPECT_TRUE(allocation::is_live(address_of(second)));
+  std::memset(second, 0x33, 24);
   for (HGLRC child : rendered.children) std::ranges::fill(buffer_of(child, GL_ELEMENT_ARRAY_BUFFER).contents, 0x77);
   EXPECT_EQ(osw_glUnmapBuffer(GL_ELEMENT_ARRAY_BUFFER), GL_TRUE);
   expect_contents(GL_ELEMENT_ARRAY_BUFFER, std::vector<u8>(24, 0x77));
-  free(first);
+  EXPECT_EQ(allocation::live_blocks(), 0);
+  allocation::stop_watching();
+}
+
+TEST_F(sequential_mapping_test, two_buffers_mapped_in_each_frame_leave_no_blocks) {
+  start(2);
+  make_buffers(GL_ARRAY_BUFFER, 16);
+  make_buffers(GL_ELEMENT_ARRAY_BUFFER, 24);
+  allocation::watch();
+  for (int frame = 0; frame < 100; ++frame) {
+    osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+    osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY);
+    osw_glUnmapBuffer(frame % 2 ? GL_ARRAY_BUFFER : GL_ELEMENT_ARRAY_BUFFER);
+    osw_glUnmapBuffer(frame % 2 ? GL_ELEMENT_ARRAY_BUFFER : GL_ARRAY_BUFFER);
+    EXPECT_EQ(allocation::live_blocks(), 0);
+  }
+  allocation::stop_watching();
+  EXPECT_EQ(library::reports().size(), 1u) << "one for all frames";
+}
+
+// A deletion unmaps the buffer without a word of it.
+TEST_F(sequential_mapping_test, after_a_mapped_buffer_was_deleted_no_blocks_gather) {
+  start(2);
+  make_buffers(GL_ARRAY_BUFFER, 16);
+  make_buffers(GL_ELEMENT_ARRAY_BUFFER, 24);
+  allocation::watch();
+  osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+  for (HGLRC child : rendered.children) buffer_of(child, GL_ARRAY_BUFFER).mapped = false;
+  int most = 0;  // blocks
+  for (int frame = 0; frame < 100; ++frame) {
+    std::memset(osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY), 0x22, 24);
+    EXPECT_EQ(osw_glUnmapBuffer(GL_ELEMENT_ARRAY_BUFFER), GL_TRUE);
+    most = std::max(most, allocation::live_blocks());
+  }
+  EXPECT_LE(most, 4) << "two buffers, each with a block and the record of it";
+  allocation::stop_watching();
+}
+
+TEST_F(sequential_mapping_test, what_is_still_mapped_goes_with_the_thread) {
+  start(2);
+  make_buffers(GL_ARRAY_BUFFER, 16);
+  make_buffers(GL_ELEMENT_ARRAY_BUFFER, 24);
+  ASSERT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+  const int others = platform::live_threads();
+  const auto blocks_after = [&](const std::function<void()>& work) {
+    library::run_on_new_thread([&] {
+      ASSERT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
+      work();
+      ASSERT_TRUE(osw_wglMakeCurrent(nullptr, nullptr));
+    });
+    EXPECT_TRUE(platform::wait_for_live_threads(others)) << "its workers, of which the last frees the queue";
+    return allocation::live_blocks();
+  };
+  allocation::watch();
+  const int without = blocks_after([] {});
+  EXPECT_EQ(blocks_after([] {
+              osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+              osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY);
+              EXPECT_NE(__osw_fetch_thread_state()->staged_blocks, nullptr);
+            }),
+            without);
+  allocation::stop_watching();
 }
 
 TEST_F(sequential_mapping_test, an_empty_buffer_gives_an_empty_block_and_copies_nothing) {

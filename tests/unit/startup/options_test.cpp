@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "ops/relaxed.h"
 #include "support/library.h"
 
 namespace {
@@ -127,6 +128,98 @@ TEST_F(options_test, a_failed_call_leaves_one_option_at_its_default) {
   }
 }
 
+void set_variable(const char* name, const std::string& value) {
+  platform::set_environment_variable(name, value);
+}
+
+TEST_F(options_test, each_variable_of_the_environment_holds_in_place_of_the_registry_s_value) {
+  for (const option_facts& chosen : all_options) {
+    platform::reset();
+    for (const option_facts& option : all_options) set(option.name, option.flag ? 1 - option.standard : 2);
+    const u32 value = chosen.flag ? chosen.standard : 1;
+    set_variable(chosen.name, std::to_string(value));
+    __osw_read_options();
+    for (const option_facts& option : all_options) {
+      const u32 registered = option.flag ? 1 - option.standard : 2;
+      EXPECT_EQ(*option.variable, &option == &chosen ? value : registered) << chosen.name << " " << option.name;
+    }
+    EXPECT_TRUE(library::reports().empty());
+  }
+}
+
+TEST_F(options_test, a_variable_holds_where_the_registry_has_no_key) {
+  for (const option_facts& option : all_options) set_variable(option.name, option.flag ? "7" : "3");
+  __osw_read_options();
+  for (const option_facts& option : all_options) EXPECT_EQ(*option.variable, option.flag ? 1u : 3u) << option.name;
+  for (const option_facts& option : all_options) set_variable(option.name, "0");
+  __osw_read_options();
+  for (const option_facts& option : all_options) EXPECT_EQ(*option.variable, 0u) << option.name;
+}
+
+TEST_F(options_test, a_variable_is_a_decimal_number_of_32_bits_with_blanks_around_it_at_most) {
+  const std::pair<const char*, u32> good[] = {{"2", 2},
+                                              {" 2", 2},
+                                              {"2 ", 2},
+                                              {"\t2 \t", 2},
+                                              {"010", 10},
+                                              {"0000000000000000000002", 2},
+                                              {"4294967295", 0xFFFFFFFFu}};
+  for (const auto& [text, value] : good) {
+    set_variable("OSW_DW_SplitParts", text);
+    __osw_read_options();
+    EXPECT_EQ(OSW_DW_SplitParts, value) << text;
+  }
+  EXPECT_TRUE(library::reports().empty());
+}
+
+TEST_F(options_test, a_variable_that_is_no_number_is_ignored_with_one_warning) {
+  set("OSW_DW_SplitParts", 2);
+  for (const std::string& text :
+       {std::string("two"), std::string("2x"), std::string("-1"), std::string("+2"), std::string("0x2"),
+        std::string("2 2"), std::string("2.0"), std::string(" "), std::string("4294967296"),
+        std::string("18446744073709551618"), std::string(5000, '1'), std::string(5000, ' ') + "2"}) {
+    platform::clear_debug_output();
+    set_variable("OSW_DW_SplitParts", text);
+    __osw_read_options();
+    EXPECT_EQ(OSW_DW_SplitParts, 2u) << text;
+    const std::vector<std::string> expected = {
+        "OGLSPANWrapper Warning: The environment variable OSW_DW_SplitParts is no decimal number of 32 bits and is "
+        "ignored.\n"};
+    EXPECT_EQ(library::reports(), expected) << text;
+  }
+}
+
+TEST_F(options_test, an_empty_variable_counts_as_not_set) {
+  for (const option_facts& option : all_options) set_variable(option.name, "");
+  __osw_read_options();
+  expect_defaults();
+  EXPECT_TRUE(library::reports().empty());
+}
+
+// The platform's calls that the options make, but for those that ask the environment.
+std::vector<std::string> calls_of_reading() {
+  std::vector<std::string> calls;
+  platform::on_each_call([&](const std::string& function, ULONG_PTR) {
+    if (function != "GetEnvironmentVariableA") calls.push_back(function);
+  });
+  __osw_read_options();
+  __osw_debug_spin();
+  platform::on_each_call(nullptr);
+  return calls;
+}
+
+TEST_F(options_test, the_registry_is_read_in_the_same_way_whatever_the_environment_says) {
+  std::vector<std::string> expected;
+  for (size_t i = 0; i < std::size(all_options); ++i) {
+    for (const char* call : {"RegOpenKeyA", "RegQueryValueExA", "RegCloseKey"}) expected.emplace_back(call);
+  }
+  platform::set_registry_key(library::registry_path);
+  EXPECT_EQ(calls_of_reading(), expected);
+  EXPECT_TRUE(platform::debug_output().empty());
+  for (const option_facts& option : all_options) set_variable(option.name, "0");
+  EXPECT_EQ(calls_of_reading(), expected);
+}
+
 TEST_F(options_test, the_spin_returns_at_once_when_its_option_is_clear) {
   __osw_read_options();
   __osw_debug_spin();
@@ -152,6 +245,32 @@ TEST_F(options_test, the_spin_goes_on_until_the_value_reads_zero) {
   set("OSW_DW_DeadLoopWhenLoadDll", 0);
   spinner.join();
   EXPECT_EQ(OSW_DW_DeadLoopWhenLoadDll, 0u);
+}
+
+TEST_F(options_test, a_variable_spares_one_process_the_spin) {
+  set("OSW_DW_DeadLoopWhenLoadDll", 1);
+  set_variable("OSW_DW_DeadLoopWhenLoadDll", "0");
+  __osw_read_options();
+  __osw_debug_spin();
+  EXPECT_EQ(platform::call_count("RegOpenKeyA"), 9);
+}
+
+// What a variable asks for, the registry does not end, and neither does the process itself.
+TEST_F(options_test, a_spin_that_a_variable_asks_for_ends_by_a_debugger_s_hand) {
+  set("OSW_DW_DeadLoopWhenLoadDll", 0);
+  set_variable("OSW_DW_DeadLoopWhenLoadDll", "1");
+  __osw_read_options();
+  EXPECT_EQ(OSW_DW_DeadLoopWhenLoadDll, 1u);
+  std::atomic<bool> spins{true};
+  std::thread spinner([&] {
+    __osw_debug_spin();
+    spins = false;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_TRUE(spins);
+  relaxed_store(OSW_DW_DeadLoopWhenLoadDll, 0);
+  spinner.join();
+  EXPECT_EQ(platform::call_count("RegOpenKeyA"), 9);
 }
 
 }  // namespace

@@ -28,8 +28,12 @@ struct {
   std::function<void(const __osw_thread_state*)> before_unlisting;
 } noted;
 
+bool is_noting_thread() {
+  return noted.thread_id == GetCurrentThreadId();
+}
+
 void note(const std::string& step) {
-  if (noted.thread_id != GetCurrentThreadId()) return;
+  if (!is_noting_thread()) return;
   if (noted.steps.empty() || noted.steps.back() != step) noted.steps.push_back(step);
 }
 
@@ -58,7 +62,7 @@ extern "C" FILE* __wrap_fopen(const char* path, const char* mode) {
 
 extern "C" void __real__Z25__osw_unlist_thread_statePK18__osw_thread_state(const __osw_thread_state* state);
 extern "C" void __wrap__Z25__osw_unlist_thread_statePK18__osw_thread_state(const __osw_thread_state* state) {
-  if (noted.before_unlisting) noted.before_unlisting(state);
+  if (is_noting_thread() && noted.before_unlisting) noted.before_unlisting(state);
   __real__Z25__osw_unlist_thread_statePK18__osw_thread_state(state);
 }
 
@@ -103,7 +107,6 @@ void note_attach_call(const std::string& function, ULONG_PTR object) {
 }
 
 void note_detach_call(const std::string& function, ULONG_PTR object) {
-  if (function == "KillTimer") note("timer");
   if (function == "GetExitCodeThread") note("threads end");
   if (function == "TlsFree") note("slot " + std::to_string(object));
   if (function == "DeleteCriticalSection" && lock_name(object) != "queue") note("lock " + lock_name(object));
@@ -167,7 +170,7 @@ bool have_left(__osw_cmd_queue* queue) {
 TEST_F(order_test, a_thread_s_own_threads_leave_before_its_state_goes) {
   library::start({.parts = 4});
   platform::after_thread_end([] {
-    if (noted.thread_id != GetCurrentThreadId()) return;
+    if (!is_noting_thread()) return;
     EXPECT_EQ(TlsGetValue(__osw_ctrl_slot), nullptr);
     platform::on_each_call(nullptr);
   });
@@ -189,12 +192,8 @@ TEST_F(order_test, a_thread_s_own_threads_leave_before_its_state_goes) {
       EXPECT_NE(TlsGetValue(__osw_ctrl_slot), nullptr);
     };
   });
-  EXPECT_EQ(noted.steps, (step_list{"timer", "threads end", "unlisted", "statistics"}));
-}
-
-int listed_arguments() {
-  return static_cast<int>(std::count_if(std::begin(__osw_worker_arg_list), std::end(__osw_worker_arg_list),
-                                        [](const __osw_worker_arg* arg) { return arg != nullptr; }));
+  ASSERT_TRUE(platform::wait_for_live_threads(0)) << "its workers, which read what is noted";
+  EXPECT_EQ(noted.steps, (step_list{"threads end", "unlisted", "statistics"}));
 }
 
 TEST_F(order_test, a_process_detaches_step_by_step) {
@@ -208,17 +207,16 @@ TEST_F(order_test, a_process_detaches_step_by_step) {
   noted.steps.clear();
   note_this_thread([](const std::string& function, ULONG_PTR object) {
     if (function == "DeleteCriticalSection" && lock_name(object) == "contexts") {
-      EXPECT_EQ(listed_arguments(), 6);
+      EXPECT_EQ(library::listed_arguments(), 6);
     }
     note_detach_call(function, object);
   });
   noted.before_unlisting = [&](const __osw_thread_state* state) {
     note(state == other.state ? "other state" : "own state");
-    EXPECT_EQ(listed_arguments(), state == other.state ? 0 : 6);
+    EXPECT_EQ(library::listed_arguments(), state == other.state ? 0 : 6);
   };
   EXPECT_EQ(platform::exit_process(), TRUE);
-  const step_list expected = {"timer",
-                              "own state",
+  const step_list expected = {"own state",
                               "statistics",
                               "lock pbuffers",
                               "lock contexts",

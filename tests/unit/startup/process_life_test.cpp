@@ -29,19 +29,6 @@ __osw_thread_state* own_state() {
   return static_cast<__osw_thread_state*>(TlsGetValue(__osw_state_slot));
 }
 
-int listed_states() {
-  int count = 0;
-  for (const __osw_thread_state* state : __osw_thread_state_list) count += state != nullptr;
-  return count;
-}
-
-// Of the threads that serve others.
-int listed_arguments() {
-  int count = 0;
-  for (const __osw_worker_arg* arg : __osw_worker_arg_list) count += arg != nullptr;
-  return count;
-}
-
 int open_thread_handles() {
   const std::vector<std::string> left = platform::leaks(true);
   return static_cast<int>(std::ranges::count(left, "thread handle"));
@@ -186,7 +173,7 @@ TEST_F(life_test, attach_loads_no_library_and_makes_no_state) {
   library::start();
   EXPECT_EQ(platform::load_count("opengl32sys.dll"), 0);
   EXPECT_EQ(own_state(), nullptr);
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
   EXPECT_EQ(platform::live_tls_slots(), 2);
   EXPECT_TRUE(library::reports().empty());
 }
@@ -210,12 +197,12 @@ TEST_F(life_test, a_thread_that_never_called_makes_and_destroys_a_state_at_its_e
   library::run_on_new_thread([] {});
   allocation::stop_watching();
   EXPECT_EQ(platform::load_count("opengl32sys.dll"), 2);
-  EXPECT_EQ(listed_states(), 1);
+  EXPECT_EQ(library::listed_states(), 1);
   EXPECT_EQ(allocation::freed().size(), 1u);
   EXPECT_EQ(allocation::live_blocks(), 0);
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef OSW_SANITIZED
 constexpr int silent_threads = 1000;  // the sanitizers take many times longer to start one
 #else
 constexpr int silent_threads = 100000;
@@ -246,7 +233,7 @@ TEST_F(life_test, a_thread_ends_while_another_binds) {
   });
   osw_glGetError();
   EXPECT_TRUE(ended);
-  EXPECT_EQ(listed_states(), 1);
+  EXPECT_EQ(library::listed_states(), 1);
 }
 
 struct late_life_test : life_test, testing::WithParamInterface<bool> {};
@@ -273,7 +260,7 @@ TEST_P(late_life_test, a_call_after_the_end_of_its_thread_finds_no_context) {
   });
   EXPECT_EQ(calls, 2);
   EXPECT_TRUE(platform::wait_for_live_threads(0));
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(, late_life_test, testing::Bool(),
@@ -295,7 +282,7 @@ TEST_F(life_test, no_lock_is_entered_at_the_end_in_which_a_thread_was_stopped) {
     library::run(threads[i], [lock = locks[i]] { EnterCriticalSection(lock); });
   }
   EXPECT_EQ(platform::exit_process(), TRUE);
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
 }
 
 TEST_F(life_test, a_thread_that_called_leaves_nothing) {
@@ -303,10 +290,10 @@ TEST_F(life_test, a_thread_that_called_leaves_nothing) {
   allocation::watch();
   library::run_on_new_thread([] {
     osw_glGetError();
-    EXPECT_EQ(listed_states(), 1);
+    EXPECT_EQ(library::listed_states(), 1);
   });
   allocation::stop_watching();
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
   EXPECT_EQ(allocation::live_blocks(), 0);
 }
 
@@ -314,7 +301,7 @@ TEST_F(life_test, a_thread_s_end_survives_a_lack_of_memory) {
   library::start();
   osw_glGetError();
   library::run_on_new_thread([] { allocation::fail_call(1, true); });
-  EXPECT_EQ(listed_states(), 1);
+  EXPECT_EQ(library::listed_states(), 1);
   EXPECT_EQ(library::reports(),
             std::vector<std::string>{"OGLSPANWrapper Error: no memory for the state of a thread\n"});
 }
@@ -327,7 +314,7 @@ TEST_F(life_test, a_thread_that_rendered_leaves_nothing) {
     osw_wglMakeCurrent(nullptr, nullptr);
   });
   EXPECT_TRUE(platform::wait_for_live_threads(0));
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
   EXPECT_EQ(platform::leaks(true), std::vector<std::string>());
 }
 
@@ -338,7 +325,7 @@ TEST_F(life_test, a_thread_may_end_while_it_renders) {
     osw_glFlush();
   });
   EXPECT_TRUE(platform::wait_for_live_threads(0));
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
 }
 
 TEST_F(life_test, the_process_ends_with_states_of_threads_that_never_detached) {
@@ -351,14 +338,14 @@ TEST_F(life_test, the_process_ends_with_states_of_threads_that_never_detached) {
       osw_glFlush();
     });
   }
-  EXPECT_EQ(listed_states(), 3);
+  EXPECT_EQ(library::listed_states(), 3);
   EXPECT_EQ(platform::live_threads(), 3 * 4);
-  EXPECT_EQ(listed_arguments(), 3 * 3);
+  EXPECT_EQ(library::listed_arguments(), 3 * 3);
   EXPECT_EQ(open_thread_handles(), 3 * 4);
   EXPECT_EQ(platform::exit_process(), TRUE);
   EXPECT_EQ(platform::live_threads(), 0);
-  EXPECT_EQ(listed_states(), 0);
-  EXPECT_EQ(listed_arguments(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
+  EXPECT_EQ(library::listed_arguments(), 0);
   EXPECT_EQ(open_thread_handles(), 3) << "those of the application's own threads";
 }
 
@@ -366,13 +353,13 @@ TEST_F(life_test, the_process_ends_while_the_main_thread_renders) {
   library::start();
   library::start_rendering();
   osw_glFlush();
-  EXPECT_EQ(listed_states(), 1);
-  EXPECT_EQ(listed_arguments(), 3);
+  EXPECT_EQ(library::listed_states(), 1);
+  EXPECT_EQ(library::listed_arguments(), 3);
   EXPECT_EQ(open_thread_handles(), 3);
   EXPECT_EQ(platform::exit_process(), TRUE);
   EXPECT_EQ(platform::live_threads(), 0);
-  EXPECT_EQ(listed_states(), 0);
-  EXPECT_EQ(listed_arguments(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
+  EXPECT_EQ(library::listed_arguments(), 0);
   EXPECT_EQ(open_thread_handles(), 0);
 }
 
@@ -381,10 +368,10 @@ TEST_F(life_test, a_library_that_has_bound_nothing_can_be_unloaded) {
   osw_glGetError();
   const library::app_thread_pointer other = library::start_thread();
   library::run(other, [] { osw_glGetError(); });
-  EXPECT_EQ(listed_states(), 2);
+  EXPECT_EQ(library::listed_states(), 2);
   EXPECT_EQ(platform::detach_process(), TRUE);
   EXPECT_FALSE(platform::process_attached());
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
   library::end_thread(other);
 }
 

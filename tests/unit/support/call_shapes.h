@@ -11,7 +11,8 @@
 namespace ops {
 
 enum class reads {
-  unknown,  // an op with an encoder of its own that the table lacks
+  unknown,    // an op with an encoder of its own that the table lacks
+  elsewhere,  // by a handler that has tests of its own, whose calls are unlike the program's
   nothing,
   some_bytes,  // of each pointer, the same number for every call
   vectors,     // a number of elements that the function's name says
@@ -22,7 +23,9 @@ enum class reads {
   lists,
   stipple,
   text,
-  source,
+  source,  // strings, of which an argument says how many
+  texel,   // one pixel of the format and the type before it
+  arrays,  // several, of as many items as an argument says
   array_draw,
   element_draw,
   array_element
@@ -44,7 +47,7 @@ const call_shape& shape_of(int op);
 std::vector<std::string> ops_without_shape();
 
 // How many values a pname of the sized parameter calls takes.
-enum class parameter_set { light, light_model, material, tex_gen, tex_env, tex, fog, point };
+enum class parameter_set { light, light_model, material, tex_gen, tex_env, tex, fog, point, patch };
 u32 values_of(parameter_set set, GLenum pname);
 parameter_set set_of(const row& row);
 

@@ -325,6 +325,10 @@ HGLRC handle_of(int number) {
   return reinterpret_cast<HGLRC>(hglrc_base + static_cast<u64>(number) * handle_step);
 }
 
+int number_of_context(HGLRC handle) {
+  return find_context(bits_of(handle));
+}
+
 context_record& record_of(int number) {
   return table[number];
 }
@@ -380,6 +384,7 @@ void reset_contexts() {
     context_record& record = table[number];
     record.live = false;
     record.current_on.store(0);
+    record.names = 0;
   }
   reset_digests();
   context_count.store(0);

@@ -17,6 +17,7 @@ struct context_record {
   // Of the thread that has the context current or has switched to it.
   u64 gl_calls = 0;
   u64 digest = empty_digest;
+  u32 names = 0;  // made
 };
 
 // The calling thread's binding, as numbers of contexts; -1 for none.
@@ -29,6 +30,7 @@ struct thread_binding {
 extern thread_local thread_binding bound;
 
 HGLRC handle_of(int context);
+int number_of_context(HGLRC handle);
 context_record& record_of(int context);
 
 // The result of a wgl op, after its effect on the simulated contexts and drawables.
@@ -37,6 +39,10 @@ u64 perform(int op, const u64* arguments);
 // The entry of a name by wglGetProcAddress; null unless a context is current.
 FARPROC entry_by_name(const char* name);
 
+// Makes the names that a GL call asks for, while names are handed out. Result: whether the op is one that makes some.
+bool make_names(context_record* context, int op, const u64* arguments, u32 count, u64* result);
+
+void reset_names();
 void reset_contexts();
 void reset_digests();
 

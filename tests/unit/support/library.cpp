@@ -106,6 +106,7 @@ void prepare(const process_setup& setup) {
   platform::set_executable(setup.executable);
   set_parts(setup);
   set_options(setup);
+  if (setup.extended) platform::set_environment_variable("OSW_EXTENDED", "1");
   set_list(setup);
   platform::set_library_hooks(hooks());
 }
@@ -207,6 +208,14 @@ void finish() {
 
 std::vector<driver::call> part_calls(const rendering& rendered, int part) {
   return driver::gl_calls_in(rendered.children.at(static_cast<std::size_t>(part)));
+}
+
+int listed_states() {
+  return static_cast<int>(std::ranges::count_if(__osw_thread_state_list, [](const auto* state) { return state; }));
+}
+
+int listed_arguments() {
+  return static_cast<int>(std::ranges::count_if(__osw_worker_arg_list, [](const auto* arg) { return arg; }));
 }
 
 std::vector<std::string> reports() {

@@ -43,6 +43,7 @@ constexpr typename Op::type* exported = nullptr;
   template <>                                                                             \
   inline constexpr function##_op::type* library::exported<function##_op> = osw_##function;
 #include "ops/all_ops.inc"
+#include "ops/gl_wide.inc"
 #undef GL_OP
 #undef WGL_OP
 
@@ -64,6 +65,7 @@ struct process_setup {
   path way = path::threaded;
   bool fast_switch = true;
   bool query_on_app_thread = true;
+  bool extended = false;
   std::vector<std::pair<const char*, DWORD>> options;
   std::string executable = "C:\\Programs\\app.exe";
   std::string list = "app.exe\n";  // what stands in the application list
@@ -137,6 +139,12 @@ void finish();
 
 // What the part has got: the GL calls of its child context since the last driver::clear_calls.
 std::vector<driver::call> part_calls(const rendering& rendered, int part);
+
+// ---- what the library keeps ----
+
+// States of threads, and what the threads that serve others were started with. While none of them begins or ends.
+int listed_states();
+int listed_arguments();
 
 // ---- the debugger ----
 

@@ -25,6 +25,22 @@ constexpr family family_of(const array_payload&) {
   return items_slot<Op> == 0 ? family::names : family::uniform;
 }
 template <class Op>
+constexpr family family_of(const items_payload&) {
+  return family::items;
+}
+template <class Op>
+constexpr family family_of(const text_payload&) {
+  return family::text;
+}
+template <class Op>
+constexpr family family_of(const texel_payload&) {
+  return family::texel;
+}
+template <class Op, std::size_t count>
+constexpr family family_of(const arrays_payload<count>&) {
+  return family::arrays;
+}
+template <class Op>
 constexpr family family_of(const image_payload&) {
   return family::image;
 }
@@ -47,8 +63,15 @@ constexpr family word_of() {
         return family_of<Op>(payload_of<Op>(static_cast<typename Op::type*>(nullptr)));
       }
       break;
+    case threaded_word::app_only:
+      return family::app_only;
+    case threaded_word::create:
+      return family::create;
+    case threaded_word::none:
+      return family::none;
     case threaded_word::array:
     case threaded_word::own:
+    case threaded_word::kept:
       break;
   }
   return family::own;
@@ -68,10 +91,10 @@ constexpr parameter parameter_of() {
   if constexpr (std::is_pointer_v<T>) {
     using element = std::remove_pointer_t<T>;
     is_const = std::is_const_v<element>;
-    if constexpr (std::is_void_v<element>) {
-      element_size = 1;
-    } else {
+    if constexpr (requires { sizeof(element); } && std::is_object_v<element>) {
       element_size = sizeof(element);
+    } else {
+      element_size = 1;
     }
   }
   return {sizeof(T), std::is_pointer_v<T>, std::is_floating_point_v<T>, element_size, is_const};
@@ -135,17 +158,27 @@ u64 low_bytes(u64 bits, u32 size) {
 
 }  // namespace
 
-const std::array<row, gl_op_count>& all() {
-  static const auto rows = [] {
-    std::array<row, gl_op_count> made;
-    for_each_gl_op([&]<class Op>() { made[Op::op] = row_of<Op>(__osw_gl_entries[Op::op]); });
+std::span<const row> every() {
+  using rows = std::array<row, gl_all_count>;
+  static rows basic;
+  static const rows extended = [] {
+    rows made;
+    const auto add = [&]<class Op>() { made[Op::op] = row_of<Op>(__osw_gl_entries[Op::op]); };
+    for_each_gl_op(add);
+    for_each_wide_op(add);
+    basic = made;
+    for_each_changed_op(add);
     return made;
   }();
-  return rows;
+  return gl_ops_in_use == gl_op_count ? basic : extended;
+}
+
+std::span<const row> all() {
+  return every().first(static_cast<std::size_t>(gl_ops_in_use));
 }
 
 const row& of(int op) {
-  return all().at(static_cast<std::size_t>(op));
+  return every()[static_cast<std::size_t>(op)];
 }
 
 driver::argument_bits distinctive(const row& row) {

@@ -2,13 +2,34 @@
 // op with arguments given as bits.
 #pragma once
 
+#include <span>
+
 #include "support/recording_driver.h"
 
 namespace ops {
 
 // How an op's call reaches the parts: the words of the list's column `threaded`, with what is copied told apart by the
-// column `payload`. A call with an encoder of its own, or with that of the client arrays, is `own`.
-enum class family { plain, query, vector, parameters, names, uniform, image, compressed, alias, own };
+// column `payload`. A call with an encoder of its own, or with that of the client arrays, is `own`; one that has no
+// handlers is `none`.
+enum class family {
+  plain,
+  query,
+  vector,
+  parameters,
+  names,
+  uniform,
+  image,
+  compressed,
+  items,
+  text,
+  texel,
+  arrays,
+  app_only,
+  create,
+  alias,
+  own,
+  none
+};
 
 struct parameter {
   u32 size;  // bytes
@@ -33,7 +54,9 @@ struct row {
   u64 (*call)(__osw_proc function, const driver::argument_bits& arguments);
 };
 
-const std::array<row, gl_op_count>& all();
+// Those in use, and those of all lists, in the forms of the mode that the process is in.
+std::span<const row> all();
+std::span<const row> every();
 const row& of(int op);
 
 // Arguments that can be told from each other, with all bits of each width in use. Pointers lead nowhere.

@@ -15,6 +15,11 @@ values& all();
 // Keeps the state of the children of `rendered` from now on.
 void serve(const library::rendering& rendered);
 
+struct store_value {
+  GLenum name;
+  GLint value;
+};
+
 // Sets a value on each part, as if the application had done so.
 void set(const library::rendering& rendered, GLenum name, GLint value);
 

@@ -17,7 +17,7 @@ struct context_log {
 std::map<HGLRC, context_log> logs;
 std::vector<HGLRC> part_contexts;
 HGLRC app_context = nullptr;
-std::array<reader, gl_op_count> readers;
+std::array<reader, gl_all_count> readers;
 
 void note(driver::live_call& live) {
   if (live.what.space != driver::op_space::gl) return;

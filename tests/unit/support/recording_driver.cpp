@@ -108,7 +108,7 @@ struct op_script {
   std::atomic<int> fails_in{0};  // calls, 0 for none
 };
 
-op_script gl_scripts[gl_op_count];
+op_script gl_scripts[gl_all_count];
 op_script wgl_scripts[wgl_op_count];
 script every_call;
 
@@ -151,6 +151,12 @@ live_call live_of(op_space space, int op, const u64* arguments, u32 count) {
   return live;
 }
 
+// Result: `answer`, unless the call makes a name.
+u64 perform_gl(int op, const u64* arguments, u32 count, u64 answer) {
+  if (bound.switched_to >= 0) make_names(&record_of(bound.switched_to), op, arguments, count, &answer);
+  return answer;
+}
+
 // What every entry comes down to.
 u64 serve(op_space space, int op, const u64* arguments, u32 count) {
   if (mode.load(std::memory_order_relaxed) == recording::off) {
@@ -162,9 +168,9 @@ u64 serve(op_space space, int op, const u64* arguments, u32 count) {
     live_call live = live_of(space, op, arguments, count);
     run_scripts(entry, live);
     if (live.answered) return live.result;
-    if (space == op_space::gl) return live.result;
+    if (space == op_space::gl) return perform_gl(op, arguments, count, live.result);
   }
-  return space == op_space::wgl ? perform(op, arguments) : 0;
+  return space == op_space::wgl ? perform(op, arguments) : perform_gl(op, arguments, count, 0);
 }
 
 // ---- entries ----
@@ -188,11 +194,11 @@ FARPROC entry_of() {
 }
 
 constexpr auto make_entry = []<class Op>() { return entry_of<Op>(); };
-const auto gl_entries = gl_op_list::column<FARPROC>(make_entry);
+const auto gl_entries = gl_all_list::column<FARPROC>(make_entry);
 const auto wgl_entries = wgl_op_list::column<FARPROC>(make_entry);
 
 constexpr auto name_of_op = []<class Op>() { return Op::name; };
-constexpr auto gl_names = gl_op_list::column<const char*>(name_of_op);
+constexpr auto gl_names = gl_all_list::column<const char*>(name_of_op);
 constexpr auto wgl_names = wgl_op_list::column<const char*>(name_of_op);
 
 INT_PTR do_nothing() {
@@ -212,7 +218,7 @@ using name_table = std::unordered_map<std::string, name_record>;
 
 name_table fresh_names() {
   name_table table;
-  for (int op = 0; op < gl_op_count; ++op) {
+  for (int op = 0; op < gl_all_count; ++op) {
     table[gl_names.of[op]] = {gl_entries.of[op], true, op < figures::exported_gl_ops ? reach::exported : reach::by_name,
                               false, 0};
   }
@@ -265,6 +271,7 @@ FARPROC entry_by_name(const char* name) {
 
 void reset() {
   reset_contexts();
+  reset_names();
   clear_scripts();
   clear_calls();
   names = fresh_names();

@@ -1,5 +1,5 @@
-// The host's `opengl32sys.dll`: an entry for each op of the list, which notes the call and gives a scripted result. It
-// has contexts, drawables and pbuffers, and nothing that draws.
+// The host's `opengl32sys.dll`: an entry for each op, those of the extended mode too, which notes the call and gives a
+// scripted result. It has contexts, drawables and pbuffers, and nothing that draws.
 //
 // Notes are kept per thread without a lock, so that the driver orders nothing between threads that the library under
 // test has not ordered itself. A test therefore looks, and changes what the driver says, only while no other thread is
@@ -18,7 +18,7 @@ namespace driver {
 
 enum class op_space { wgl, gl };
 
-constexpr std::size_t most_arguments = 12;
+constexpr std::size_t most_arguments = 15;
 using argument_bits = std::array<u64, most_arguments>;
 
 // One call of an entry. Arguments are the bits as the call passed them: 8, 16 and 32-bit values and floats in the low
@@ -152,6 +152,14 @@ binding current_binding();
 
 // Pbuffers that exist, in the order of their making.
 std::vector<HPBUFFERARB> pbuffers();
+
+// ---- names of objects ----
+
+// At first nothing makes names. From now on what makes some does: each context counts its own, from 1.
+void hand_out_names();
+
+// The next names of a context are by `count` higher.
+void skip_names(HGLRC context, u32 count);
 
 // ---- scripts ----
 

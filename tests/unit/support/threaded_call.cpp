@@ -19,8 +19,13 @@ u32 record_slot(const ops::row& row) {
     case ops::family::parameters:
     case ops::family::names:
     case ops::family::uniform:
+    case ops::family::items:
+    case ops::family::text:
+    case ops::family::texel:
       return row.count;
     default:
+      if (row.op == glDeleteBuffers_op::op || row.op == glDeleteVertexArrays_op::op) return row.count;
+      if (row.op == glDeleteFramebuffers_op::op) return row.count;
       return row.op == glDrawBuffers_op::op || row.op == glBindAttribLocation_op::op ? row.count : 0;
   }
 }
@@ -30,7 +35,10 @@ void add_payload(prepared_call* call, u32 argument, std::size_t bytes, u32 slot)
 }
 
 void add_payload(prepared_call* call, u32 argument, std::size_t bytes) {
-  add_payload(call, argument, bytes, record_slot(*call->travels));
+  const u32 slot = record_slot(*call->travels);
+  constexpr u32 slots = 32;
+  const bool fits = bytes <= (slots - call->travels->count) * sizeof(u64);
+  add_payload(call, argument, bytes, fits ? slot : 0);
 }
 
 void prepare_vectors(prepared_call* call, const ops::call_shape& shape) {
@@ -62,6 +70,8 @@ GLenum pname_of(ops::parameter_set set) {
       return GL_FOG_COLOR;
     case ops::parameter_set::point:
       return GL_POINT_DISTANCE_ATTENUATION;
+    case ops::parameter_set::patch:
+      return GL_PATCH_DEFAULT_OUTER_LEVEL;
   }
   return 0;
 }
@@ -103,10 +113,34 @@ void prepare_text(prepared_call* call, const ops::call_shape& shape) {
 
 void prepare_source(prepared_call* call, const ops::call_shape& shape) {
   static const GLchar* const strings[] = {"void ", "main() {}"};
-  call->arguments[1] = std::size(strings);
+  call->arguments[shape.count_at] = std::size(strings);
   call->arguments[shape.data_at] = driver::bits_of(&strings[0]);
-  call->arguments[3] = 0;
+  if (call->travels->op == glShaderSource_op::op) call->arguments[3] = 0;
   call->changes_on_the_way = true;
+}
+
+void prepare_texel(prepared_call* call, const ops::call_shape& shape) {
+  call->arguments[shape.count_at] = GL_RGB;
+  call->arguments[shape.count_at + 1] = GL_FLOAT;
+  add_payload(call, shape.data_at, 3 * sizeof(GLfloat));
+}
+
+// Short ones, which lie in the record one behind the other, each at a slot of its own.
+void prepare_arrays(prepared_call* call, const ops::call_shape& shape) {
+  const ops::row& row = *call->travels;
+  u32 slot = row.count;
+  call->arguments[shape.count_at] = some_items;
+  for (u32 i = 0; i < row.count; ++i) {
+    if (!row.parameters[i].is_pointer) continue;
+    std::size_t bytes = some_items * row.parameters[i].element_size;
+    if (row.op == glShaderBinary_op::op && i == 3) call->arguments[4] = bytes = some_size;
+    if (row.op == glSpecializeShader_op::op && i == 1) bytes = sizeof "ab";
+    add_payload(call, i, bytes, slot);
+    slot += static_cast<u32>((bytes + sizeof(u64) - 1) / sizeof(u64));
+  }
+  if (row.op != glSpecializeShader_op::op) return;
+  call->memory.front().back() = 0;
+  call->payloads.front().bytes.back() = 0;
 }
 
 void prepare_reading(prepared_call* call) {
@@ -134,9 +168,14 @@ void prepare_reading(prepared_call* call) {
       return prepare_text(call, shape);
     case ops::reads::source:
       return prepare_source(call, shape);
+    case ops::reads::texel:
+      return prepare_texel(call, shape);
+    case ops::reads::arrays:
+      return prepare_arrays(call, shape);
     case ops::reads::element_draw:
       call->arguments[shape.count_at + 1] = GL_UNSIGNED_SHORT;
       return prepare_items(call, shape, some_items, sizeof(GLushort));
+    case ops::reads::elsewhere:
     case ops::reads::nothing:
     case ops::reads::some_bytes:
     case ops::reads::array_draw:
@@ -150,18 +189,96 @@ void prepare_copy(prepared_call* call, std::initializer_list<u64> arguments) {
   call->changes_on_the_way = true;
 }
 
+// Figures of draws in memory, which the application's own context is told of as one of no draws.
+void prepare_figures(prepared_call* call, u32 data_at, u32 draws_at, std::size_t bytes) {
+  const u32 count = call->travels->count;
+  if (draws_at) {
+    call->arguments[draws_at] = 2;
+    call->arguments[count - 1] = 0;
+    bytes *= 2;
+  }
+  add_payload(call, data_at, bytes, count);
+  call->mirrored_arguments = call->arguments;
+  if (draws_at) call->mirrored_arguments[draws_at] = 0;
+}
+
+void prepare_indirect_draw(prepared_call* call, const ops::row& several, u32 data_at, std::size_t bytes) {
+  prepare_figures(call, data_at, 0, bytes);
+  call->mirrored_as = &several;
+  call->mirrored_arguments[data_at + 1] = call->mirrored_arguments[data_at + 2] = 0;
+}
+
+void prepare_several_arrays(prepared_call* call) {
+  call->arguments[3] = 3;
+  add_payload(call, 1, 3 * sizeof(GLint), 4);
+  add_payload(call, 2, 3 * sizeof(GLsizei), 6);
+}
+
+void prepare_several_elements(prepared_call* call) {
+  static const GLsizei counts[] = {1, 2};
+  static const GLushort values[] = {4, 5};
+  static const void* const indices[] = {values, values};
+  static const GLint bases[] = {6, 7};
+  call->arguments[1] = driver::bits_of(&counts[0]);
+  call->arguments[2] = GL_UNSIGNED_SHORT;
+  call->arguments[3] = driver::bits_of(&indices[0]);
+  call->arguments[4] = std::size(counts);
+  if (call->travels->count > 5) call->arguments[5] = driver::bits_of(&bases[0]);
+  call->changes_on_the_way = true;
+}
+
+// Draws of several ranges, and by figures in memory. Result: whether the call is one.
+bool prepare_draw(prepared_call* call) {
+  switch (call->travels->op) {
+    case glMultiDrawArrays_op::op:
+      prepare_several_arrays(call);
+      return true;
+    case glMultiDrawElements_op::op:
+    case glMultiDrawElementsBaseVertex_op::op:
+      prepare_several_elements(call);
+      return true;
+    case glDrawArraysIndirect_op::op:
+      prepare_indirect_draw(call, ops::of(glMultiDrawArraysIndirect_op::op), 1, 16);
+      return true;
+    case glDrawElementsIndirect_op::op:
+      prepare_indirect_draw(call, ops::of(glMultiDrawElementsIndirect_op::op), 2, 20);
+      return true;
+    case glMultiDrawArraysIndirect_op::op:
+      prepare_figures(call, 1, 2, 16);
+      return true;
+    case glMultiDrawElementsIndirect_op::op:
+      prepare_figures(call, 2, 3, 20);
+      return true;
+    case glMultiDrawArraysIndirectCount_op::op:
+      prepare_figures(call, 1, 3, 16);
+      return true;
+    case glMultiDrawElementsIndirectCount_op::op:
+      prepare_figures(call, 2, 4, 20);
+      return true;
+    case glDispatchComputeIndirect_op::op:
+      call->mirrored_as = &ops::of(glDispatchCompute_op::op);
+      call->mirrored_arguments.fill(0);
+      return true;
+    default:
+      return false;
+  }
+}
+
 // What is peculiar to calls whose ops have an encoder of their own, besides what they read.
 void prepare_own(prepared_call* call) {
+  if (prepare_draw(call)) return;
   switch (call->travels->op) {
     case glBufferData_op::op:
     case glBufferSubData_op::op:
+    case glNamedBufferData_op::op:
+    case glNamedBufferSubData_op::op:
       // The application's own context gets no contents.
       call->mirrored_arguments = call->arguments;
       call->mirrored_arguments[ops::shape_of(call->travels->op).data_at] = 0;
       return;
     case glUniformMatrix2x3fv_op::op:
-      // So few travel as the application's own pointer.
-      call->payloads.clear();
+      // So few travel as the application's own pointer, in the basic mode.
+      if (call->travels->threaded == ops::family::own) call->payloads.clear();
       return;
     case glGetBufferSubData_op::op:
       call->is_mirrored = false;
@@ -195,6 +312,9 @@ void prepare_by_family(prepared_call* call) {
       call->reaches_parts_always = false;
       call->changes_on_the_way = call->travels->op == glGetQueryObjectui64v_op::op;
       return;
+    case ops::family::app_only:
+      call->is_for_app_alone = true;
+      return;
     case ops::family::alias:
       ADD_FAILURE() << call->travels->name << " is an alias of an alias";
       return;
@@ -217,6 +337,7 @@ prepared_call prepare(const ops::row& row) {
   prepared_call call;
   call.entered = &row;
   call.travels = row.threaded == ops::family::alias ? &ops::of(row.base) : &row;
+  call.mirrored_as = call.travels;
   call.arguments = ops::distinctive(*call.travels);
   call.mirrored_arguments.fill(~u64{0});
   prepare_by_family(&call);

@@ -21,10 +21,12 @@ struct prepared_call {
   const ops::row* travels;  // this reaches the contexts
   driver::argument_bits arguments;
   driver::argument_bits mirrored_arguments;
+  const ops::row* mirrored_as;  // the call that the application's own context receives
   std::list<std::vector<u8>> memory;
   std::vector<payload> payloads;
   bool is_mirrored = true;           // reaches the application's own context with the option on
   bool reaches_parts_always = true;  // else only with the option off
+  bool is_for_app_alone = false;     // never reaches the parts
   bool changes_on_the_way = false;   // the parts do not receive the call as it was made
 };
 

@@ -22,6 +22,7 @@ bool copies_into_blocks(const ops::row& row) {
     case ops::family::compressed:
     case ops::family::names:
     case ops::family::uniform:
+    case ops::family::items:
       return true;
     case ops::family::own:
       return is_one_of(row.op,
@@ -45,7 +46,8 @@ u32 data_argument(const ops::row& row) {
 }
 
 bool fits_the_record_when_small(const ops::row& row) {
-  return row.threaded == ops::family::names || row.threaded == ops::family::uniform;
+  return row.threaded == ops::family::names || row.threaded == ops::family::uniform ||
+         row.threaded == ops::family::items;
 }
 
 // A call whose data are too large for the record.
@@ -53,7 +55,7 @@ threaded::prepared_call prepare_large(const ops::row& row) {
   threaded::prepared_call call = threaded::prepare(row);
   if (fits_the_record_when_small(row)) {
     constexpr u64 items = 100;
-    constexpr std::size_t largest_item = 16 * sizeof(GLfloat);
+    constexpr std::size_t largest_item = 16 * sizeof(GLdouble);
     threaded::point_at_memory(&call, data_argument(row), items * largest_item);
     call.arguments[ops::shape_of(row.op).count_at] = items;
   }

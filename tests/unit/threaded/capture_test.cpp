@@ -237,15 +237,20 @@ TEST_F(threaded_capture_test, arrays_four_gigabytes_apart_are_two_groups) {
   received::wait_for_parts();
 }
 
+// Enables attributes from 0 on, of `size` values of `type`, 16 bytes apart, at these places of the memory.
+template <std::size_t count>
+void point_attributes(const std::vector<u8>& memory, const std::size_t (&places)[count], GLint size, GLenum type) {
+  for (GLuint i = 0; i < count; ++i) {
+    osw_glVertexAttribPointer(i, size, type, GL_FALSE, 16, memory.data() + places[i]);
+    osw_glEnableVertexAttribArray(i);
+  }
+}
+
 // As wide lines pair each vertex with the next: a base that goes down must not send an array of another group to before
 // the block.
 TEST_F(threaded_capture_test, no_array_is_aimed_below_its_block) {
-  std::vector<u8> memory = numbered(16 * 8);
-  const std::size_t offsets[] = {8, 24, 0, 16};
-  for (GLuint i = 0; i < 4; ++i) {
-    osw_glVertexAttribPointer(i, 2, GL_FLOAT, GL_FALSE, 16, memory.data() + offsets[i]);
-    osw_glEnableVertexAttribArray(i);
-  }
+  const std::vector<u8> memory = numbered(16 * 8);
+  point_attributes(memory, {8, 24, 0, 16}, 2, GL_FLOAT);
   begin_draw();
   osw_glDrawArrays(GL_LINES, 0, 4);
   received::wait_for_parts();
@@ -254,13 +259,9 @@ TEST_F(threaded_capture_test, no_array_is_aimed_below_its_block) {
 
 // Which arrays a base that goes down takes along is told by stride and distance, and not by their group.
 TEST_F(threaded_capture_test, a_lower_base_takes_along_what_lies_near_it_in_any_group) {
-  std::vector<u8> memory = numbered(16 * 8);
+  const std::vector<u8> memory = numbered(16 * 8);
   // 40 and 30 are of the first group, whose base comes down to 22; 20 and 24 have opened and joined the second before.
-  const std::size_t places[] = {40, 20, 24, 30, 22};
-  for (GLuint i = 0; i < 5; ++i) {
-    osw_glVertexAttribPointer(i, 1, GL_UNSIGNED_SHORT, GL_FALSE, 16, memory.data() + places[i]);
-    osw_glEnableVertexAttribArray(i);
-  }
+  point_attributes(memory, {40, 20, 24, 30, 22}, 1, GL_UNSIGNED_SHORT);
   begin_draw();
   osw_glDrawArrays(GL_LINES, 0, 4);
   received::wait_for_parts();

@@ -3,6 +3,7 @@
 
 #include "pipeline/push.h"
 #include "startup/config/options.h"
+#include "support/call_shapes.h"
 #include "support/threaded_call.h"
 #include "wgl/records/glrc.h"
 #include "wgl/records/window_mapping.h"
@@ -12,11 +13,14 @@ namespace {
 struct way {
   int parts;
   bool on_app_thread;  // OSW_DW_UseAppThreadToQueryState
+  bool extended;
 };
 
 struct threaded_every_op_test : library::process_test, testing::WithParamInterface<way> {
   void SetUp() override {
-    library::start({.parts = GetParam().parts, .query_on_app_thread = GetParam().on_app_thread});
+    library::start(
+        {.parts = GetParam().parts, .query_on_app_thread = GetParam().on_app_thread, .extended = GetParam().extended});
+    ASSERT_EQ(ops::all().size(), static_cast<std::size_t>(GetParam().extended ? gl_all_count : gl_op_count));
     rendered = library::start_rendering();
     received::watch(rendered);
   }
@@ -59,9 +63,13 @@ struct pipeline_facts {
   u32 waits;
 };
 
+u32 waits_of(const __osw_cmd_queue* queue, int op) {
+  return op < gl_op_count ? queue->gl_sync_count[op] : queue->wide_sync_count[op - gl_op_count];
+}
+
 pipeline_facts look_at_pipeline(const threaded::prepared_call& call) {
   const __osw_cmd_queue* queue = __osw_fetch_thread_state()->cmd_queue;
-  return {__osw_next_cmd(queue), *queue->fill_count, queue->gl_sync_count[call.travels->op]};
+  return {__osw_next_cmd(queue), *queue->fill_count, waits_of(queue, call.travels->op)};
 }
 
 void check_asynchronous_record(const threaded::prepared_call& call, const pipeline_facts& before) {
@@ -78,6 +86,10 @@ void check_asynchronous_record(const threaded::prepared_call& call, const pipeli
 
 // What the call did to the list before anyone else has waited.
 void check_pipeline(const threaded::prepared_call& call, const pipeline_facts& before, bool reaches_parts) {
+  if (__osw_fetch_thread_state()->cmd_queue->report != list_kept) {
+    EXPECT_EQ(call.travels->op, glFlush_op::op) << "a list was reported";
+    return;  // it may have been exchanged
+  }
   const pipeline_facts after = look_at_pipeline(call);
   if (!reaches_parts) {
     EXPECT_EQ(after.filled, before.filled);
@@ -146,12 +158,27 @@ void check_changed_call(const threaded::prepared_call& call, int part, const rec
       EXPECT_EQ(logged[0].what.arguments[1], sent[1]);
       EXPECT_NE(logged[0].what.arguments[2], sent[2]);
       return;
+    case glCreateShaderProgramv_op::op:
+    case glTransformFeedbackVaryings_op::op:
+    case glTransformFeedbackVaryingsEXT_op::op:
+      ASSERT_EQ(logged.size(), 1u);
+      EXPECT_EQ(logged[0].what.op, call.travels->op);
+      EXPECT_EQ(logged[0].what.arguments[1], sent[1]);
+      EXPECT_NE(logged[0].what.arguments[2], sent[2]);
+      return;
     case glShaderSource_op::op:
       ASSERT_EQ(logged.size(), 1u);
       EXPECT_EQ(logged[0].what.op, call.travels->op);
       EXPECT_EQ(logged[0].what.arguments[0], sent[0]);
       EXPECT_EQ(logged[0].what.arguments[1], 1u);
       EXPECT_EQ(logged[0].what.arguments[3], 0u);
+      return;
+    case glMultiDrawElements_op::op:
+    case glMultiDrawElementsBaseVertex_op::op:
+      ASSERT_EQ(logged.size(), 1u);
+      EXPECT_EQ(logged[0].what.op, call.travels->op);
+      for (const std::size_t same : {0, 2, 4}) EXPECT_EQ(logged[0].what.arguments[same], sent[same]);
+      for (const std::size_t copied : {1, 3}) EXPECT_NE(logged[0].what.arguments[copied], sent[copied]);
       return;
     case glReadPixels_op::op:
       for (const received::call& one : logged) {
@@ -173,7 +200,7 @@ void check_app(const threaded::prepared_call& call, bool option_on) {
     return;
   }
   ASSERT_FALSE(logged.empty());
-  EXPECT_EQ(logged[0].what, ops::noted(*call.travels, call.mirrored_arguments));
+  EXPECT_EQ(logged[0].what, ops::noted(*call.mirrored_as, call.mirrored_arguments));
   const bool is_copy = call.changes_on_the_way && call.travels->op != glShaderSource_op::op &&
                        call.travels->threaded == ops::family::own;
   if (!is_copy) {
@@ -195,12 +222,40 @@ void check_parts(const threaded::prepared_call& call, const pipeline_facts& befo
   }
 }
 
+// An op without handlers.
+void check_nothing(const ops::row& row) {
+  const __osw_cmd_queue* queue = __osw_fetch_thread_state()->cmd_queue;
+  received::clear();
+  const u32 filled = *queue->fill_count;
+  EXPECT_EQ(row.call(row.entry, ops::distinctive(row)), 0u);
+  EXPECT_EQ(*queue->fill_count, filled);
+  received::wait_for_parts();
+  EXPECT_TRUE(received::of_app().empty());
+  for (int part = 0; part < received::parts(); ++part) EXPECT_TRUE(received::of_part(part).empty());
+}
+
+// An op of which the parts never hear, whatever the option says.
+void check_app_alone(const threaded::prepared_call& call) {
+  received::clear();
+  const pipeline_facts before = look_at_pipeline(call);
+  const u64 result = call.entered->call(call.entered->entry, call.arguments);
+  check_pipeline(call, before, false);
+  received::expect_parts({});
+  check_app(call, true);
+  EXPECT_EQ(result, ops::result_of(*call.entered, app_result));
+}
+
 void check(const ops::row& row) {
   SCOPED_TRACE(row.name);
+  if (row.threaded == ops::family::none) return check_nothing(row);
+  if (ops::shape_of(row.op).what == ops::reads::elsewhere) return;
   __osw_thread_state* state = __osw_fetch_thread_state();
   state->glrc->client_state = {};
+  free_array_objects(&state->glrc->arrays);
+  free_client_attribs(&state->glrc->client_attribs);
   const bool option_on = OSW_DW_UseAppThreadToQueryState != 0;
   threaded::prepared_call call = threaded::prepare(row);
+  if (call.is_for_app_alone) return check_app_alone(call);
   const bool reaches_parts = call.reaches_parts_always || !option_on;
   received::clear();
   received::forget_readers();
@@ -225,10 +280,13 @@ TEST_P(threaded_every_op_test, each_part_receives_the_call_once) {
 
 INSTANTIATE_TEST_SUITE_P(parts, threaded_every_op_test,
                          testing::Values(way{1, true}, way{2, true}, way{4, true}, way{16, true}, way{1, false},
-                                         way{2, false}, way{4, false}, way{16, false}),
+                                         way{2, false}, way{4, false}, way{16, false}, way{1, true, true},
+                                         way{2, true, true}, way{4, true, true}, way{16, true, true},
+                                         way{2, false, true}, way{4, false, true}),
                          [](const auto& instance) {
                            return std::to_string(instance.param.parts) +
-                                  (instance.param.on_app_thread ? "_on" : "_off");
+                                  (instance.param.on_app_thread ? "_on" : "_off") +
+                                  (instance.param.extended ? "_extended" : "");
                          });
 
 }  // namespace

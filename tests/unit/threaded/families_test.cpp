@@ -223,7 +223,7 @@ const std::set<int> in_record = {glDrawBuffers_op::op, glBindAttribLocation_op::
 const std::set<int> own_blobs = {glPolygonStipple_op::op, glPixelMapfv_op::op,   glPixelMapuiv_op::op,
                                  glPixelMapusv_op::op,    glCallLists_op::op,    glBufferData_op::op,
                                  glBufferSubData_op::op,  glShaderSource_op::op, glUniformMatrix2x3fv_op::op};
-const std::set<int> own_plain = {glFinish_op::op, glFlush_op::op, glCreateProgram_op::op, glCreateShader_op::op};
+const std::set<int> own_plain = {glCreateProgram_op::op, glCreateShader_op::op};
 
 int count_family(ops::family family) {
   return static_cast<int>(std::ranges::count(ops::all(), family, &ops::row::threaded));

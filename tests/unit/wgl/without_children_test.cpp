@@ -225,10 +225,6 @@ std::uintptr_t bound_mapping() {
   return reinterpret_cast<std::uintptr_t>(own_state()->window_mapping);
 }
 
-int listed_states() {
-  return static_cast<int>(std::ranges::count_if(__osw_thread_state_list, [](const auto* state) { return state; }));
-}
-
 void expect_cleared(const library::rendering& rendered, int part, u32 mask) {
   EXPECT_EQ(library::part_calls(rendered, part), std::vector{driver::expect<glClear_op>(mask)});
 }
@@ -254,7 +250,7 @@ TEST_P(destroyed_window_test, its_thread_ends_with_it_bound) {
   // The end of the thread hands over what it has drawn.
   for (int part = 0; part < 2; ++part) expect_cleared(rendered, part, 5);
   EXPECT_EQ(std::ranges::count(allocation::freed(), mapping), 1);
-  EXPECT_EQ(listed_states(), 0);
+  EXPECT_EQ(library::listed_states(), 0);
 }
 
 // The window's own thread destroys it while another one draws to it.

@@ -1,4 +1,4 @@
-// The simulated desktop: monitors, windows with their messages, device contexts, pixel formats and timers.
+// The simulated desktop: monitors, windows with their messages, device contexts and pixel formats.
 //
 // A window belongs to the thread that made it, and its procedure runs on that thread alone. A call of another thread
 // that has to send it a message waits until the owner calls `pump`, or is itself waiting for such a call. A thread that
@@ -135,20 +135,6 @@ int pump();
 
 // Pumps until `done` says yes. False when it does not in time.
 bool pump_until(const std::function<bool()>& done, std::chrono::milliseconds patience = std::chrono::seconds(60));
-
-// ---- timers ----
-
-struct timer_facts {
-  DWORD thread_id;
-  HWND hwnd;
-  UINT_PTR id;
-  UINT milliseconds;
-  TIMERPROC procedure;
-};
-std::vector<timer_facts> timers();
-
-// Lets each of the calling thread's timers fire once, whatever its period; how many there were.
-int run_timers();
 
 // ---- device contexts ----
 

@@ -15,7 +15,7 @@ namespace platform {
 // monitors, registry, records, faults and hooks. Stops the program when a thread does not end.
 void reset();
 
-// What a test left behind: windows, device contexts, timers, thread handles; one text each. Handles count only when
+// What a test left behind: windows, device contexts, thread handles; one text each. Handles count only when
 // `handles` is set.
 std::vector<std::string> leaks(bool handles);
 
@@ -116,6 +116,9 @@ int load_count(const std::string& name);
 
 void set_executable(const std::string& path);
 void set_process_id(DWORD id);
+
+// Variables of the process's environment, whose names have no case; none until set.
+void set_environment_variable(const std::string& name, const std::string& value);
 
 // ---- reports ----
 

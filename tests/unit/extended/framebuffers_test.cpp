@@ -1,0 +1,110 @@
+// Copies from framebuffer objects, which every part has whole, and from the window, of which it has a share.
+#include <vector>
+
+#include "support/issuing.h"
+#include "support/received.h"
+
+namespace {
+
+using driver::expect;
+
+struct framebuffers_test : issuing::pipeline_test, testing::WithParamInterface<library::path> {
+  void SetUp() override {
+    library::start({.parts = 4, .way = GetParam(), .extended = true});
+    rendered = library::start_rendering();
+    finish();
+  }
+  static bool is_threaded() { return GetParam() == library::path::threaded; }
+  static void finish() {
+    if (is_threaded()) issuing::empty_list();
+    driver::clear_calls();
+  }
+  static void wait() {
+    if (is_threaded()) issuing::empty_list();
+  }
+  std::vector<driver::call> on_part(int part) const { return library::part_calls(rendered, part); }
+
+  // Whether each part copies by itself. What is gathered reaches the parts as an upload.
+  bool copies_alone() const {
+    finish();
+    osw_glCopyTexSubImage1D(GL_TEXTURE_1D, 0, 5, 1, 2, 3);
+    wait();
+    const std::vector<driver::call> copy = {expect<glCopyTexSubImage1D_op>(GLenum{GL_TEXTURE_1D}, 0, 5, 1, 2, 3)};
+    int count = 0;
+    for (int part = 0; part < 4; ++part) count += on_part(part) == copy;
+    EXPECT_TRUE(count == 0 || count == 4) << count;
+    return count != 0;
+  }
+
+  library::rendering rendered;
+};
+
+TEST_P(framebuffers_test, what_is_bound_for_reading_counts) {
+  EXPECT_FALSE(copies_alone());
+  osw_glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 7);
+  EXPECT_FALSE(copies_alone()) << "what is drawn to is not what is read";
+  osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 7);
+  EXPECT_TRUE(copies_alone());
+  osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  EXPECT_FALSE(copies_alone());
+  osw_glBindFramebufferEXT(GL_FRAMEBUFFER, 7);
+  EXPECT_TRUE(copies_alone());
+}
+
+TEST_P(framebuffers_test, an_object_that_is_deleted_gives_way_to_the_window) {
+  const GLuint names[] = {3, 7};
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 7);
+  osw_glDeleteFramebuffers(1, names);
+  EXPECT_TRUE(copies_alone());
+  osw_glDeleteFramebuffers(2, names);
+  EXPECT_FALSE(copies_alone());
+}
+
+TEST_P(framebuffers_test, another_context_has_bindings_of_its_own) {
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 7);
+  const HGLRC other = osw_wglCreateContext(rendered.window.hdc);
+  EXPECT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, other));
+  EXPECT_FALSE(copies_alone());
+  EXPECT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
+  EXPECT_TRUE(copies_alone());
+}
+
+TEST_P(framebuffers_test, each_part_copies_from_an_object_by_itself) {
+  const struct {
+    void (*call)();
+    driver::call received;
+  } copies[] = {{[] { osw_glCopyPixels(1, 2, 3, 4, GL_COLOR); }, expect<glCopyPixels_op>(1, 2, 3, 4, GLenum{GL_COLOR})},
+                {[] { osw_glCopyTexImage1D(GL_TEXTURE_1D, 0, GL_RGBA, 1, 2, 3, 0); },
+                 expect<glCopyTexImage1D_op>(GLenum{GL_TEXTURE_1D}, 0, GLenum{GL_RGBA}, 1, 2, 3, 0)},
+                {[] { osw_glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 2, 3, 4, 0); },
+                 expect<glCopyTexImage2D_op>(GLenum{GL_TEXTURE_2D}, 0, GLenum{GL_RGBA}, 1, 2, 3, 4, 0)},
+                {[] { osw_glCopyTexSubImage1D(GL_TEXTURE_1D, 0, 5, 1, 2, 3); },
+                 expect<glCopyTexSubImage1D_op>(GLenum{GL_TEXTURE_1D}, 0, 5, 1, 2, 3)},
+                {[] { osw_glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 5, 6, 1, 2, 3, 4); },
+                 expect<glCopyTexSubImage2D_op>(GLenum{GL_TEXTURE_2D}, 0, 5, 6, 1, 2, 3, 4)},
+                {[] { osw_glCopyTexSubImage3D(GL_TEXTURE_3D, 0, 5, 6, 7, 1, 2, 3, 4); },
+                 expect<glCopyTexSubImage3D_op>(GLenum{GL_TEXTURE_3D}, 0, 5, 6, 7, 1, 2, 3, 4)}};
+  osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 7);
+  for (const auto& copy : copies) {
+    finish();
+    copy.call();
+    wait();
+    for (int part = 0; part < 4; ++part) EXPECT_EQ(on_part(part), std::vector<driver::call>{copy.received});
+  }
+  osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  for (const auto& copy : copies) {
+    finish();
+    copy.call();
+    wait();
+    for (int part = 0; part < 4; ++part) {
+      for (const driver::call& call : on_part(part)) EXPECT_NE(call, copy.received) << "the window is gathered";
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(paths, framebuffers_test, testing::Values(library::path::threaded, library::path::sequential),
+                         [](const auto& way) {
+                           return way.param == library::path::threaded ? "threaded" : "sequential";
+                         });
+
+}  // namespace
