@@ -141,13 +141,4 @@ TEST_F(report_test, reports_at_any_moment_lose_nothing) {
   EXPECT_EQ(queue()->full_count, 0u);
 }
 
-TEST_F(report_test, without_parts_a_reported_list_is_dropped) {
-  begin();
-  queue()->worker_bits = 0;
-  push_hints(2);
-  finish_list(state());
-  EXPECT_EQ(*queue()->fill_count, 0u);
-  EXPECT_EQ(queue()->report, list_kept);
-}
-
 }  // namespace

@@ -322,6 +322,23 @@ TEST_P(no_part_test, the_process_ends_too) {
   EXPECT_TRUE(platform::exit_process());
 }
 
+TEST_P(no_part_test, a_reported_list_is_dropped) {
+  start_without_parts(GetParam());
+  const library::rendering opened = open_rendering();
+  EXPECT_TRUE(bind(opened));
+  const auto expect_dropped_by = [](void (*report)(__osw_thread_state*)) {
+    push_hints(2);
+    EXPECT_EQ(*queue()->fill_count, 2u);
+    report(state());
+    EXPECT_EQ(*queue()->fill_count, 0u);
+    EXPECT_EQ(queue()->report, list_kept);
+  };
+  expect_dropped_by(finish_list);
+  expect_dropped_by(offer_list);
+  stop_rendering(opened);
+  EXPECT_TRUE(driver::calls_of<glHint_op>().empty());
+}
+
 INSTANTIATE_TEST_SUITE_P(counts, no_part_test, testing::Values(0, -1, -5));
 
 }  // namespace
