@@ -70,7 +70,7 @@ struct context {
   bool cut_pending;  // the drawable or the share was changed since the scissor test was looked at
   bool is_cut;       // the host has the scissor test of the share, and the application this one
   scissor_state uncut;
-  int withheld_extensions;  // among the indexed names, in a process that is spread; -1: not counted yet
+  int withheld_extensions;  // among the indexed names, in a process that is told less; -1: not counted yet
 };
 
 // Enters a context that the host made for `hdc`. Null when there is no memory. Any thread, as for all of these.

@@ -14,5 +14,8 @@ bool is_compiling(const context* c);
 // Notes in `c->window_drawn` whether drawing goes to the window, or to a framebuffer object.
 void find_window_drawn(context* c);
 
+// Whether pixels are read from the window.
+bool is_window_read();
+
 // The host's value of an integer state, and 0 inside glBegin and glEnd.
 GLint host_integer(GLenum name);

@@ -53,7 +53,7 @@ bool is_withheld_at(GLuint index) {
 }  // namespace
 
 const char* offered_extensions(const char* extensions) {
-  if (!extensions || !is_spread_process()) return extensions;
+  if (!extensions || !is_told_less()) return extensions;
   auto* offered = static_cast<char*>(malloc(strlen(extensions) + 1));
   if (offered) copy_offered(extensions, offered);
   return lasting_string(offered);
@@ -70,7 +70,7 @@ bool has_extension(const char* name) {
 }
 
 int withheld_extension_count(context* c) {
-  if (!is_spread_process()) return 0;
+  if (!is_told_less()) return 0;
   if (c->withheld_extensions >= 0) return c->withheld_extensions;
   c->withheld_extensions = 0;
   GLint count = 0;
@@ -81,7 +81,7 @@ int withheld_extension_count(context* c) {
 }
 
 GLuint host_extension_index(GLuint index) {
-  if (!is_spread_process()) return index;
+  if (!is_told_less()) return index;
   GLuint at = 0;
   for (;; ++at) {
     if (is_withheld_at(at)) continue;

@@ -1,4 +1,4 @@
-// The names of extensions, of which a process that is spread is told only those that it can use.
+// The names of extensions, of which a process that is told less hears only those that it can use.
 #pragma once
 
 #include "context.h"

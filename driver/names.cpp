@@ -21,9 +21,10 @@ bool is_private_wgl(int op) {
   return op == wglFastSwitchContextZ4_op::op || op == wglGetGLContextZ4_op::op;
 }
 
-// A context that is made with attributes has no parts; a program that cannot have one makes one that has.
+// In the basic mode a context that is made with attributes has no parts; a program that cannot have one makes one that
+// has.
 bool is_withheld_function(int op) {
-  return op == wglCreateContextAttribsARB_op::op && is_spread_process();
+  return op == wglCreateContextAttribsARB_op::op && is_told_less();
 }
 
 __osw_proc find_proc(const char* name) {

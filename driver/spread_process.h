@@ -13,3 +13,7 @@ void note_creation(HDC hdc);
 
 // Whether a part's context has ever been made in this process. Any thread.
 bool is_spread_process();
+
+// Whether the library spreads this process in its basic mode, in which it has functions up to OpenGL 3.1 and no child
+// contexts with attributes, and withholds nothing itself. Any thread.
+bool is_told_less();

@@ -1,5 +1,5 @@
 // Queries of the scissor test, which is the application's and not the one that is cut, and of what a process that is
-// spread is told in place of the host's.
+// told less hears in place of the host's.
 #include "binding.h"
 #include "extension_names.h"
 #include "host.h"
@@ -18,7 +18,7 @@ bool is_told(GLenum name) {
 template <class Op, class Value>
 [[gnu::noinline]] void ask_told(GLenum name, Value* values) {
   context* c = calling_context();
-  if (!c || !is_spread_process()) {
+  if (!c || !is_told_less()) {
     host_gl_entry<Op>()(name, values);
     return;
   }

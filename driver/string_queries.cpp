@@ -1,4 +1,4 @@
-// The host's strings, as far as a process that is spread is told others.
+// The host's strings, as far as a process that is told less hears others.
 #include "binding.h"
 #include "extension_names.h"
 #include "host.h"
@@ -26,7 +26,7 @@ const char* told_string(GLenum name, const char* hosts) {
 const GLubyte* own_call<glGetString_op>::call(GLenum name) {
   const context* c = calling_context();
   const GLubyte* string = host_gl_entry<glGetString_op>()(name);
-  if (!c || !is_spread_process()) return string;
+  if (!c || !is_told_less()) return string;
   return reinterpret_cast<const GLubyte*>(told_string(name, reinterpret_cast<const char*>(string)));
 }
 

@@ -1,4 +1,4 @@
-// The version of OpenGL that a process which is spread is told: not beyond what its functions can keep.
+// The version of OpenGL that a process which is told less hears: not beyond what its functions can keep.
 #pragma once
 
 #include <windows.h>

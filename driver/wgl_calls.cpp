@@ -69,6 +69,7 @@ HGLRC own_call<wglCreateLayerContext_op>::call(HDC hdc, int layer) {
 
 HGLRC own_call<wglCreateContextAttribsARB_op>::call(HDC hdc, HGLRC share, const int* attributes) {
   load_host();
+  note_creation(hdc);
   return enter_context(hdc, host_wgl_entry<wglCreateContextAttribsARB_op>()(host_hdc(hdc), share, attributes));
 }
 

@@ -8,6 +8,7 @@
 #include "own_ops.h"
 #include "report.h"
 #include "scissor_cut.h"
+#include "spread_process.h"
 #include "stand_in.h"
 #include "told_version.h"
 
@@ -88,6 +89,11 @@ void follow_framebuffer(context* c) {
   settle_cut(c);
 }
 
+// Whether a read is counted from a share's corner. In the extended mode an object is read whole from one part.
+bool reads_share() {
+  return !is_spread_process() || is_told_less() || is_window_read();
+}
+
 template <class Op>
 void bind_framebuffer(GLenum target, GLuint framebuffer) {
   context* c = calling_context();
@@ -156,12 +162,12 @@ void own_call<glViewport_op>::call(GLint x, GLint y, GLsizei width, GLsizei heig
   if (c && c->viewport_pending && !is_compiling(c)) c->viewport_pending = false;
 }
 
-// Who reads a part's pixels knows only its share, and counts from the share's corner; in a framebuffer object too, so
-// that each part gives its piece of what was asked for.
+// Who reads a part's pixels knows only its share, and counts from the share's corner; in the basic mode in a
+// framebuffer object too, so that each part gives its piece of what was asked for.
 void own_call<glReadPixels_op>::call(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
                                      void* pixels) {
   const context* c = calling_context();
-  const point by = has_share(c) ? c->offset : point{0, 0};
+  const point by = has_share(c) && reads_share() ? c->offset : point{0, 0};
   host_gl_entry<glReadPixels_op>()(less(x, by.x), less(y, by.y), width, height, format, type, pixels);
 }
 

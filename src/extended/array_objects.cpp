@@ -25,6 +25,13 @@ void send_noted_of(GLuint name, Note note, Parameters... arguments) {
   send<Op>(state, name, arguments...);
 }
 
+// Several bindings at once: without an array of names there is none at any of them.
+void note_vertex_buffers(array_object* object, GLuint first, GLsizei count, const GLuint* buffers) {
+  for (GLsizei i = 0; i < count && first < max_attributes; ++i, ++first) {
+    note_vertex_buffer(object, first, buffers ? buffers[i] : 0);
+  }
+}
+
 }  // namespace
 
 void changed<glBindVertexArray_op>::encode(GLuint array) {
@@ -42,6 +49,12 @@ void changed<glDeleteVertexArrays_op>::encode(GLsizei n, const GLuint* arrays) {
 void glBindVertexBuffer_op::encode(GLuint bindingindex, GLuint buffer, GLintptr offset, GLsizei stride) {
   const auto note = [=](array_object* object) { note_vertex_buffer(object, bindingindex, buffer); };
   send_noted<glBindVertexBuffer_op>(note, bindingindex, buffer, offset, stride);
+}
+
+void glBindVertexBuffers_op::encode(GLuint first, GLsizei count, const GLuint* buffers, const GLintptr* offsets,
+                                    const GLsizei* strides) {
+  note_vertex_buffers(array_object_in_force(__osw_fetch_thread_state()), first, count, buffers);
+  encode_copied<glBindVertexBuffers_op, void>(first, count, buffers, offsets, strides);
 }
 
 void glVertexAttribFormat_op::encode(GLuint attribindex, GLint size, GLenum type, GLboolean normalized,
@@ -89,6 +102,12 @@ void glVertexArrayVertexBuffer_op::encode(GLuint vaobj, GLuint bindingindex, GLu
                                           GLsizei stride) {
   const auto note = [=](array_object* object) { note_vertex_buffer(object, bindingindex, buffer); };
   send_noted_of<glVertexArrayVertexBuffer_op>(vaobj, note, bindingindex, buffer, offset, stride);
+}
+
+void glVertexArrayVertexBuffers_op::encode(GLuint vaobj, GLuint first, GLsizei count, const GLuint* buffers,
+                                           const GLintptr* offsets, const GLsizei* strides) {
+  note_vertex_buffers(array_object_named(__osw_fetch_thread_state(), vaobj), first, count, buffers);
+  encode_copied<glVertexArrayVertexBuffers_op, void>(vaobj, first, count, buffers, offsets, strides);
 }
 
 void glVertexArrayAttribFormat_op::encode(GLuint vaobj, GLuint attribindex, GLint size, GLenum type,

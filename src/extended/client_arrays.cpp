@@ -1,6 +1,7 @@
 // The calls that set client arrays and vertex attributes, and what is bound.
 #include "extended/array_notes.h"
 #include "threaded/encoders.h"
+#include "wgl/records/buffer_maps.h"
 
 namespace {
 
@@ -177,6 +178,8 @@ void changed<glBindBuffer_op>::encode(GLenum target, GLuint buffer) {
 }
 
 void changed<glDeleteBuffers_op>::encode(GLsizei n, const GLuint* buffers) {
-  note_deleted_buffers(__osw_fetch_thread_state(), n, buffers);
+  const __osw_thread_state* state = __osw_fetch_thread_state();
+  note_deleted_buffers(state, n, buffers);
+  drop_buffer_maps(state->current_hglrc, n, buffers);
   encode_copied<changed, void>(n, buffers);
 }

@@ -1,10 +1,6 @@
 // Contents of buffers by their names.
 #include "threaded/buffer_contents.h"
 
-void glNamedBufferData_op::encode(GLuint buffer, GLsizeiptr size, const void* data, GLenum usage) {
-  define_contents<glNamedBufferData_op>(buffer, size, data, usage);
-}
-
 void glNamedBufferSubData_op::encode(GLuint buffer, GLintptr offset, GLsizeiptr size, const void* data) {
   replace_contents<glNamedBufferSubData_op>(buffer, offset, size, data);
 }

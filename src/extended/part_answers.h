@@ -3,7 +3,6 @@
 
 #include "threaded/encode.h"
 
-constexpr u32 first_answer_slot = 16;
 static_assert(first_answer_slot + max_parts <= cmd_slots);
 
 // The answers in the record that the next append fills, first as if there were no parts. They are valid once a

@@ -22,7 +22,7 @@ enum class op_sync : bool { async = false, sync = true };
 // words of gl_wide.inc, `kept` one of gl_changed.inc.
 enum class threaded_word { plain, query, copied, array, alias, own, none, kept, create, app_only };
 enum class sequential_word { each, own, none, kept, create, first };
-enum class replay_word { none, slots, own, kept, create };
+enum class replay_word { none, slots, own, kept, create, first };
 
 // A row's word as a type: a thousand types cost a file less than a thousand constants.
 template <auto word_value>
@@ -100,6 +100,7 @@ struct replay_of<Result(Parameters...)> {
 #define replay_none(result, parameters)
 #define replay_kept(result, parameters)
 #define replay_create(result, parameters)
+#define replay_first(result, parameters)
 #define replay_slots(result, parameters)
 #define replay_own(result, parameters) static replay_of<result parameters>::type replay;
 
@@ -257,6 +258,7 @@ using word_or_kept = std::conditional_t<Word::value == decltype(Word::value)::ke
 #undef replay_none
 #undef replay_kept
 #undef replay_create
+#undef replay_first
 #undef replay_slots
 #undef replay_own
 #undef main_forward

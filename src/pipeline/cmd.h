@@ -9,6 +9,9 @@
 
 constexpr int cmd_slots = 32;
 
+// Behind the arguments of a synchronous command that has answers, one slot for that of each part.
+constexpr u32 first_answer_slot = 16;
+
 // Values of `type`.
 constexpr u32 __osw_cmd_wgl = 1;
 constexpr u32 __osw_cmd_gl = 2;

@@ -55,6 +55,15 @@ u64 replay_create(__osw_thread_state*, const __osw_proc* system, i32 part, __osw
   }
 }
 
+// The result is the first part's answer, for the other parts have none.
+template <class Op>
+u64 replay_first(__osw_thread_state*, const __osw_proc* system, i32 part, __osw_cmd* cmd) {
+  if (part != 0) return 0;
+  const u64 result = call_with_slots<Op>(cmd->args, entry_in<Op>(system));
+  cmd->args[first_answer_slot] = result;
+  return result;
+}
+
 // The case of an op by its row's word; null for one of which there are no commands.
 template <class Op>
 constexpr replay_case case_of() {
@@ -62,6 +71,8 @@ constexpr replay_case case_of() {
     return replay_own<Op>;
   } else if constexpr (Op::replaying::value == replay_word::create) {
     return replay_create<Op>;
+  } else if constexpr (Op::replaying::value == replay_word::first) {
+    return replay_first<Op>;
   } else if constexpr (Op::replaying::value == replay_word::slots) {
     return replay_slots<Op>;
   } else {

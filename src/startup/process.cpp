@@ -20,6 +20,7 @@
 #include "threaded/threaded_table.h"
 #include "wgl/child_windows.h"
 #include "wgl/main_table.h"
+#include "wgl/records/buffer_maps.h"
 #include "wgl/records/glrc.h"
 #include "wgl/records/pbuffer.h"
 #include "wgl/records/window_mapping.h"
@@ -44,6 +45,7 @@ void choose_mode() {
   if (!read_option_variable("OSW_EXTENDED", &wanted) || !wanted) return;
   gl_ops_in_use = gl_all_count;
   make_fence_lock();
+  make_buffer_map_lock();
 }
 
 void make_locks() {
@@ -128,7 +130,12 @@ void detach_process(bool ends) {
   DeleteCriticalSection(&__osw_worker_arg_lock);
   DeleteCriticalSection(&__osw_mapping_lock);
   DeleteCriticalSection(&__osw_class_lock);
-  if (gl_ops_in_use > gl_op_count) delete_fence_lock();
+  if (gl_ops_in_use > gl_op_count) {
+    // What is mapped at the process's end a thread that is no more may have been noting.
+    if (!ends) free_buffer_maps();
+    delete_fence_lock();
+    delete_buffer_map_lock();
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "dispatch/report.h"
+#include "ops/decimal.h"
 #include "ops/relaxed.h"
 
 #define OSW_OPTION(name, ...) u32 name;
@@ -14,7 +15,6 @@ namespace {
 
 constexpr char key_path[] = "Software\\Z4graphics\\OGLSPANWrapper";
 constexpr DWORD string_size = 260;
-constexpr DWORD variable_size = 64;
 
 enum class option_kind { flag, number };
 
@@ -56,24 +56,6 @@ void store(const option& wanted, u32 value) {
 void read_option(const option& wanted) {
   u32 value;
   if (read_value(wanted.name, &value)) store(wanted, value);
-}
-
-const char* skip_blanks(const char* text) {
-  return text + strspn(text, " \t");
-}
-
-// Reads a decimal number of 32 bits with blanks around it at most, which a shell's "set NAME=2 & ..." leaves. Result:
-// whether the text is one.
-bool read_decimal(const char* text, u32* number) {
-  const char* c = skip_blanks(text);
-  const char* const digits = c;
-  u64 value = 0;
-  for (; *c >= '0' && *c <= '9'; ++c) {
-    value = value * 10 + static_cast<u64>(*c - '0');
-    if (value > UINT32_MAX) return false;
-  }
-  *number = static_cast<u32>(value);
-  return c != digits && !*skip_blanks(c);
 }
 
 // Result: whether the environment has a word on the option.

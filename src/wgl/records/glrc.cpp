@@ -1,5 +1,6 @@
 #include "wgl/records/glrc.h"
 
+#include "wgl/records/buffer_maps.h"
 #include "wgl/records/registry.h"
 
 __osw_glrc __osw_glrc_registry[max_glrcs];
@@ -8,6 +9,14 @@ CRITICAL_SECTION __osw_glrc_lock;
 namespace {
 
 u32 last_turn;  // under `__osw_glrc_lock`
+
+bool is_empty() {
+  bool found = false;
+  EnterCriticalSection(&__osw_glrc_lock);
+  for (const __osw_glrc& glrc : __osw_glrc_registry) found = found || glrc.app_hglrc;
+  LeaveCriticalSection(&__osw_glrc_lock);
+  return !found;
+}
 
 }  // namespace
 
@@ -34,6 +43,7 @@ void __osw_glrc_erase(HGLRC hglrc) {
     free_query_notes(&glrc->queries);
   }
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc, __osw_glrc{});
+  if (has_buffer_maps() && is_empty()) free_buffer_maps();
 }
 
 void __osw_glrc_remember_share(const shared_pair& pair) {

@@ -320,6 +320,19 @@ void default_host() {
   SetEnvironmentVariableA("OSW_DRIVER_HOST", before[0] != 0 ? before : nullptr);
 }
 
+// The library's switch of its modes.
+DWORD run_with_switch(const char* value, const char* arguments) {
+  SetEnvironmentVariableA("OSW_EXTENDED", value);
+  const DWORD status = run_again("", arguments);
+  SetEnvironmentVariableA("OSW_EXTENDED", nullptr);
+  return status;
+}
+
+void modes() {
+  for (const char* value : {"1", " 2 "}) CHECK_EQUAL(run_with_switch(value, "--extended"), 0);
+  for (const char* value : {"0", "yes", "1x"}) CHECK_EQUAL(run_with_switch(value, "--basic"), 0);
+}
+
 const test_case cases[] = {
     {"exports", exports},
     {"names-without-context", names_without_context},
@@ -332,7 +345,27 @@ const test_case cases[] = {
     {"missing-host", missing_host},
     {"default-host", default_host},
     {"strings-of-a-spread-process", strings_of_a_spread_process},
+    {"modes", modes},
 };
+
+// In the extended mode the library itself withholds what it cannot keep.
+void strings_of_an_extended_process() {
+  make_context();
+  bind_extensions();
+  const name_set gl = gl_extensions(), indexed = indexed_extensions(), wgl = wgl_extensions();
+  const std::string version = reinterpret_cast<const char*>(driver.glGetString(GL_VERSION));
+  make_part_context(window);
+  CHECK(gl_extensions() == gl && indexed_extensions() == indexed && wgl_extensions() == wgl);
+  CHECK(version == reinterpret_cast<const char*>(driver.glGetString(GL_VERSION)));
+  CHECK(found("wglCreateContextAttribsARB") != nullptr);
+  CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+}
+
+void strings_of_a_basic_process() {
+  make_context();
+  bind_extensions();
+  strings_of_a_spread_process();
+}
 
 // gdi32's functions, which call whatever opengl32.dll the process has.
 void draw_through_gdi32() {
@@ -381,6 +414,8 @@ void call_without_host() {
 
 const test_case gdi_cases[] = {{"through-gdi32", draw_through_gdi32}};
 const test_case hostless_cases[] = {{"without-host", call_without_host}};
+const test_case extended_cases[] = {{"extended", strings_of_an_extended_process}};
+const test_case basic_cases[] = {{"basic", strings_of_a_basic_process}};
 const test_case default_cases[] = {{"default-host", [] {
                                       make_context();
                                       CHECK(driver.glGetString(GL_VERSION) != nullptr);
@@ -395,5 +430,7 @@ int main(int argc, char** argv) {
   if (!again) return run_cases(cases, sizeof cases / sizeof *cases, argc, argv, 100);
   if (strcmp(argv[1], "--as-opengl32") == 0) return run_cases(gdi_cases, 1, 1, argv, 30);
   if (strcmp(argv[1], "--missing-host") == 0) return run_cases(hostless_cases, 1, 1, argv, 30);
+  if (strcmp(argv[1], "--extended") == 0) return run_cases(extended_cases, 1, 1, argv, 30);
+  if (strcmp(argv[1], "--basic") == 0) return run_cases(basic_cases, 1, 1, argv, 30);
   return run_cases(default_cases, 1, 1, argv, 30);
 }

@@ -292,9 +292,8 @@ void framebuffer_cases() {
   CHECK_EQUAL(compare([] { framebuffer_scene(driver.glBindFramebufferEXT, driver.glDeleteFramebuffersEXT); }), 0);
 }
 
-// From the window to an object: within a part, as nothing is to be read outside.
-void read_blit() {
-  const part& p = parts[3];
+// From the window to an object: within a part, as nothing is to be read outside. `asked` as ask_part takes it.
+void blit_and_read(const part& p, const part* asked) {
   begin(p);
   clear();
   driver.glEnable(GL_SCISSOR_TEST);
@@ -310,11 +309,23 @@ void read_blit() {
   driver.glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, renderbuffer);
   driver.glBlitFramebuffer(100, 70, 110, 80, 5, 6, 15, 16, GL_COLOR_BUFFER_BIT, GL_NEAREST);
   driver.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-  CHECK_EQUAL(ask_part(&p, 5, 6), 0x030201);
-  CHECK_EQUAL(ask_part(&p, 14, 15), 0x030201);
+  CHECK_EQUAL(ask_part(asked, 5, 6), 0x030201);
+  CHECK_EQUAL(ask_part(asked, 14, 15), 0x030201);
   driver.glDeleteFramebuffers(1, &framebuffer);
   driver.glDeleteRenderbuffers(1, &renderbuffer);
   CHECK_EQUAL(driver.glGetError(), GL_NO_ERROR);
+}
+
+void read_blit() {
+  blit_and_read(parts[3], &parts[3]);
+}
+
+// In the extended mode an object is read whole from one part.
+void read_whole() {
+  SetEnvironmentVariableA("OSW_EXTENDED", "1");
+  make_part_context(parts[3].window);
+  SetEnvironmentVariableA("OSW_EXTENDED", nullptr);
+  blit_and_read(parts[3], nullptr);
 }
 
 void attribute_cases() {
@@ -467,6 +478,7 @@ const test_case cases[] = {
     {"read-blit", read_blit},
     {"attributes", attribute_cases},
     {"lists", list_cases},
+    {"read-whole", read_whole},  // the last one: from now on the process is a spread one
 };
 
 }  // namespace

@@ -189,7 +189,7 @@ picture read_and_compare(HWND hwnd, const std::string& step) {
 // In the basic mode a frame stays in its list until a call waits, as one does there that else does nothing.
 void present(const gl_window& window) {
   CHECK(SwapBuffers(window.hdc));
-  if (!GetEnvironmentVariableA("OSW_EXTENDED", nullptr, 0)) glInitNames();
+  if (is_basic()) glInitNames();
 }
 
 void show_swapped(const gl_window& window, const char* step, bool with_parts) {
@@ -265,6 +265,10 @@ void begin_scene(const char* name) {
 
 bool is_threaded() {
   return role == threaded_role;
+}
+
+bool is_basic() {
+  return part_count != 0 && !GetEnvironmentVariableA("OSW_EXTENDED", nullptr, 0);
 }
 
 int expected_parts() {

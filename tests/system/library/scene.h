@@ -26,6 +26,9 @@ void begin_scene(const char* name);
 
 bool is_threaded();
 
+// Whether this is a process that is spread in the basic mode.
+bool is_basic();
+
 // Parts that every window here must have; 0 when bypassed.
 int expected_parts();
 
@@ -61,6 +64,4 @@ struct scene_group {
   std::vector<test_case> scenes;
 };
 extern const scene_group drawing_scenes, pixel_scenes, object_scenes, window_scenes, window_state_scenes,
-    monitor_scenes, context_scenes, thread_scenes, pbuffer_scenes;
-// Only the sequential path brings what is written into a mapped buffer to the parts: on the other nothing is shown.
-extern const scene_group mapping_scenes;
+    monitor_scenes, context_scenes, core_scenes, thread_scenes, pbuffer_scenes, mapping_scenes;

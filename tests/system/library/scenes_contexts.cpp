@@ -44,8 +44,7 @@ void bound_twice() {
   begin_scene(__func__);
   const gl_window window = make_window(over_all);
   paint_and_show(window, 1, "first");
-  const bool is_basic = expected_parts() && !GetEnvironmentVariableA("OSW_EXTENDED", nullptr, 0);
-  CHECK_EQUAL(wglMakeCurrent(window.hdc, window.context), is_basic ? FALSE : TRUE);
+  CHECK_EQUAL(wglMakeCurrent(window.hdc, window.context), is_basic() ? FALSE : TRUE);
   CHECK(wglGetCurrentContext() == window.context && wglGetCurrentDC() == window.hdc);
   paint_and_show(window, 2, "bound twice");
   const HDC other = GetDC(window.hwnd);

@@ -239,7 +239,7 @@ void buffers() {
 
 void mapped_buffers() {
   begin_scene(__func__);
-  if (is_threaded()) return;  // no part would see what is written
+  if (is_basic() && is_threaded()) return;  // no part would see what is written
   const gl_window window = make_pixel_window();
   const gl_extensions gl = find_extensions();
   GLuint name;
@@ -264,6 +264,48 @@ void mapped_buffers() {
   gl.glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(size), back.data());
   note_bytes("read", back.data(), back.size());
   gl.glDeleteBuffers(1, &name);
+  destroy_window(window);
+}
+
+// Parts of buffers are written and read, several buffers at a time.
+void mapped_ranges() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint names[2];
+  gl.glGenBuffers(2, names);
+  gl.glBindBuffer(GL_ARRAY_BUFFER, names[0]);
+  gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, names[1]);
+  fill_buffer(gl, wheel(14, 320, 210, 190));
+  point_at_buffer();
+  gl.glBufferData(GL_ELEMENT_ARRAY_BUFFER, 9, nullptr, GL_STREAM_DRAW);
+  const std::vector<vertex> smaller = wheel(14, 300, 200, 90);
+  constexpr GLsizeiptr vertices = 5 * sizeof(vertex);
+  void* middle = gl.glMapBufferRange(GL_ARRAY_BUFFER, vertices, vertices, GL_MAP_WRITE_BIT);
+  void* indices = gl.glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_WRITE_ONLY);
+  CHECK(middle && indices);
+  if (middle && indices) {
+    memcpy(static_cast<vertex*>(middle) + 1, smaller.data() + 6, 2 * sizeof(vertex));
+    memcpy(indices, "\1\3\6\7\11\13\2\14\10", 9);
+  }
+  note("unmapped %d %d", gl.glUnmapBuffer(GL_ELEMENT_ARRAY_BUFFER), gl.glUnmapBuffer(GL_ARRAY_BUFFER));
+  clear_to(0.1f, 0.1f, 0.3f);
+  glDrawArrays(GL_TRIANGLE_FAN, 0, 15);
+  show(window, "middle");
+  constexpr GLbitfield by_hand = GL_MAP_WRITE_BIT | GL_MAP_FLUSH_EXPLICIT_BIT | GL_MAP_INVALIDATE_BUFFER_BIT;
+  void* all = gl.glMapBufferRange(GL_ARRAY_BUFFER, 0, 3 * vertices, by_hand);
+  CHECK(all != nullptr);
+  if (all) memcpy(all, smaller.data(), 3 * vertices);
+  gl.glFlushMappedBufferRange(GL_ARRAY_BUFFER, 0, vertices);
+  gl.glFlushMappedBufferRange(GL_ARRAY_BUFFER, vertices, 2 * vertices);
+  note("unmapped %d", gl.glUnmapBuffer(GL_ARRAY_BUFFER));
+  glDrawElements(GL_TRIANGLES, 9, GL_UNSIGNED_BYTE, nullptr);
+  show(window, "flushed");
+  if (const void* read = gl.glMapBuffer(GL_ARRAY_BUFFER, GL_READ_ONLY)) note_bytes("read", read, 3 * vertices);
+  CHECK(gl.glMapBuffer(GL_ARRAY_BUFFER, GL_READ_ONLY) == nullptr);
+  note("error 0x%x", glGetError());
+  gl.glDeleteBuffers(2, names);
   destroy_window(window);
 }
 
@@ -432,10 +474,76 @@ void framebuffers() {
   destroy_window(window);
 }
 
+// What a texture has that was drawn into: in the basic mode, with threads, the application's own context is asked,
+// which draws nothing.
+void read_textures() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLuint texture, framebuffer;
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  set_filter(GL_TEXTURE_2D, GL_NEAREST);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  gl.glGenFramebuffers(1, &framebuffer);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+  draw_into(0.3f);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  std::vector<GLubyte> texels(size_t{target_size} * target_size * 4);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+  note_bytes("texels", texels.data(), texels.size());
+  clear_to(0.2f, 0.2f, 0.5f);
+  glRasterPos2i(190, 80);
+  glDrawPixels(target_size, target_size, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+  show(window, "read");
+  gl.glDeleteFramebuffers(1, &framebuffer);
+  glDeleteTextures(1, &texture);
+  destroy_window(window);
+}
+
 void note_pixels(const char* name, int x, int y, int width, int height) {
   std::vector<GLubyte> pixels(static_cast<size_t>(width) * height * 4);
   glReadPixels(x, y, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
   note_bytes(name, pixels.data(), pixels.size());
+}
+
+// An object that reaches past the window is read whole too, but for the basic mode, where each part gives a piece.
+void read_large_framebuffers() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  constexpr int width = 900, height = 700;
+  GLuint colours, framebuffer;
+  gl.glGenRenderbuffers(1, &colours);
+  gl.glBindRenderbuffer(GL_RENDERBUFFER, colours);
+  gl.glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, width, height);
+  gl.glGenFramebuffers(1, &framebuffer);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colours);
+  glViewport(0, 0, width, height);
+  use_pixels(width, height);
+  clear_to(0.1f, 0.5f, 0.4f);
+  for (int i = 0; i < 12; ++i) {
+    glColor3d(0.08 * i, 0.5, 1 - 0.08 * i);
+    glRecti(70 * i, 55 * i, 70 * i + 110, 55 * i + 80);
+  }
+  note_pixels("all of it", 0, 0, width, height);
+  note_pixels("what lies past the window", over_all.width - 20, over_all.height - 30, 200, 100);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  glViewport(0, 0, over_all.width, over_all.height);
+  use_pixels();
+  clear_to(0.5f, 0.3f, 0.2f);
+  for (int i = 0; i < 6; ++i) {
+    glColor3d(0.15 * i, 0.6, 0.2);
+    glRecti(90 * i, 60 * i, 90 * i + 150, 60 * i + 110);
+  }
+  show(window, "window");
+  gl.glDeleteFramebuffers(1, &framebuffer);
+  gl.glDeleteRenderbuffers(1, &colours);
+  destroy_window(window);
 }
 
 // An object within the window's size is read whole, of which each part gives a piece.
@@ -576,7 +684,7 @@ void grow(const gl_window& window) {
 void occlusion() {
   begin_scene(__func__);
   // In the basic mode the last part answers, one part after the other.
-  if (expected_parts() != 0 && !is_threaded() && !GetEnvironmentVariableA("OSW_EXTENDED", nullptr, 0)) return;
+  if (is_basic() && !is_threaded()) return;
   const gl_window window = make_tested_window();
   const gl_extensions gl = find_extensions();
   note("first: %u", count_samples(gl, 220, 111));
@@ -627,8 +735,10 @@ const scene_group object_scenes = {"objects",
                                     {"patterns", patterns},
                                     {"framebuffers", framebuffers},
                                     {"read_framebuffers", read_framebuffers},
+                                    {"read_textures", read_textures},
+                                    {"read_large_framebuffers", read_large_framebuffers},
                                     {"answers", answers},
                                     {"picking", picking},
                                     {"occlusion", occlusion},
                                     {"counted", counted}}};
-const scene_group mapping_scenes = {"mapping", {{"mapped_buffers", mapped_buffers}}};
+const scene_group mapping_scenes = {"mapping", {{"mapped_buffers", mapped_buffers}, {"mapped_ranges", mapped_ranges}}};

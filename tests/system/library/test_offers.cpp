@@ -1,6 +1,6 @@
 // What a program is told that OpenGL has, and whether it gets it: test_offers.exe KIND FOLDER [CASE]...
-// KIND is what this process has to be: plain, on the system's own library; bypassed; or spread. FOLDER has the public
-// registry, gl.xml and wgl.xml.
+// KIND is what this process has to be: plain, on the system's own library; bypassed; basic, spread in the basic mode;
+// or extended, spread in the extended one. FOLDER has the public registry, gl.xml and wgl.xml.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -36,6 +36,10 @@ bool is(const char* word) {
 
 void check(bool holds, const std::string& name, const char* words) {
   if (!holds) fail(__FILE__, __LINE__, name.c_str(), words);
+}
+
+bool is_spread() {
+  return is("basic") || is("extended");
 }
 
 template <class Function>
@@ -94,11 +98,11 @@ bool offers(const std::vector<std::string>& names, const char* wanted) {
 void check_functions(const std::string& name) {
   const auto entry = known.extensions.find(name);
   if (entry == known.extensions.end()) {
-    check(!is("spread"), name, " is not in the registry");
+    check(!is_spread(), name, " is not in the registry");
     return;
   }
   for (const std::string& function : entry->second) {
-    if (!has_function(function) && (is("spread") || system_has_function(function)))
+    if (!has_function(function) && (is_spread() || system_has_function(function)))
       fail(__FILE__, __LINE__, (name + " is offered, " + function).c_str(), " is missing");
   }
 }
@@ -153,11 +157,14 @@ void functions_of_the_version() {
   for (const auto& [number, functions] : known.versions) {
     if (version_in(number.c_str()) > told) continue;
     for (const std::string& function : functions) {
-      if (!has_function(function) && (is("spread") || system_has_function(function)))
+      if (!has_function(function) && (is_spread() || system_has_function(function)))
         fail(__FILE__, __LINE__, (number + " is told, " + function).c_str(), " is missing");
     }
   }
 }
+
+// The newest version whose functions all have handlers.
+constexpr version newest_extended = {4, 3};
 
 // Each version of OpenGL from 3.3 on has a shading language of its own number; those before are a table.
 version language_of(version of) {
@@ -186,7 +193,8 @@ void numbers_agree() {
   CHECK_EQUAL(has_minor, told.minor != 0);
   CHECK(version_in(gl_string(GL_SHADING_LANGUAGE_VERSION)) == language_of(told));
   CHECK_EQUAL(glGetError(), GL_NO_ERROR);
-  if (!is("spread")) return;
+  if (is("extended")) CHECK(told <= newest_extended);
+  if (!is("basic")) return;
   CHECK(told <= (version{3, 1}));
   // Without that name programs take 3.1 for a version that has no fixed functions.
   if (told == version{3, 1}) CHECK(offers(gl_names(), "GL_ARB_compatibility"));
@@ -195,9 +203,9 @@ void numbers_agree() {
 // Those that were seen to end programs, or to show them something else.
 void known_traps() {
   const std::vector<std::string> names = gl_names();
-  for (const char* trap :
-       {"GL_NV_conditional_render", "GL_ARB_vertex_type_2_10_10_10_rev", "GL_MESA_pack_invert", "GL_ARB_sync"}) {
-    check(!(is("spread") && offers(names, trap)), trap, " is offered");
+  check(!(is_spread() && offers(names, "GL_MESA_pack_invert")), "GL_MESA_pack_invert", " is offered");
+  for (const char* trap : {"GL_NV_conditional_render", "GL_ARB_vertex_type_2_10_10_10_rev", "GL_ARB_sync"}) {
+    check(!(is("basic") && offers(names, trap)), trap, " is offered");
   }
   for (const char* wanted : {"GL_ARB_multitexture", "GL_ARB_vertex_buffer_object", "GL_ARB_framebuffer_object",
                              "GL_EXT_texture_filter_anisotropic", "GL_ARB_occlusion_query"}) {
@@ -225,10 +233,16 @@ void draw_in_core_context(HGLRC core) {
   CHECK(SwapBuffers(window.hdc));
 }
 
+// A version that no context can have.
+version beyond_offer() {
+  if (is("extended")) return {newest_extended.major, newest_extended.minor + 1};
+  return {5, 0};
+}
+
 void contexts_with_attributes() {
   auto* create = found<HGLRC WINAPI(HDC, HGLRC, const int*)>("wglCreateContextAttribsARB");
   const std::vector<std::string> names = wgl_names();
-  if (is("spread")) {
+  if (is("basic")) {
     CHECK(!create);
     for (const char* name : creation_names) check(!offers(names, name), name, " is offered");
     return;
@@ -245,8 +259,11 @@ void contexts_with_attributes() {
   if (core) draw_in_core_context(core);
   make_current(window);
   if (core) CHECK(wglDeleteContext(core));
-  const int impossible[] = {WGL_CONTEXT_MAJOR_VERSION_ARB, 9, 0};
-  CHECK(!create(window.hdc, nullptr, impossible));
+  for (const version wanted : {version{9, 0}, beyond_offer()}) {
+    const int impossible[] = {WGL_CONTEXT_MAJOR_VERSION_ARB, wanted.major, WGL_CONTEXT_MINOR_VERSION_ARB, wanted.minor,
+                              0};
+    CHECK(!create(window.hdc, nullptr, impossible));
+  }
 }
 
 // What is below ours, in the same process.
@@ -279,13 +296,13 @@ constexpr test_case cases[] = {{"functions_of_names", functions_of_names},
 
 int main(int count, char** words) {
   if (count < 3) {
-    printf("usage: test_offers plain|bypassed|spread FOLDER [CASE]...\n");
+    printf("usage: test_offers plain|bypassed|basic|extended FOLDER [CASE]...\n");
     return 2;
   }
   kind = words[1];
   known = read_registry(words[2]);
   window = make_window(over_all);
-  CHECK_EQUAL(!parts_of(window.hwnd).empty(), is("spread"));
-  CHECK(is("spread") || is("bypassed") || is("plain"));
+  CHECK_EQUAL(!parts_of(window.hwnd).empty(), is_spread());
+  CHECK(is_spread() || is("bypassed") || is("plain"));
   return run_cases(cases, static_cast<int>(std::size(cases)), count - 2, words + 2, case_limit);
 }

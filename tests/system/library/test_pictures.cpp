@@ -19,7 +19,7 @@ constexpr const char* path_option = "OSW_DW_GLDispatchUseMtPath";
 
 const scene_group* const groups[] = {&drawing_scenes,      &pixel_scenes,   &object_scenes,  &window_scenes,
                                      &window_state_scenes, &monitor_scenes, &context_scenes, &thread_scenes,
-                                     &pbuffer_scenes,      &mapping_scenes};
+                                     &pbuffer_scenes,      &mapping_scenes, &core_scenes};
 
 struct option {
   std::string name;

@@ -59,6 +59,7 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLBINDBUFFERPROC, glBindBuffer)                             \
   ENTRY(PFNGLBINDFRAMEBUFFERPROC, glBindFramebuffer)                   \
   ENTRY(PFNGLBINDRENDERBUFFERPROC, glBindRenderbuffer)                 \
+  ENTRY(PFNGLBINDVERTEXARRAYPROC, glBindVertexArray)                   \
   ENTRY(PFNGLBLENDCOLORPROC, glBlendColor)                             \
   ENTRY(PFNGLBLENDEQUATIONPROC, glBlendEquation)                       \
   ENTRY(PFNGLBLITFRAMEBUFFERPROC, glBlitFramebuffer)                   \
@@ -74,10 +75,13 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLDELETEQUERIESPROC, glDeleteQueries)                       \
   ENTRY(PFNGLDELETERENDERBUFFERSPROC, glDeleteRenderbuffers)           \
   ENTRY(PFNGLDELETESHADERPROC, glDeleteShader)                         \
+  ENTRY(PFNGLDELETEVERTEXARRAYSPROC, glDeleteVertexArrays)             \
   ENTRY(PFNGLDRAWRANGEELEMENTSPROC, glDrawRangeElements)               \
   ENTRY(PFNGLENABLEVERTEXATTRIBARRAYPROC, glEnableVertexAttribArray)   \
   ENTRY(PFNGLDISABLEVERTEXATTRIBARRAYPROC, glDisableVertexAttribArray) \
+  ENTRY(PFNGLDRAWELEMENTSINSTANCEDPROC, glDrawElementsInstanced)       \
   ENTRY(PFNGLENDQUERYPROC, glEndQuery)                                 \
+  ENTRY(PFNGLFLUSHMAPPEDBUFFERRANGEPROC, glFlushMappedBufferRange)     \
   ENTRY(PFNGLFRAMEBUFFERRENDERBUFFERPROC, glFramebufferRenderbuffer)   \
   ENTRY(PFNGLFRAMEBUFFERTEXTURE2DPROC, glFramebufferTexture2D)         \
   ENTRY(PFNGLGENBUFFERSPROC, glGenBuffers)                             \
@@ -85,6 +89,7 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLGENFRAMEBUFFERSPROC, glGenFramebuffers)                   \
   ENTRY(PFNGLGENQUERIESPROC, glGenQueries)                             \
   ENTRY(PFNGLGENRENDERBUFFERSPROC, glGenRenderbuffers)                 \
+  ENTRY(PFNGLGENVERTEXARRAYSPROC, glGenVertexArrays)                   \
   ENTRY(PFNGLGETBUFFERPARAMETERIVPROC, glGetBufferParameteriv)         \
   ENTRY(PFNGLGETBUFFERSUBDATAPROC, glGetBufferSubData)                 \
   ENTRY(PFNGLGETPROGRAMIVPROC, glGetProgramiv)                         \
@@ -94,6 +99,7 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLGETUNIFORMLOCATIONPROC, glGetUniformLocation)             \
   ENTRY(PFNGLLINKPROGRAMPROC, glLinkProgram)                           \
   ENTRY(PFNGLMAPBUFFERPROC, glMapBuffer)                               \
+  ENTRY(PFNGLMAPBUFFERRANGEPROC, glMapBufferRange)                     \
   ENTRY(PFNGLMULTIDRAWARRAYSPROC, glMultiDrawArrays)                   \
   ENTRY(PFNGLMULTITEXCOORD2FPROC, glMultiTexCoord2f)                   \
   ENTRY(PFNGLRENDERBUFFERSTORAGEPROC, glRenderbufferStorage)           \
@@ -101,6 +107,7 @@ void pump(DWORD milliseconds);
   ENTRY(PFNGLTEXIMAGE3DPROC, glTexImage3D)                             \
   ENTRY(PFNGLUNIFORM1FPROC, glUniform1f)                               \
   ENTRY(PFNGLUNIFORM1IPROC, glUniform1i)                               \
+  ENTRY(PFNGLUNIFORM2FPROC, glUniform2f)                               \
   ENTRY(PFNGLUNIFORM3FVPROC, glUniform3fv)                             \
   ENTRY(PFNGLUNIFORMMATRIX4FVPROC, glUniformMatrix4fv)                 \
   ENTRY(PFNGLUNMAPBUFFERPROC, glUnmapBuffer)                           \

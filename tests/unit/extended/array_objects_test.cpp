@@ -184,6 +184,25 @@ TEST_F(array_objects_test, attributes_may_share_a_binding) {
   EXPECT_FALSE(draws_and_waits());
 }
 
+TEST_F(array_objects_test, several_bindings_change_at_once) {
+  set_attribute_in_buffer(3, 11);
+  osw_glVertexAttribFormat(1, 2, GL_FLOAT, 0, 12);
+  osw_glVertexAttribBinding(1, 6);
+  osw_glEnableVertexAttribArray(1);
+  EXPECT_TRUE(draws_and_waits());
+  const GLuint names[] = {11, 12};
+  const GLintptr offsets[] = {0, 8};
+  const GLsizei strides[] = {8, 8};
+  osw_glBindVertexBuffers(5, 2, names, offsets, strides);
+  EXPECT_FALSE(draws_and_waits());
+  osw_glVertexArrayVertexBuffers(3, 5, 2, nullptr, nullptr, nullptr);
+  EXPECT_TRUE(draws_and_waits());
+  osw_glBindVertexBuffers(6, 1, names, offsets, strides);
+  EXPECT_FALSE(draws_and_waits());
+  osw_glBindVertexBuffers(30, 1000, nullptr, nullptr, nullptr);
+  EXPECT_FALSE(draws_and_waits());
+}
+
 TEST_F(array_objects_test, without_memory_for_an_object_its_draws_are_waited_for) {
   allocation::fail_call(1);
   osw_glBindVertexArray(9);

@@ -147,4 +147,25 @@ TEST_F(wide_families_test, a_patch_has_four_outer_and_two_inner_levels) {
   }
 }
 
+// Into a pack buffer each part reads its own.
+TEST_F(wide_families_test, a_texture_is_read_from_the_first_part_and_into_a_buffer_on_all) {
+  std::vector<GLubyte> texels(64);
+  const auto read = [&] {
+    osw_glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+    osw_glGetTextureSubImage(5, 0, 0, 0, 0, 4, 4, 1, GL_RGBA, GL_UNSIGNED_BYTE, 64, texels.data());
+  };
+  const std::vector<driver::call> reads = {
+      driver::expect<glGetTexImage_op>(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data()),
+      driver::expect<glGetTextureSubImage_op>(5u, 0, 0, 0, 0, 4, 4, 1, GL_RGBA, GL_UNSIGNED_BYTE, 64, texels.data())};
+  read();
+  EXPECT_EQ(received::without_memory(received::of_part(0)), reads);
+  for (int part = 1; part < received::parts(); ++part) EXPECT_TRUE(received::of_part(part).empty());
+  received::expect_app(reads);
+  osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 3);
+  received::wait_for_parts();
+  received::clear();
+  read();
+  received::expect_parts(reads);
+}
+
 }  // namespace

@@ -23,6 +23,11 @@ struct framebuffers_test : issuing::pipeline_test, testing::WithParamInterface<l
     if (is_threaded()) issuing::empty_list();
   }
   std::vector<driver::call> on_part(int part) const { return library::part_calls(rendered, part); }
+  std::vector<driver::call> reads_on(int part) const {
+    std::vector<driver::call> found = on_part(part);
+    std::erase_if(found, [](const driver::call& call) { return call.op != glReadPixels_op::op; });
+    return found;
+  }
 
   // Whether each part copies by itself. What is gathered reaches the parts as an upload.
   bool copies_alone() const {
@@ -99,6 +104,36 @@ TEST_P(framebuffers_test, each_part_copies_from_an_object_by_itself) {
     for (int part = 0; part < 4; ++part) {
       for (const driver::call& call : on_part(part)) EXPECT_NE(call, copy.received) << "the window is gathered";
     }
+  }
+}
+
+TEST_P(framebuffers_test, an_object_is_read_whole_from_the_first_part) {
+  GLubyte pixels[64];
+  const std::vector<driver::call> read = {expect<glReadPixels_op>(900, 700, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, pixels)};
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 7);
+  finish();
+  osw_glReadPixels(900, 700, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+  wait();
+  EXPECT_EQ(reads_on(0), read);
+  for (int part = 1; part < 4; ++part) EXPECT_TRUE(reads_on(part).empty());
+  osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  osw_glReadPixels(0, 0, 4000, 4000, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+  wait();
+  for (int part = 1; part < 4; ++part) EXPECT_EQ(reads_on(part).size(), 1u) << "its share of the window";
+}
+
+TEST_P(framebuffers_test, an_object_is_read_into_a_buffer_on_every_part) {
+  driver::on_call<glGetIntegerv_op>([](driver::live_call& call) {
+    if (call.what.arguments[0] == GL_PIXEL_PACK_BUFFER_BINDING) *reinterpret_cast<GLint*>(call.what.arguments[1]) = 5;
+  });
+  osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 5);
+  osw_glBindFramebuffer(GL_FRAMEBUFFER, 7);
+  finish();
+  osw_glReadPixels(1, 2, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  wait();
+  for (int part = 0; part < 4; ++part) {
+    EXPECT_EQ(reads_on(part),
+              std::vector<driver::call>{expect<glReadPixels_op>(1, 2, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, nullptr)});
   }
 }
 

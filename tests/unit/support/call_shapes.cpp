@@ -107,7 +107,20 @@ call_shape own_shape(const row& row) {
     case glGetQueryObjectuivEXT_op::op:
     case glGetQueryObjectui64v_op::op:
     case glGetQueryObjectui64vEXT_op::op:
+    case glFlushMappedBufferRange_op::op:
+    case glFlushMappedNamedBufferRange_op::op:
+    case glGetBufferPointerv_op::op:
+    case glGetNamedBufferPointerv_op::op:
+    case glMapBuffer_op::op:
+    case glMapBufferRange_op::op:
+    case glMapNamedBuffer_op::op:
+    case glMapNamedBufferRange_op::op:
+    case glUnmapBuffer_op::op:
+    case glUnmapNamedBuffer_op::op:
       return {.what = reads::elsewhere};
+    case glBindVertexBuffers_op::op:
+    case glVertexArrayVertexBuffers_op::op:
+      return {.what = reads::arrays, .count_at = row.count - 4};
     case glPolygonStipple_op::op:
       return {.what = reads::stipple, .data_at = 0, .unpacks = true};
     case glPixelMapfv_op::op:
@@ -186,7 +199,15 @@ call_shape own_shape(const row& row) {
     case glFlush_op::op:
     case glFogCoordPointer_op::op:
     case glGetBufferSubData_op::op:
+    case glGetCompressedTexImage_op::op:
+    case glGetCompressedTextureImage_op::op:
+    case glGetCompressedTextureSubImage_op::op:
     case glGetGraphicsResetStatus_op::op:
+    case glGetTexImage_op::op:
+    case glGetTextureImage_op::op:
+    case glGetTextureSubImage_op::op:
+    case glGetnCompressedTexImage_op::op:
+    case glGetnTexImage_op::op:
     case glIndexPointerEXT_op::op:
     case glIndexPointer_op::op:
     case glInterleavedArrays_op::op:
@@ -265,14 +286,7 @@ call_shape items_shape(const row& row) {
 }
 
 u32 count_of_arrays(const row& row) {
-  switch (row.op) {
-    case glShaderBinary_op::op:
-      return 0;
-    case glBindVertexBuffers_op::op:
-      return 1;
-    default:
-      return 2;
-  }
+  return row.op == glShaderBinary_op::op ? 0 : 2;
 }
 
 call_shape make_shape(const row& row) {

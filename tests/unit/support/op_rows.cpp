@@ -145,6 +145,7 @@ row row_of(__osw_proc entry) {
           .is_driver_op = std::is_same_v<typename Op::base, driver_op>,
           .sync = Op::sync == op_sync::sync,
           .threaded = word_of<Op>(),
+          .first_part_answers = Op::replaying::value == replay_word::first,
           .count = type::count,
           .parameters = type::parameters,
           .result_size = type::result_size,

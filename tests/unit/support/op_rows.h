@@ -46,7 +46,8 @@ struct row {
   bool is_driver_op;
   bool sync;
   family threaded;
-  u32 count;  // of parameters
+  bool first_part_answers;  // and no other part receives the call
+  u32 count;                // of parameters
   std::array<parameter, driver::most_arguments> parameters;
   u32 result_size;  // bytes; 0 for void
   __osw_proc entry;

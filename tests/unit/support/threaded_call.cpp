@@ -284,8 +284,11 @@ void prepare_own(prepared_call* call) {
       call->is_mirrored = false;
       return;
     case glReadPixels_op::op:
-      call->is_mirrored = false;
-      return prepare_copy(call, {2, 3, 4, 5});
+      prepare_copy(call, {2, 3, 4, 5});
+      call->is_mirrored = gl_ops_in_use > gl_op_count;  // a read of nothing, for the errors
+      call->mirrored_arguments = call->arguments;
+      call->mirrored_arguments[2] = call->mirrored_arguments[3] = 0;
+      return;
     case glCopyPixels_op::op:
       return prepare_copy(call, {1, 2, 3, 4, GL_COLOR});
     case glCopyTexImage1D_op::op:
@@ -324,6 +327,23 @@ void prepare_by_family(prepared_call* call) {
   }
 }
 
+// With no pack buffer bound; in the basic mode they are queries.
+bool is_texture_read(int op) {
+  switch (op) {
+    case glGetTexImage_op::op:
+    case glGetCompressedTexImage_op::op:
+    case glGetTextureImage_op::op:
+    case glGetCompressedTextureImage_op::op:
+    case glGetTextureSubImage_op::op:
+    case glGetCompressedTextureSubImage_op::op:
+    case glGetnTexImage_op::op:
+    case glGetnCompressedTexImage_op::op:
+      return ops::of(op).threaded == ops::family::own;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 std::vector<u8>& point_at_memory(prepared_call* call, u32 argument, std::size_t bytes) {
@@ -341,6 +361,7 @@ prepared_call prepare(const ops::row& row) {
   call.arguments = ops::distinctive(*call.travels);
   call.mirrored_arguments.fill(~u64{0});
   prepare_by_family(&call);
+  call.is_for_first_part = call.travels->first_part_answers || is_texture_read(call.travels->op);
   if (call.mirrored_arguments[0] == ~u64{0}) call.mirrored_arguments = call.arguments;
   return call;
 }

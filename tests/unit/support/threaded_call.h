@@ -28,6 +28,7 @@ struct prepared_call {
   bool reaches_parts_always = true;  // else only with the option off
   bool is_for_app_alone = false;     // never reaches the parts
   bool changes_on_the_way = false;   // the parts do not receive the call as it was made
+  bool is_for_first_part = false;    // the others receive nothing
 };
 
 // The call of `row`, by what the op that travels reads. Fails the test where call_shapes.h does not know that.
