@@ -30,6 +30,10 @@ struct path_work {
   BOOL (*bind_tex_image)(__osw_thread_state* state, HPBUFFERARB hpbuffer, int buffer);
   BOOL (*release_tex_image)(__osw_thread_state* state, HPBUFFERARB hpbuffer, int buffer);
   BOOL (*set_pbuffer_attributes)(__osw_thread_state* state, HPBUFFERARB hpbuffer, const int* attributes);
+
+  // Replays a wgl op with `count` arguments on one part after the other, each of which has the number of that part
+  // behind the arguments. Nothing without a context.
+  void (*replay_one_by_one)(__osw_thread_state* state, i32 op, const u64* slots, u32 count);
 };
 
 // A thread that draws on no path may have workers from an earlier binding, to which the last five then go in the list.

@@ -1,5 +1,8 @@
 // What wgl functions do on the sequential path: they are repeated on every part, at once.
+#include <algorithm>
+
 #include "dispatch/path.h"
+#include "pipeline/replay.h"
 #include "sequential/parts/switch.h"
 #include "wgl/records/pbuffer.h"
 #include "wgl/records/window_mapping.h"
@@ -55,6 +58,16 @@ BOOL repeat_on_pbuffers(__osw_thread_state* state, HPBUFFERARB hpbuffer, Argumen
   return result;
 }
 
+void replay_on_each_part(__osw_thread_state* state, i32 op, const u64* slots, u32 count) {
+  __osw_cmd cmd{};
+  cmd.op = op;
+  std::copy_n(slots, count, cmd.args);
+  __osw_for_each_part(state, [&](i32 part) {
+    cmd.args[count] = to_slot(part);
+    __osw_replay_wgl(state, state->cmd_queue, state->sys_wgl, part, &cmd);
+  });
+}
+
 }  // namespace
 
 const path_work sequential_path = {
@@ -67,4 +80,5 @@ const path_work sequential_path = {
     .bind_tex_image = repeat_on_pbuffers<wglBindTexImageARB_op>,
     .release_tex_image = repeat_on_pbuffers<wglReleaseTexImageARB_op>,
     .set_pbuffer_attributes = repeat_on_pbuffers<wglSetPbufferAttribARB_op>,
+    .replay_one_by_one = replay_on_each_part,
 };

@@ -3,6 +3,7 @@
 #include "dispatch/path.h"
 #include "pipeline/flush.h"
 #include "pipeline/threads.h"
+#include "startup/config/monitors.h"
 #include "threaded/encode.h"
 #include "wgl/records/pbuffer.h"
 #include "wgl/records/window_mapping.h"
@@ -85,6 +86,15 @@ BOOL push_pbuffer_attributes(__osw_thread_state* state, HPBUFFERARB hpbuffer, co
   return answered_later;
 }
 
+void push_one_by_one(__osw_thread_state* state, i32 op, const u64* slots, u32 count) {
+  for (i32 part = 0; part < __osw_part_count; ++part) {
+    begin_cmd(state)->args[count] = to_slot(part);
+    __osw_push_wgl_cmd(state, op, count, slots, 0);
+  }
+}
+
+void replay_nowhere(__osw_thread_state*, i32, const u64*, u32) {}
+
 using swap_work = decltype(path_work::swap);
 using swap_layer_work = decltype(path_work::swap_layer);
 
@@ -99,12 +109,14 @@ constexpr path_work work_in_a_list(swap_work swap, swap_layer_work swap_layer) {
       .bind_tex_image = push_tex_image<wglBindTexImageARB_op>,
       .release_tex_image = push_tex_image<wglReleaseTexImageARB_op>,
       .set_pbuffer_attributes = push_pbuffer_attributes,
+      .replay_one_by_one = push_one_by_one,
   };
 }
 
 constexpr path_work work_on_no_path(swap_work swap, swap_layer_work swap_layer) {
   path_work work = work_in_a_list(swap, swap_layer);
   work.send_viewport_offset = work.send_drawable_size = work.send_viewport = send_nothing;
+  work.replay_one_by_one = replay_nowhere;
   return work;
 }
 

@@ -679,6 +679,43 @@ void grow(const gl_window& window) {
   use_pixels(grown.width, grown.height);
 }
 
+// Text that is made of the device context's font, as many programs label what they show.
+void fonts() {
+  begin_scene(__func__);
+  if (is_basic()) return;  // the text is missing there
+  const gl_window window = make_pixel_window();
+  const HFONT font = CreateFontA(-24, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, ANSI_CHARSET, OUT_TT_PRECIS,
+                                 CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, DEFAULT_PITCH, "DejaVu Sans");
+  SelectObject(window.hdc, font);
+  const GLuint lists = glGenLists(256);
+  note("bitmaps %d", wglUseFontBitmapsA(window.hdc, 32, 96, lists + 32));
+  note("wide bitmaps %d", wglUseFontBitmapsW(window.hdc, 0x3B1, 25, lists + 160));
+  clear_to(0.1f, 0.1f, 0.2f);
+  glListBase(lists);
+  for (int line = 0; line < 9; ++line) {
+    const std::string text = "Line " + std::to_string(line) + ": over the seams and on, 12.5 mm";
+    glColor3d(1, 1 - 0.1 * line, 0.2 + 0.08 * line);
+    glRasterPos2i(20 + 15 * line, 30 + 42 * line);
+    glCallLists(static_cast<GLsizei>(text.size()), GL_UNSIGNED_BYTE, text.c_str());
+  }
+  const GLubyte greek[] = {160, 161, 162, 163, 164, 176};
+  glRasterPos2i(290, 205);
+  glCallLists(sizeof greek, GL_UNSIGNED_BYTE, greek);
+  show(window, "bitmaps");
+  std::vector<GLYPHMETRICSFLOAT> metrics(10);
+  const int made = wglUseFontOutlinesA(window.hdc, '0', 10, lists + '0', 0.05f, 0, WGL_FONT_POLYGONS, metrics.data());
+  note("outlines %d, the last %.4f wide", made, static_cast<double>(metrics.back().gmfCellIncX));
+  clear_to(0.2f, 0.1f, 0.1f);
+  glColor3f(0.9f, 0.9f, 0.4f);
+  glTranslatef(40, 120, 0);
+  glScalef(230, 230, 1);
+  glCallLists(4, GL_UNSIGNED_BYTE, "2048");
+  show(window, "outlines");
+  glDeleteLists(lists, 256);
+  DeleteObject(font);
+  destroy_window(window);
+}
+
 // Programs leave out what a query has not seen. The rectangles lie over the middle, where parts meet, and in a corner
 // of a window that has grown.
 void occlusion() {
@@ -739,6 +776,7 @@ const scene_group object_scenes = {"objects",
                                     {"read_large_framebuffers", read_large_framebuffers},
                                     {"answers", answers},
                                     {"picking", picking},
+                                    {"fonts", fonts},
                                     {"occlusion", occlusion},
                                     {"counted", counted}}};
 const scene_group mapping_scenes = {"mapping", {{"mapped_buffers", mapped_buffers}, {"mapped_ranges", mapped_ranges}}};

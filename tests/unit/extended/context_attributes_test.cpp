@@ -380,8 +380,10 @@ TEST_P(context_attributes_test, a_binding_that_is_repeated_succeeds_and_touches_
 TEST(changed_wgl_list_test, it_has_its_ops) {
   std::vector<std::string> names;
   for_each_changed_wgl_op([&]<class Op>() { names.emplace_back(Op::name); });
-  EXPECT_EQ(names, (std::vector<std::string>{"wglMakeCurrent", "wglGetExtensionsStringARB", "wglMakeContextCurrentARB",
-                                             "wglCreateContextAttribsARB", "wglGetExtensionsStringEXT"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"wglMakeCurrent", "wglUseFontBitmapsA", "wglUseFontBitmapsW",
+                                             "wglUseFontOutlinesA", "wglUseFontOutlinesW", "wglGetExtensionsStringARB",
+                                             "wglMakeContextCurrentARB", "wglCreateContextAttribsARB",
+                                             "wglGetExtensionsStringEXT"}));
 }
 
 }  // namespace

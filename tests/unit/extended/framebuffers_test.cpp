@@ -1,8 +1,10 @@
 // Copies from framebuffer objects, which every part has whole, and from the window, of which it has a share.
+#include <algorithm>
 #include <vector>
 
 #include "support/issuing.h"
 #include "support/received.h"
+#include "wgl/records/window_mapping.h"
 
 namespace {
 
@@ -117,9 +119,18 @@ TEST_P(framebuffers_test, an_object_is_read_whole_from_the_first_part) {
   EXPECT_EQ(reads_on(0), read);
   for (int part = 1; part < 4; ++part) EXPECT_TRUE(reads_on(part).empty());
   osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
-  osw_glReadPixels(0, 0, 4000, 4000, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+  finish();
+  const __osw_window_mapping* window = __osw_fetch_thread_state()->window_mapping;
+  const RECT client = __osw_load_rect(window->client_rect);
+  osw_glReadPixels(0, 0, client.right - client.left, client.bottom - client.top, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
   wait();
-  for (int part = 1; part < 4; ++part) EXPECT_EQ(reads_on(part).size(), 1u) << "its share of the window";
+  std::vector<std::size_t> counts, shares;
+  for (int part = 0; part < 4; ++part) {
+    counts.push_back(reads_on(part).size());
+    shares.push_back(window->parts[part].visible);
+  }
+  EXPECT_EQ(counts, shares) << "each reads what it shows of the window";
+  EXPECT_EQ(std::ranges::count(shares, 1u), 2);
 }
 
 TEST_P(framebuffers_test, an_object_is_read_into_a_buffer_on_every_part) {
