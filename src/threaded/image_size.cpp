@@ -19,7 +19,7 @@ bool is_packed(GLenum type) {
 
 u64 bytes_of_pixels(u64 pixels, GLenum format, GLenum type) {
   if (type == GL_BITMAP) return (pixels + 7) / 8;
-  return pixels * __osw_pixel_components(format, type) * __osw_pixel_type_size(type);
+  return pixels * texel_size(format, type);
 }
 
 // A row and a slice of the source, in bytes.
@@ -28,11 +28,11 @@ struct image_pitch {
   u64 rows;
 };
 
-image_pitch pitch_of(const __osw_pixel_store& unpack, i32 width, i32 height, GLenum format, GLenum type) {
-  const u64 w = static_cast<u64>(unpack.row_length > 0 ? unpack.row_length : width);
-  const u64 h = static_cast<u64>(unpack.image_height > 0 ? unpack.image_height : height);
+image_pitch pitch_of(const __osw_pixel_store& store, i32 width, i32 height, GLenum format, GLenum type) {
+  const u64 w = static_cast<u64>(store.row_length > 0 ? store.row_length : width);
+  const u64 h = static_cast<u64>(store.image_height > 0 ? store.image_height : height);
   u64 row = bytes_of_pixels(w, format, type);
-  const u64 alignment = unpack.alignment > 0 ? static_cast<u64>(unpack.alignment) : 1;
+  const u64 alignment = store.alignment > 0 ? static_cast<u64>(store.alignment) : 1;
   if (const u64 rest = row % alignment) row += alignment - rest;
   return {row, h};
 }
@@ -105,28 +105,41 @@ u32 __osw_pixel_type_size(GLenum type) {
 }
 
 u64 texel_size(GLenum format, GLenum type) {
-  if (type == GL_FLOAT_32_UNSIGNED_INT_24_8_REV) return 8;
-  return u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type);
+  switch (type) {
+    case GL_FLOAT_32_UNSIGNED_INT_24_8_REV:
+      return 8;
+    case GL_UNSIGNED_SHORT_8_8_APPLE:
+    case GL_UNSIGNED_SHORT_8_8_REV_APPLE:
+      return 2;
+    default:
+      return u64{__osw_pixel_components(format, type)} * __osw_pixel_type_size(type);
+  }
 }
 
 i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32 depth, GLenum format, GLenum type) {
-  if (width < 0 || height < 0 || depth < 0) return 0;
+  if (width < 0 || height < 0 || depth < 0 || !__osw_pixel_type_size(type)) return 0;
   const u64 bytes = bytes_of_image(pitch_of(state->glrc->unpack_store, width, height, format, type), depth);
   return bytes > largest_block ? 0 : static_cast<i32>(bytes);
 }
 
-image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
-  const __osw_pixel_store& unpack = state->glrc->unpack_store;
+u64 image_reach(const __osw_pixel_store& store, const image_payload& image) {
   const auto& [size, dimensions, format, type] = image;
-  if (size[0] < 1 || size[1] < 1 || size[2] < 1) return {};
-  const image_pitch pitch = pitch_of(unpack, size[0], size[1], format, type);
-  const u64 told = bytes_of_image(pitch, size[2]);
-  if (!told) return {};
-  if (told > largest_block) return {0, too_many_bytes};
+  if (size[0] < 1 || size[1] < 1 || size[2] < 1) return 0;
+  const image_pitch pitch = pitch_of(store, size[0], size[1], format, type);
+  const u64 whole = bytes_of_image(pitch, size[2]);
+  if (!whole || whole > largest_block) return whole ? too_many_bytes : 0;
   const u64 slice = pitch.row * pitch.rows;
   u64 end = static_cast<u64>(size[2] - 1) * slice +
-            (static_cast<u64>(size[1] - 1) + static_cast<u64>(unpack.skip_rows)) * pitch.row;
-  end += bytes_of_pixels(static_cast<u64>(unpack.skip_pixels) + static_cast<u64>(size[0]), format, type);
-  if (dimensions == 3) end += static_cast<u64>(unpack.skip_images) * slice;
-  return {told, end > largest_block ? too_many_bytes : std::max(told, end)};
+            (static_cast<u64>(size[1] - 1) + static_cast<u64>(store.skip_rows)) * pitch.row;
+  end += bytes_of_pixels(static_cast<u64>(store.skip_pixels) + static_cast<u64>(size[0]), format, type);
+  if (dimensions == 3) end += static_cast<u64>(store.skip_images) * slice;
+  return end > largest_block ? too_many_bytes : end;
+}
+
+image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
+  const u64 reach = image_reach(state->glrc->unpack_store, image);
+  if (!reach || reach == too_many_bytes) return {0, reach};
+  const u64 told = static_cast<u64>(
+      __osw_image_size(state, image.size[0], image.size[1], image.size[2], image.format, image.type));
+  return {told, std::max(told, reach)};
 }

@@ -23,6 +23,10 @@ struct image_extent {
   u64 reached;  // as far as the workers go under the same unpack state, if that is more; or `too_many_bytes`
 };
 
+// Bytes from a pointer on that a transfer under the state of one half of the pixel store reaches, skips included; 0 for
+// an image without pixels or of a type that is not known, or `too_many_bytes`.
+u64 image_reach(const __osw_pixel_store& store, const image_payload& image);
+
 // The skipped bytes before the image are reached too, skipped images only in an image of three dimensions. Nothing is
 // told or reached of an image without pixels.
 image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image);

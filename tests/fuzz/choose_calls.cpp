@@ -162,6 +162,7 @@ constexpr GLenum types[] = {GL_UNSIGNED_BYTE,
                             GL_UNSIGNED_INT_8_8_8_8_REV,
                             GL_UNSIGNED_INT_24_8,
                             GL_FLOAT_32_UNSIGNED_INT_24_8_REV,
+                            GL_UNSIGNED_SHORT_8_8_APPLE,
                             GL_DOUBLE,
                             0};
 

@@ -38,7 +38,10 @@ constexpr type_size type_sizes[] = {{0x1400, 1, false},
                                     {GL_UNSIGNED_INT_2_10_10_10_REV, 4, true},
                                     {GL_UNSIGNED_INT_24_8, 4, true},
                                     {GL_UNSIGNED_INT_10F_11F_11F_REV, 4, true},
-                                    {GL_UNSIGNED_INT_5_9_9_9_REV, 4, true}};
+                                    {GL_UNSIGNED_INT_5_9_9_9_REV, 4, true},
+                                    {GL_FLOAT_32_UNSIGNED_INT_24_8_REV, 8, true},
+                                    {GL_UNSIGNED_SHORT_8_8_APPLE, 2, true},
+                                    {GL_UNSIGNED_SHORT_8_8_REV_APPLE, 2, true}};
 
 u32 components_of(GLenum format) {
   switch (format) {

@@ -679,7 +679,46 @@ void grow(const gl_window& window) {
   use_pixels(grown.width, grown.height);
 }
 
-// Text that is made of the device context's font, as many programs label what they show.
+// The window's pixels by way of a buffer, to which what is around them stays.
+void read_into_buffers() {
+  begin_scene(__func__);
+  if (is_basic()) return;  // each part's buffer has its own share there
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  clear_to(0.2f, 0.3f, 0.2f);
+  for (int i = 0; i < 7; ++i) {
+    glColor3d(0.14 * i, 1 - 0.14 * i, 0.5);
+    glRecti(80 * i, 55 * i, 80 * i + 140, 55 * i + 90);
+  }
+  constexpr int width = 301, height = 203, row = 320;
+  const std::vector<GLubyte> before(size_t{row} * 4 * (height + 4), 0x5A);
+  GLuint name;
+  gl.glGenBuffers(1, &name);
+  gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, name);
+  gl.glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(before.size()), before.data(), GL_STREAM_READ);
+  glPixelStorei(GL_PACK_ROW_LENGTH, row);
+  glPixelStorei(GL_PACK_SKIP_ROWS, 2);
+  glPixelStorei(GL_PACK_SKIP_PIXELS, 5);
+  glReadPixels(180, 110, width, height, GL_RGBA, GL_UNSIGNED_BYTE, reinterpret_cast<void*>(64));
+  if (const void* read = gl.glMapBuffer(GL_PIXEL_PACK_BUFFER, GL_READ_ONLY)) note_bytes("read", read, before.size());
+  CHECK_EQUAL(gl.glUnmapBuffer(GL_PIXEL_PACK_BUFFER), GL_TRUE);
+  glReadPixels(0, 0, 400, 400, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  note("no room 0x%x", glGetError());
+  gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  for (GLenum state : {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS}) glPixelStorei(state, 0);
+  gl.glBindBuffer(GL_PIXEL_UNPACK_BUFFER, name);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, row);
+  glRasterPos2i(10, 10);
+  glDrawPixels(row, height + 3, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  gl.glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+  show(window, "drawn");
+  gl.glDeleteBuffers(1, &name);
+  destroy_window(window);
+}
+
+// Text that is made of the device context's font, as many programs label what they show. Without the blank, which has
+// no pixels, and of which the software renderer makes an error.
 void fonts() {
   begin_scene(__func__);
   if (is_basic()) return;  // the text is missing there
@@ -688,12 +727,12 @@ void fonts() {
                                  CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, DEFAULT_PITCH, "DejaVu Sans");
   SelectObject(window.hdc, font);
   const GLuint lists = glGenLists(256);
-  note("bitmaps %d", wglUseFontBitmapsA(window.hdc, 32, 96, lists + 32));
+  note("bitmaps %d", wglUseFontBitmapsA(window.hdc, 33, 94, lists + 33));
   note("wide bitmaps %d", wglUseFontBitmapsW(window.hdc, 0x3B1, 25, lists + 160));
   clear_to(0.1f, 0.1f, 0.2f);
   glListBase(lists);
   for (int line = 0; line < 9; ++line) {
-    const std::string text = "Line " + std::to_string(line) + ": over the seams and on, 12.5 mm";
+    const std::string text = "Line " + std::to_string(line) + ":_over_the_seams_and_on,_12.5_mm";
     glColor3d(1, 1 - 0.1 * line, 0.2 + 0.08 * line);
     glRasterPos2i(20 + 15 * line, 30 + 42 * line);
     glCallLists(static_cast<GLsizei>(text.size()), GL_UNSIGNED_BYTE, text.c_str());
@@ -776,6 +815,7 @@ const scene_group object_scenes = {"objects",
                                     {"read_large_framebuffers", read_large_framebuffers},
                                     {"answers", answers},
                                     {"picking", picking},
+                                    {"read_into_buffers", read_into_buffers},
                                     {"fonts", fonts},
                                     {"occlusion", occlusion},
                                     {"counted", counted}}};

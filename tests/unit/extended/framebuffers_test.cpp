@@ -148,6 +148,89 @@ TEST_P(framebuffers_test, an_object_is_read_into_a_buffer_on_every_part) {
   }
 }
 
+// The window, of which each part has a share, into a pack buffer, of which each part has one.
+struct pack_buffer_test : framebuffers_test {
+  static constexpr GLint buffer_size = 100;
+  static constexpr u8 before = 0xAB;
+
+  void bind_buffer() {
+    driver::on_call<glGetIntegerv_op>([](driver::live_call& call) {
+      auto* value = reinterpret_cast<GLint*>(call.what.arguments[1]);
+      if (call.what.arguments[0] == GL_PIXEL_PACK_BUFFER_BINDING) *value = 5;
+      if (call.what.arguments[0] == GL_PACK_ALIGNMENT) *value = 4;
+    });
+    driver::on_call<glGetBufferParameteriv_op>(
+        [](driver::live_call& call) { *reinterpret_cast<GLint*>(call.what.arguments[2]) = buffer_size; });
+    osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 5);
+    finish();
+  }
+  // Of a call in a part's context; -1 in the application's own.
+  int part_of(const driver::call& call) const {
+    const auto found = std::ranges::find(rendered.children, call.context);
+    return found == rendered.children.end() ? -1 : static_cast<int>(found - rendered.children.begin());
+  }
+};
+
+TEST_P(pack_buffer_test, the_window_is_gathered_and_put_into_the_buffer_of_every_part) {
+  bind_buffer();
+  std::vector<std::vector<u8>> uploads(4);
+  driver::on_call<glGetBufferSubData_op>([](driver::live_call& call) {
+    std::fill_n(reinterpret_cast<u8*>(call.what.arguments[3]), call.what.arguments[2], before);
+  });
+  // Each part writes a byte of its own.
+  driver::on_call<glReadPixels_op>([this](driver::live_call& call) {
+    const int part = part_of(call.what);
+    if (part >= 0) reinterpret_cast<u8*>(call.what.arguments[6])[part] = static_cast<u8>(part + 1);
+  });
+  driver::on_call<glBufferSubData_op>([this, &uploads](driver::live_call& call) {
+    const int part = part_of(call.what);
+    const auto* bytes = reinterpret_cast<const u8*>(call.what.arguments[3]);
+    if (part >= 0) uploads[static_cast<std::size_t>(part)].assign(bytes, bytes + call.what.arguments[2]);
+    EXPECT_EQ(call.what.arguments[1], 12u);
+  });
+  const __osw_window_mapping* window = __osw_fetch_thread_state()->window_mapping;
+  const RECT client = __osw_load_rect(window->client_rect);
+  const GLsizei width = client.right - client.left, height = client.bottom - client.top;
+  const GLsizei bytes = 4 * width * height;
+  void* const offset = reinterpret_cast<void*>(u64{12});
+  driver::on_call<glGetBufferParameteriv_op>(
+      [=](driver::live_call& call) { *reinterpret_cast<GLint*>(call.what.arguments[2]) = 12 + bytes; });
+  osw_glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, offset);
+  wait();
+  std::vector<u8> expected(static_cast<std::size_t>(bytes), before);
+  int readers = 0;
+  for (int part = 0; part < 4; ++part) {
+    const std::vector<driver::call> reads = reads_on(part);
+    if (reads.empty()) continue;
+    ++readers;
+    expected[static_cast<std::size_t>(part)] = static_cast<u8>(part + 1);
+  }
+  EXPECT_GT(readers, 1);
+  for (const std::vector<u8>& upload : uploads) EXPECT_EQ(upload, expected);
+  for (int part = 0; part < 4; ++part) {
+    std::vector<driver::call> bindings = on_part(part);
+    std::erase_if(bindings, [](const driver::call& call) { return call.op != glBindBuffer_op::op; });
+    EXPECT_EQ(bindings, (std::vector<driver::call>{expect<glBindBuffer_op>(GL_PIXEL_PACK_BUFFER, 0u),
+                                                   expect<glBindBuffer_op>(GL_PIXEL_PACK_BUFFER, 5u)}));
+  }
+}
+
+// GL says so itself.
+TEST_P(pack_buffer_test, what_the_buffer_has_no_room_for_is_not_gathered) {
+  bind_buffer();
+  void* const offset = reinterpret_cast<void*>(u64{40});
+  osw_glReadPixels(0, 0, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, offset);
+  wait();
+  for (int part = 0; part < 4; ++part) {
+    EXPECT_EQ(on_part(part).back(), expect<glReadPixels_op>(0, 0, 4, 4, GL_RGBA, GL_UNSIGNED_BYTE, offset));
+  }
+  EXPECT_TRUE(driver::calls_of<glBufferSubData_op>().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(paths, pack_buffer_test, testing::Values(library::path::threaded, library::path::sequential),
+                         [](const auto& way) {
+                           return way.param == library::path::threaded ? "threaded" : "sequential";
+                         });
 INSTANTIATE_TEST_SUITE_P(paths, framebuffers_test, testing::Values(library::path::threaded, library::path::sequential),
                          [](const auto& way) {
                            return way.param == library::path::threaded ? "threaded" : "sequential";
