@@ -29,15 +29,16 @@ void with_arguments(const pixel_read& read, void* pixels, Function function) {
 
 struct buffer_range {
   GLintptr offset;
-  GLsizeiptr size;  // 0: GL refuses the read, or there is nothing to read
+  GLsizeiptr size;  // 0: there is nothing to read, or no room for it
+  bool has_room;
 };
 
 buffer_range range_of(const pixel_read& read, const __osw_pixel_store& pack, GLint buffer_size) {
   const u64 reach = image_reach(pack, {{read.width, read.height, 1}, 2, read.format, read.type});
   const u64 offset = reinterpret_cast<u64>(read.pixels);
   const u64 room = static_cast<u64>(std::max(buffer_size, 0));
-  if (reach == too_many_bytes || offset > room || reach > room - offset) return {};
-  return {static_cast<GLintptr>(offset), static_cast<GLsizeiptr>(reach)};
+  if (reach && (reach == too_many_bytes || offset > room || reach > room - offset)) return {};
+  return {static_cast<GLintptr>(offset), static_cast<GLsizeiptr>(reach), true};
 }
 
 // ---- threaded ----
@@ -60,12 +61,28 @@ void push_read(__osw_thread_state* state, const pixel_read& read, void* pixels, 
   with_arguments(read, pixels, [=](auto... arguments) { push<glReadPixels_op>(state, arguments...); });
 }
 
-void encode_gathered(__osw_thread_state* state, const pixel_read& read) {
+// GL looks at all arguments of a read of nothing.
+void mirror_nothing(const __osw_thread_state* state, pixel_read read) {
+  read.width = std::min(read.width, 0);
+  read.height = std::min(read.height, 0);
   with_arguments(read, read.pixels, [=](auto... arguments) { mirror<glReadPixels_op>(state, arguments...); });
+}
+
+// The error is the application's own context's, whose window is smaller, and would have room for what it clips: it is
+// asked for a pixel behind the end of its buffer, which has the size of the others.
+void refuse(__osw_thread_state* state, const pixel_read& read, GLint buffer_size) {
+  if (!mirrors()) return push_read(state, read, read.pixels, {.is_whole = true, .is_everyone_s = true});
+  void* const end = reinterpret_cast<void*>(static_cast<u64>(std::max(buffer_size, 0)));
+  sys_gl<glReadPixels_op>(state)(0, 0, 1, 1, read.format, read.type, end);
+}
+
+void encode_gathered(__osw_thread_state* state, const pixel_read& read) {
+  mirror_nothing(state, read);
   GLint size = 0;
   encode_query<glGetBufferParameteriv_op, void>(GLenum{GL_PIXEL_PACK_BUFFER}, GLenum{GL_BUFFER_SIZE}, &size);
   const buffer_range range = range_of(read, state->glrc->pack_store, size);
-  if (!range.size) return push_read(state, read, read.pixels, {.is_whole = true, .is_everyone_s = true});
+  if (!range.has_room) return refuse(state, read, size);
+  if (!range.size) return;
   void* block = make_blob(static_cast<u64>(range.size), glReadPixels_op::name);
   if (!block) return;
   // What the read leaves out stays as it is.
@@ -138,8 +155,12 @@ void changed<glReadPixels_op>::encode(GLint x, GLint y, GLsizei width, GLsizei h
   const bool is_whole = state->glrc->read_framebuffer != 0;
   const bool has_buffer = state->glrc->client_state.pack_buffer != 0;
   if (has_buffer && !is_whole) return encode_gathered(state, read);
-  // GL looks at all arguments of a read of nothing.
-  mirror<glReadPixels_op>(state, x, y, std::min(width, 0), std::min(height, 0), format, type, pixels);
+  if (has_buffer) {
+    // The own context's object has the size of the others.
+    mirror<glReadPixels_op>(state, x, y, width, height, format, type, pixels);
+  } else {
+    mirror_nothing(state, read);
+  }
   push_read(state, read, pixels, {.is_whole = is_whole, .is_everyone_s = has_buffer});
 }
 
