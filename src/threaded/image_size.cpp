@@ -139,7 +139,7 @@ u64 image_reach(const __osw_pixel_store& store, const image_payload& image) {
 image_extent __osw_image_extent(const __osw_thread_state* state, const image_payload& image) {
   const u64 reach = image_reach(state->glrc->unpack_store, image);
   if (!reach || reach == too_many_bytes) return {0, reach};
-  const u64 told = static_cast<u64>(
-      __osw_image_size(state, image.size[0], image.size[1], image.size[2], image.format, image.type));
+  const u64 told =
+      static_cast<u64>(__osw_image_size(state, image.size[0], image.size[1], image.size[2], image.format, image.type));
   return {told, std::max(told, reach)};
 }

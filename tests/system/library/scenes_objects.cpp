@@ -420,6 +420,32 @@ void patterns() {
 
 constexpr int target_size = 256;
 
+// A texture of 256 by 256 without contents, bound.
+GLuint make_target_texture() {
+  GLuint texture;
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  set_filter(GL_TEXTURE_2D, GL_NEAREST);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+  return texture;
+}
+
+GLuint make_renderbuffer(const gl_extensions& gl, GLenum format, int width, int height) {
+  GLuint renderbuffer;
+  gl.glGenRenderbuffers(1, &renderbuffer);
+  gl.glBindRenderbuffer(GL_RENDERBUFFER, renderbuffer);
+  gl.glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
+  return renderbuffer;
+}
+
+// Bound, and with nothing attached.
+GLuint make_framebuffer(const gl_extensions& gl) {
+  GLuint framebuffer;
+  gl.glGenFramebuffers(1, &framebuffer);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  return framebuffer;
+}
+
 // Something of 256 by 256 into the framebuffer object.
 void draw_into(float red) {
   glViewport(0, 0, target_size, target_size);
@@ -437,16 +463,9 @@ void framebuffers() {
   begin_scene(__func__);
   const gl_window window = make_pixel_window();
   const gl_extensions gl = find_extensions();
-  GLuint texture, framebuffer, depth;
-  glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  set_filter(GL_TEXTURE_2D, GL_NEAREST);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-  gl.glGenRenderbuffers(1, &depth);
-  gl.glBindRenderbuffer(GL_RENDERBUFFER, depth);
-  gl.glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, target_size, target_size);
-  gl.glGenFramebuffers(1, &framebuffer);
-  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  const GLuint texture = make_target_texture();
+  const GLuint depth = make_renderbuffer(gl, GL_DEPTH_COMPONENT24, target_size, target_size);
+  const GLuint framebuffer = make_framebuffer(gl);
   gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
   gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depth);
   note("complete 0x%x", gl.glCheckFramebufferStatus(GL_FRAMEBUFFER));
@@ -481,13 +500,8 @@ void read_textures() {
   if (is_basic()) return;
   const gl_window window = make_pixel_window();
   const gl_extensions gl = find_extensions();
-  GLuint texture, framebuffer;
-  glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  set_filter(GL_TEXTURE_2D, GL_NEAREST);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-  gl.glGenFramebuffers(1, &framebuffer);
-  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  const GLuint texture = make_target_texture();
+  const GLuint framebuffer = make_framebuffer(gl);
   gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
   draw_into(0.3f);
   gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
@@ -516,12 +530,8 @@ void read_large_framebuffers() {
   const gl_window window = make_pixel_window();
   const gl_extensions gl = find_extensions();
   constexpr int width = 900, height = 700;
-  GLuint colours, framebuffer;
-  gl.glGenRenderbuffers(1, &colours);
-  gl.glBindRenderbuffer(GL_RENDERBUFFER, colours);
-  gl.glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, width, height);
-  gl.glGenFramebuffers(1, &framebuffer);
-  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  const GLuint colours = make_renderbuffer(gl, GL_RGBA8, width, height);
+  const GLuint framebuffer = make_framebuffer(gl);
   gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colours);
   glViewport(0, 0, width, height);
   use_pixels(width, height);
@@ -546,22 +556,15 @@ void read_large_framebuffers() {
   destroy_window(window);
 }
 
-// An object within the window's size is read whole, of which each part gives a piece.
+// An object within the window's size is read whole in both modes: in the basic one each part gives a piece.
 void read_framebuffers() {
   begin_scene(__func__);
   const gl_window window = make_pixel_window();
   const gl_extensions gl = find_extensions();
-  GLuint texture, framebuffer, depth;
-  glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  set_filter(GL_TEXTURE_2D, GL_NEAREST);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, target_size, target_size, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-  gl.glGenRenderbuffers(1, &depth);
-  gl.glBindRenderbuffer(GL_RENDERBUFFER, depth);
-  gl.glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, over_all.width, over_all.height);
-  gl.glGenFramebuffers(1, &framebuffer);
-  gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-  gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, depth);
+  const GLuint texture = make_target_texture();
+  const GLuint colours = make_renderbuffer(gl, GL_RGBA8, over_all.width, over_all.height);
+  const GLuint framebuffer = make_framebuffer(gl);
+  gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colours);
   note("complete 0x%x", gl.glCheckFramebufferStatus(GL_FRAMEBUFFER));
   draw_into(0.4f);
   note_pixels("all of it", 0, 0, over_all.width, over_all.height);
@@ -576,7 +579,7 @@ void read_framebuffers() {
   glDisable(GL_TEXTURE_2D);
   show(window, "copied");
   gl.glDeleteFramebuffers(1, &framebuffer);
-  gl.glDeleteRenderbuffers(1, &depth);
+  gl.glDeleteRenderbuffers(1, &colours);
   glDeleteTextures(1, &texture);
   destroy_window(window);
 }

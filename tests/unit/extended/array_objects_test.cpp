@@ -2,45 +2,19 @@
 // follows all calls that change it.
 #include <algorithm>
 
-#include "pipeline/push.h"
 #include "support/allocation.h"
-#include "support/received.h"
+#include "support/waiting_calls.h"
 #include "wgl/records/glrc.h"
 
 namespace {
 
-struct array_objects_test : library::process_test {
-  void SetUp() override {
-    library::start({.parts = 2, .extended = true});
-    received::watch(library::start_rendering());
-  }
-};
+using namespace waiting;
 
-const __osw_cmd_queue* own_queue() {
-  return __osw_fetch_thread_state()->cmd_queue;
-}
-
-const void* offset(u64 bytes) {
-  return reinterpret_cast<const void*>(bytes);
-}
-
-void begin() {
-  received::wait_for_parts();
-  received::clear();
-}
+struct array_objects_test : two_parts_test {};
 
 // The calls since begin() were so many commands, of which nobody was waited for.
 void expect_commands(u32 count) {
   EXPECT_EQ(*own_queue()->fill_count, count);
-}
-
-// Whether a call waits for the parts.
-template <class Call>
-bool waits(Call call) {
-  begin();
-  const u32 before = own_queue()->send_sync_count;
-  call();
-  return own_queue()->send_sync_count != before;
 }
 
 bool draws_and_waits() {

@@ -5,40 +5,15 @@
 #include <algorithm>
 #include <cstring>
 
-#include "pipeline/push.h"
 #include "support/allocation.h"
-#include "support/received.h"
+#include "support/waiting_calls.h"
 #include "wgl/records/glrc.h"
 
 namespace {
 
-struct draws_test : library::process_test {
-  void SetUp() override {
-    library::start({.parts = 2, .extended = true});
-    received::watch(library::start_rendering());
-  }
-};
+using namespace waiting;
 
-const __osw_cmd_queue* own_queue() {
-  return __osw_fetch_thread_state()->cmd_queue;
-}
-
-const void* offset(u64 bytes) {
-  return reinterpret_cast<const void*>(bytes);
-}
-
-void begin() {
-  received::wait_for_parts();
-  received::clear();
-}
-
-template <class Call>
-bool waits(Call call) {
-  begin();
-  const u32 before = own_queue()->send_sync_count;
-  call();
-  return own_queue()->send_sync_count != before;
-}
+struct draws_test : two_parts_test {};
 
 template <class Values>
 std::vector<u8> bytes_of(const Values& values) {
