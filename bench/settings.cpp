@@ -37,7 +37,10 @@ void begin_buffer(const route& through, setting_memory* memory) {
   call_of<glGenBuffers_op>(through)(1, &memory->name);
   // A driver that does nothing names nothing; without a buffer the pointer below would be taken for memory.
   if (!memory->name) memory->name = 1;
-  call_of<glBindBuffer_op>(through)(GL_ARRAY_BUFFER, memory->name);
+  // The first vertex's bytes are zeros, which do as indices too.
+  for (const GLenum target : {GL_ELEMENT_ARRAY_BUFFER, GL_ARRAY_BUFFER}) {
+    call_of<glBindBuffer_op>(through)(target, memory->name);
+  }
   call_of<glBufferData_op>(through)(GL_ARRAY_BUFFER, sizeof memory->vertices, memory->vertices, GL_STATIC_DRAW);
   call_of<glVertexPointer_op>(through)(3, GL_FLOAT, 0, nullptr);
   call_of<glEnableClientState_op>(through)(GL_VERTEX_ARRAY);
@@ -45,7 +48,7 @@ void begin_buffer(const route& through, setting_memory* memory) {
 
 void end_buffer(const route& through, setting_memory* memory) {
   end_arrays(through, memory);
-  call_of<glBindBuffer_op>(through)(GL_ARRAY_BUFFER, 0);
+  for (const GLenum target : {GL_ELEMENT_ARRAY_BUFFER, GL_ARRAY_BUFFER}) call_of<glBindBuffer_op>(through)(target, 0);
   call_of<glDeleteBuffers_op>(through)(1, &memory->name);
 }
 

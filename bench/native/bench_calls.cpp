@@ -3,8 +3,8 @@
 //   bench_calls WAY PARTS [Google Benchmark's options]
 //
 // WAY is direct (the driver's own entry), bypassed, threaded, threaded-mirrored (with the application's own context
-// following) or sequential. "Time" is the time that passes, "CPU" what the thread itself was busy: the difference it
-// has waited.
+// following) or sequential, or extended-threaded (mirrored) and extended-sequential, which are in the extended mode.
+// "Time" is the time that passes, "CPU" what the thread itself was busy: the difference it has waited.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -24,6 +24,7 @@ struct way {
   bool active;
   library::path path;
   bool mirrored;
+  bool extended = false;
 };
 
 __osw_proc driver_entry(int, const char* name) {
@@ -42,6 +43,8 @@ const way ways[] = {
     {"threaded", {wrapper_entry}, true, library::path::threaded, false},
     {"threaded-mirrored", {wrapper_entry}, true, library::path::threaded, true},
     {"sequential", {wrapper_entry}, true, library::path::sequential, false},
+    {"extended-threaded", {wrapper_entry}, true, library::path::threaded, true, true},
+    {"extended-sequential", {wrapper_entry}, true, library::path::sequential, false, true},
 };
 
 const way* find_way(const char* name) {
@@ -81,6 +84,7 @@ void start(const way& chosen, int parts) {
   setup.parts_are_monitors = true;
   setup.way = chosen.path;
   setup.query_on_app_thread = chosen.mirrored;
+  setup.extended = chosen.extended;
   library::prepare(setup);
   driver::record(driver::recording::off);
   platform::attach_process();

@@ -112,6 +112,7 @@ struct of_target {
   using pointer = glGetBufferPointerv_op;
   using read = glGetBufferSubData_op;
   using write = glBufferSubData_op;
+  using define = glBufferData_op;
   using flush = glFlushMappedBufferRange_op;
   using unmap = glUnmapBuffer_op;
 
@@ -129,6 +130,7 @@ struct of_name {
   using pointer = glGetNamedBufferPointerv_op;
   using read = glGetNamedBufferSubData_op;
   using write = glNamedBufferSubData_op;
+  using define = glNamedBufferData_op;
   using flush = glFlushMappedNamedBufferRange_op;
   using unmap = glUnmapNamedBuffer_op;
 
@@ -170,6 +172,17 @@ struct threaded_way {
   template <class Form>
   void take_back(const buffer_map& made, GLuint which) const {
     if (made.home) call<typename Form::unmap, GLboolean>(which);
+  }
+
+  // Whether the buffer's storage is new and has no contents: the last command says so, and in no other context can
+  // anything have happened since. Programs that write all anew each time ask for new storage first.
+  template <class Form>
+  bool is_empty(GLuint which) const {
+    const __osw_cmd* next = begin_cmd(state);
+    if (*state->cmd_queue->fill_count == 0 || !is_only_glrc()) return false;
+    const __osw_cmd& last = next[-1];
+    return last.type == __osw_cmd_gl && last.op == Form::define::op && from_slot<GLuint>(last.args[0]) == which &&
+           !last.args[array_slot<typename Form::define>];
   }
 
   template <class Form>
@@ -245,6 +258,12 @@ struct sequential_way {
     __osw_for_each_part(state, [&](i32 part) {
       if (made.part[part]) sys_gl<typename Form::unmap>(state)(which);
     });
+  }
+
+  // New storage is read without a wait.
+  template <class Form>
+  bool is_empty(GLuint) const {
+    return false;
   }
 
   template <class Form>
@@ -325,12 +344,13 @@ template <class Form, class Op, class Way, class... Arguments>
 void* map_buffer(const Way& way, const range* part, GLbitfield access, GLuint which, Arguments... arguments) {
   const buffer_facts facts = facts_of<Form>(way, which);
   const range wanted = part ? *part : range{0, facts.size};
+  const bool has_contents = keeps_contents(access) && !way.template is_empty<Form>(which);
   buffer_map made{};
   made.access = access;
   made.buffer = static_cast<u32>(facts.name);
   made.hglrc = way.state->current_hglrc;
   const bool is_possible = !facts.is_mapped && is_inside(wanted, facts.size);
-  if (is_possible && make_block(&made, wanted) && keeps_contents(access)) way.template read<Form>(which, made);
+  if (is_possible && make_block(&made, wanted) && has_contents) way.template read<Form>(which, made);
   way.template map<Op>(&made, which, arguments...);
   if (made.home && made.block && enter_buffer_map(made)) return made.bytes;
   free(made.block);

@@ -10,12 +10,12 @@ namespace {
 
 u32 last_turn;  // under `__osw_glrc_lock`
 
-bool is_empty() {
-  bool found = false;
+int count_glrcs() {
+  int count = 0;
   EnterCriticalSection(&__osw_glrc_lock);
-  for (const __osw_glrc& glrc : __osw_glrc_registry) found = found || glrc.app_hglrc;
+  for (const __osw_glrc& glrc : __osw_glrc_registry) count += glrc.app_hglrc != nullptr;
   LeaveCriticalSection(&__osw_glrc_lock);
-  return !found;
+  return count;
 }
 
 }  // namespace
@@ -43,7 +43,11 @@ void __osw_glrc_erase(HGLRC hglrc) {
     free_query_notes(&glrc->queries);
   }
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc, __osw_glrc{});
-  if (has_buffer_maps() && is_empty()) free_buffer_maps();
+  if (has_buffer_maps() && count_glrcs() == 0) free_buffer_maps();
+}
+
+bool is_only_glrc() {
+  return count_glrcs() <= 1;
 }
 
 void __osw_glrc_remember_share(const shared_pair& pair) {

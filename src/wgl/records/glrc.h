@@ -65,6 +65,9 @@ struct shared_pair {
   HGLRC second;
 };
 
+// Whether there is one record at the most. Any thread.
+bool is_only_glrc();
+
 // Remembers a share that the children have still to make. Nothing when the second context has no record. Any thread.
 void __osw_glrc_remember_share(const shared_pair& pair);
 

@@ -204,6 +204,36 @@ TEST_P(buffer_mapping_test, contents_that_are_given_up_are_not_asked_for) {
   EXPECT_TRUE(driver::calls_of<glGetBufferSubData_op>().empty());
 }
 
+// The first part alone is read, and new storage only where that costs no wait.
+TEST_P(buffer_mapping_test, new_storage_has_no_contents) {
+  const auto reads_after = [](const std::function<void()>& calls) {
+    finish();
+    driver::clear_calls();
+    calls();
+    void* mapping = osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+    EXPECT_NE(mapping, nullptr);
+    if (mapping) std::memset(mapping, 9, buffer_size);
+    EXPECT_EQ(osw_glUnmapBuffer(GL_ARRAY_BUFFER), GL_TRUE);
+    return driver::calls_of<glGetBufferSubData_op>().size();
+  };
+  // Without the own context's answers the parts have been asked about the buffer since.
+  const std::size_t waits = is_threaded() && GetParam().on_app_thread ? 0 : 1;
+  const auto define = [](GLenum target, const void* data) { osw_glBufferData(target, 64, data, GL_STREAM_DRAW); };
+  const bytes data(64);
+  EXPECT_EQ(reads_after([&] { define(GL_ARRAY_BUFFER, nullptr); }), waits);
+  expect_contents(GL_ARRAY_BUFFER, bytes(buffer_size, 9));
+  EXPECT_EQ(reads_after([&] { define(GL_ARRAY_BUFFER, data.data()); }), 1u);
+  EXPECT_EQ(reads_after([&] { define(GL_ELEMENT_ARRAY_BUFFER, nullptr); }), 1u);
+  EXPECT_EQ(reads_after([&] {
+              define(GL_ARRAY_BUFFER, nullptr);
+              osw_glDrawArrays(GL_POINTS, 0, 1);
+            }),
+            1u);
+  EXPECT_EQ(reads_after([] {}), 1u);
+  osw_wglCreateContext(rendered.window.hdc);
+  EXPECT_EQ(reads_after([&] { define(GL_ARRAY_BUFFER, nullptr); }), 1u) << "another context may have written";
+}
+
 TEST_P(buffer_mapping_test, any_number_is_mapped_at_a_time) {
   void* first = osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
   void* second = osw_glMapBuffer(GL_ELEMENT_ARRAY_BUFFER, GL_READ_WRITE);
