@@ -70,6 +70,7 @@ struct context {
   bool cut_pending;  // the drawable or the share was changed since the scissor test was looked at
   bool is_cut;       // the host has the scissor test of the share, and the application this one
   scissor_state uncut;
+  bool is_never_cut;        // its viewports have scissor boxes of their own
   int withheld_extensions;  // among the indexed names, in a process that is told less; -1: not counted yet
 };
 

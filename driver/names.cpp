@@ -6,6 +6,7 @@
 #include "entries.h"
 #include "fast_switch.h"
 #include "host.h"
+#include "indexed_scissor.h"
 #include "ops/names.h"
 #include "spread_process.h"
 #include "thunks.h"
@@ -46,6 +47,7 @@ __osw_proc find_proc(const char* name) {
     find_host_wgl(wgl, name);
     return driver_wgl_entries[wgl];
   }
+  if (__osw_proc entry = indexed_scissor_entry(name, hosts)) return entry;
   return thunk_for(name, hosts);
 }
 

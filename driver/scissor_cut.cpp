@@ -86,6 +86,8 @@ inline void change(GLenum capability) {
 template <class Op>
 void change_indexed(GLenum capability, GLuint index) {
   if (capability == GL_SCISSOR_TEST) {
+    // The cut switches the test of all viewports.
+    if (index > 0) stop_cutting(calling_context());
     const uncut_scissor uncut(calling_context());
     host_gl_entry<Op>()(capability, index);
   } else {
@@ -110,7 +112,14 @@ void settle_cut(context* c) {
   c->cut_pending = false;
   if (!c->is_cut && !has_share(c)) return;
   lift(c);
-  if (!c->is_cut && has_share(c) && c->window_drawn && !is_compiling(c)) cut(c);
+  if (!c->is_cut && !c->is_never_cut && has_share(c) && c->window_drawn && !is_compiling(c)) cut(c);
+}
+
+void stop_cutting(context* c) {
+  if (!c) return;
+  note_compiled(c);
+  c->is_never_cut = true;
+  lift(c);
 }
 
 uncut_scissor::uncut_scissor(context* c) : lifted(c && lift(c) ? c : nullptr) {}
@@ -122,6 +131,7 @@ uncut_scissor::~uncut_scissor() {
 void copy_cut(context* destination, const context* source, GLbitfield mask) {
   if (mask & GL_SCISSOR_BIT) {
     destination->is_cut = source->is_cut;
+    destination->is_never_cut = source->is_never_cut;
     destination->uncut = source->uncut;
   } else if (mask & GL_ENABLE_BIT && source->is_cut) {
     destination->uncut.enabled = source->uncut.enabled;

@@ -14,6 +14,9 @@
 // Puts the host's scissor test where it belongs now, cut or not. Does nothing inside glBegin and glEnd.
 void settle_cut(context* c);
 
+// Lets the host have the application's scissor test for good. `c` may be null.
+void stop_cutting(context* c);
+
 // Gives the host the application's scissor test for its own life, and then cuts what it has become. `c` may be null.
 class uncut_scissor {
  public:

@@ -320,6 +320,39 @@ void read_blit() {
   blit_and_read(parts[3], &parts[3]);
 }
 
+template <class Op>
+typename Op::type* by_name() {
+  return reinterpret_cast<typename Op::type*>(reinterpret_cast<void*>(driver.wglGetProcAddress(Op::name)));
+}
+
+void expect_box(GLuint viewport, const GLint (&expected)[4]) {
+  GLint box[4] = {};
+  driver.glGetIntegeri_v(GL_SCISSOR_BOX, viewport, box);
+  for (int i = 0; i < 4; ++i) CHECK_EQUAL(box[i], expected[i]);
+}
+
+// Boxes of several viewports. From here on the contexts are drawn whole.
+void indexed_scissor_cases() {
+  CHECK_EQUAL(compare([] {
+                driver.glEnable(GL_SCISSOR_TEST);
+                by_name<glScissorIndexed_op>()(0, 20, 30, 100, 77);
+                by_name<glScissorIndexed_op>()(1, 1, 2, 3, 4);
+                rectangle(-1, -1, 1, 1, 200, 80, 0);
+                expect_box(0, {20, 30, 100, 77});
+                expect_box(1, {1, 2, 3, 4});
+                const GLint boxes[] = {60, 20, 70, 90, 5, 6, 7, 8};
+                by_name<glScissorArrayv_op>()(0, 2, boxes);
+                rectangle(-1, -1, 1, 1, 0, 80, 200);
+                expect_box(1, {5, 6, 7, 8});
+                by_name<glScissorIndexedv_op>()(0, boxes + 4);
+                driver.glDisablei(GL_SCISSOR_TEST, 1);
+                driver.glClearColor(0, 1, 0.5f, 1);
+                driver.glClear(GL_COLOR_BUFFER_BIT);
+                CHECK(driver.glIsEnabledi(GL_SCISSOR_TEST, 0) && !driver.glIsEnabledi(GL_SCISSOR_TEST, 1));
+              }),
+              0);
+}
+
 // In the extended mode an object is read whole from one part.
 void read_whole() {
   SetEnvironmentVariableA("OSW_EXTENDED", "1");
@@ -478,6 +511,7 @@ const test_case cases[] = {
     {"read-blit", read_blit},
     {"attributes", attribute_cases},
     {"lists", list_cases},
+    {"indexed-scissor", indexed_scissor_cases},
     {"read-whole", read_whole},  // the last one: from now on the process is a spread one
 };
 
