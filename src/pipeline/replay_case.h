@@ -1,32 +1,11 @@
 // From a command record to a call: the argument slots at the types of an op's prototype.
 #pragma once
 
-#include <utility>
-
-#include "ops/ops.h"
-#include "pipeline/cmd.h"
 #include "pipeline/replay_names.h"
 
 // Carries out one command on one part. The arguments are those of a replay_scene, one by one, so that they stay in
 // registers. Result: what the function returned, as a slot.
 using replay_case = u64 (*)(__osw_thread_state* state, const __osw_proc* system, i32 part, __osw_cmd* cmd);
-
-template <class Result, class... Parameters, class Call, size_t... slot>
-inline u64 call_with(Result (*)(Parameters...), const u64* args, Call call, std::index_sequence<slot...>) {
-  if constexpr (std::is_void_v<Result>) {
-    call(from_slot<Parameters>(args[slot])...);
-    return 0;
-  } else {
-    return to_slot(call(from_slot<Parameters>(args[slot])...));
-  }
-}
-
-// Calls `call` with a record's slots at the types of the op's parameters.
-template <class Op, class Call>
-inline u64 call_with_slots(const u64* args, Call call) {
-  return call_with(static_cast<typename Op::type*>(nullptr), args, call,
-                   std::make_index_sequence<parameter_count<Op>>());
-}
 
 template <class Op>
 u64 replay_slots(__osw_thread_state*, const __osw_proc* system, i32, __osw_cmd* cmd) {
@@ -41,17 +20,11 @@ u64 replay_own(__osw_thread_state* state, const __osw_proc* system, i32 part, __
 
 template <class Op>
 u64 replay_create(__osw_thread_state*, const __osw_proc* system, i32 part, __osw_cmd* cmd) {
-  typename Op::type* const entry = entry_in<Op>(system);
-  if constexpr (std::is_void_v<typename prototype<typename Op::type>::result>) {
-    replay_array_of_names<Op>(cmd, part, [&](GLuint* made) {
-      u64 args[parameter_count<Op>];
-      memcpy(args, cmd->args, sizeof args);
-      if (made) args[array_slot<Op>] = to_slot(made);
-      call_with_slots<Op>(args, entry);
-    });
-    return 0;
+  if constexpr (names_of_call<Op>::returns_name) {
+    return replay_name<Op>(system, cmd, part);
   } else {
-    return replay_name<Op>(cmd, part, [&] { return from_slot<GLuint>(call_with_slots<Op>(cmd->args, entry)); });
+    replay_array_of_names<Op>(system, cmd, part);
+    return 0;
   }
 }
 

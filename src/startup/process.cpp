@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "dispatch/bypass.h"
+#include "dispatch/made_names.h"
 #include "dispatch/no_context.h"
 #include "dispatch/pass_through.h"
 #include "dispatch/process_end.h"
@@ -45,6 +46,7 @@ void choose_mode() {
   if (!read_option_variable("OSW_EXTENDED", &wanted) || !wanted) return;
   gl_ops_in_use = gl_all_count;
   make_fence_lock();
+  make_names_lock();
   make_buffer_map_lock();
 }
 
@@ -134,6 +136,7 @@ void detach_process(bool ends) {
     // What is mapped at the process's end a thread that is no more may have been noting.
     if (!ends) free_buffer_maps();
     delete_fence_lock();
+    delete_names_lock();
     delete_buffer_map_lock();
   }
 }

@@ -55,7 +55,9 @@ bool is_broadcast(const ops::row& body) {
          !is_one_of(body.op, {glReadPixels_op::op, glGetGraphicsResetStatus_op::op});
 }
 
+// Other names than the program's would be mended.
 u64 result_on(int part, int op) {
+  if (ops::makes_names(ops::of(op))) part = 0;
   return 0x8100000000000000 + 0x0101010101 * static_cast<u64>(part + 1) + static_cast<u64>(op);
 }
 

@@ -384,7 +384,8 @@ void reset_contexts() {
     context_record& record = table[number];
     record.live = false;
     record.current_on.store(0);
-    record.names = 0;
+    record.names.clear();
+    record.last_name = record.below_names = 0;
   }
   reset_digests();
   context_count.store(0);

@@ -1,6 +1,8 @@
 // What the sources of the recording driver share.
 #pragma once
 
+#include <set>
+
 #include "support/recording_driver.h"
 
 namespace driver {
@@ -17,7 +19,10 @@ struct context_record {
   // Of the thread that has the context current or has switched to it.
   u64 gl_calls = 0;
   u64 digest = empty_digest;
-  u32 names = 0;  // made
+  // Of objects, under a lock.
+  std::set<GLuint> names;
+  GLuint last_name = 0;    // none up to it is free
+  GLuint below_names = 0;  // none up to it ever will be
 };
 
 // The calling thread's binding, as numbers of contexts; -1 for none.
@@ -39,8 +44,9 @@ u64 perform(int op, const u64* arguments);
 // The entry of a name by wglGetProcAddress; null unless a context is current.
 FARPROC entry_by_name(const char* name);
 
-// Makes the names that a GL call asks for, while names are handed out. Result: whether the op is one that makes some.
-bool make_names(context_record* context, int op, const u64* arguments, u32 count, u64* result);
+// Makes the names that a GL call asks for, or deletes them, while names are handed out. `result` is that of a call
+// which returns one.
+void perform_on_names(context_record* context, int op, const u64* arguments, u32 count, u64* result);
 
 void reset_names();
 void reset_contexts();

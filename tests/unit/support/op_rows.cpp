@@ -182,6 +182,12 @@ const row& of(int op) {
   return every()[static_cast<std::size_t>(op)];
 }
 
+bool makes_names(const row& row) {
+  // One has an encoder of its own, for the strings.
+  if (row.op == glCreateShaderProgramv_op::op) return true;
+  return (row.base >= 0 ? of(row.base) : row).threaded == family::create;
+}
+
 driver::argument_bits distinctive(const row& row) {
   driver::argument_bits bits = {};
   for (u32 i = 0; i < row.count; ++i) {

@@ -60,6 +60,10 @@ std::span<const row> all();
 std::span<const row> every();
 const row& of(int op);
 
+// Whether a call of the op makes names of objects, in a mode in which those of the parts are held against the
+// program's.
+bool makes_names(const row& row);
+
 // Arguments that can be told from each other, with all bits of each width in use. Pointers lead nowhere.
 driver::argument_bits distinctive(const row& row);
 

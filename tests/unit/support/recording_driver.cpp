@@ -153,7 +153,7 @@ live_call live_of(op_space space, int op, const u64* arguments, u32 count) {
 
 // Result: `answer`, unless the call makes a name.
 u64 perform_gl(int op, const u64* arguments, u32 count, u64 answer) {
-  if (bound.switched_to >= 0) make_names(&record_of(bound.switched_to), op, arguments, count, &answer);
+  if (bound.switched_to >= 0) perform_on_names(&record_of(bound.switched_to), op, arguments, count, &answer);
   return answer;
 }
 

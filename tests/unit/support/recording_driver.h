@@ -155,11 +155,19 @@ std::vector<HPBUFFERARB> pbuffers();
 
 // ---- names of objects ----
 
-// At first nothing makes names. From now on what makes some does: each context counts its own, from 1.
+// At first nothing makes names. From now on what makes some does, for each context the lowest that are free, from 1 on,
+// whatever they are for; what is deleted is free again.
 void hand_out_names();
 
-// The next names of a context are by `count` higher.
+// The next names of a context are by `count` higher, and none below them are ever free.
 void skip_names(HGLRC context, u32 count);
+
+// Names of a context are taken by somebody else, or free again. Also while threads are inside the driver.
+void take_names(HGLRC context, const std::vector<GLuint>& names);
+void free_names(HGLRC context, const std::vector<GLuint>& names);
+
+// All that are taken, in order.
+std::vector<GLuint> taken_names(HGLRC context);
 
 // ---- scripts ----
 
