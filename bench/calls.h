@@ -8,8 +8,9 @@ struct measured_call {
   int op;
   const char* name;
   const setting* around;
-  int burst;  // 0 for a stream
-  // Makes `count` calls of `entry`, which is of the op.
+  int burst;           // 0 for a stream
+  bool needs_answers;  // of the driver: one that does nothing tells nothing about it
+  // Makes `count` calls of `entry`, which is of the op, or does that often what the op begins.
   void (*repeat)(__osw_proc entry, u64 count, setting_memory* memory);
 };
 

@@ -90,6 +90,17 @@ void end_texture(const route& through, setting_memory* memory) {
   call_of<glDeleteTextures_op>(through)(1, &memory->name);
 }
 
+void begin_block(const route& through, setting_memory* memory) {
+  call_of<glGenBuffers_op>(through)(1, &memory->name);
+  call_of<glBindBuffer_op>(through)(GL_ARRAY_BUFFER, memory->name);
+  call_of<glBufferData_op>(through)(GL_ARRAY_BUFFER, block_size, nullptr, GL_STREAM_DRAW);
+}
+
+void end_block(const route& through, setting_memory* memory) {
+  call_of<glBindBuffer_op>(through)(GL_ARRAY_BUFFER, 0);
+  call_of<glDeleteBuffers_op>(through)(1, &memory->name);
+}
+
 }  // namespace
 
 namespace settings {
@@ -100,5 +111,6 @@ const setting arrays = {begin_arrays, end_arrays};
 const setting buffer = {begin_buffer, end_buffer};
 const setting program = {begin_program, end_program};
 const setting texture = {begin_texture, end_texture};
+const setting block = {begin_block, end_block};
 
 }  // namespace settings

@@ -6,7 +6,10 @@
 constexpr int most_vertices = 300;
 constexpr int texture_size = 512;  // pixels on a side
 
+constexpr GLsizeiptr block_size = 65536;  // bytes
+
 struct setting_memory {
+  const route* through;
   GLint integers[16];
   GLfloat colour[4];
   GLfloat vertices[most_vertices][3];
@@ -28,5 +31,6 @@ extern const setting arrays;   // most_vertices in the application's memory
 extern const setting buffer;   // the same in a buffer object
 extern const setting program;  // with a uniform at memory.location
 extern const setting texture;  // of RGBA pixels, bound
+extern const setting block;    // a buffer object of block_size, bound
 
 }  // namespace settings
