@@ -300,21 +300,23 @@ constexpr void for_each_wgl_op(Work work) {
   wgl_op_list::for_each(work);
 }
 
-// An alias of a changed op, which borrows what the extended mode makes of that.
-template <class Op>
-struct rebased : Op {
-  using base = changed<typename Op::base>;
-};
-
 template <class Op>
 constexpr bool is_changed = requires {
   changed<Op>::op;
 };
 
+// An alias of a changed op, which borrows what the extended mode makes of that. It may be a changed one itself.
+template <class Op>
+struct rebased : Op {
+  using base = changed<typename Op::base>;
+};
+
 // The form of an op in the extended mode: a changed one, an alias of such a one, or the op itself.
 template <class Op>
 constexpr auto extended_form_of() {
-  if constexpr (is_changed<Op>) {
+  if constexpr (is_changed<Op> && is_changed<typename Op::base>) {
+    return std::type_identity<rebased<changed<Op>>>();
+  } else if constexpr (is_changed<Op>) {
     return std::type_identity<changed<Op>>();
   } else if constexpr (is_changed<typename Op::base>) {
     return std::type_identity<rebased<Op>>();

@@ -9,15 +9,6 @@
 
 namespace {
 
-PIXELFORMATDESCRIPTOR drawable_format(const __osw_thread_state* state) {
-  if (state->window_mapping) return state->window_mapping->pfd;
-  PIXELFORMATDESCRIPTOR descriptor{};
-  if (const __osw_pbuffer* pbuffer = state->pbuffer) {
-    DescribePixelFormat(pbuffer->pbuffer_hdc, pbuffer->pixel_format, sizeof descriptor, &descriptor);
-  }
-  return descriptor;
-}
-
 copy_format color_format(BYTE bits) {
   switch (bits) {
     case 16:
@@ -58,6 +49,15 @@ u64 reach(const __osw_pixel_store& store, u64 pixel, u64 width, u64 height) {
 }
 
 }  // namespace
+
+PIXELFORMATDESCRIPTOR drawable_format(const __osw_thread_state* state) {
+  if (state->window_mapping) return state->window_mapping->pfd;
+  PIXELFORMATDESCRIPTOR descriptor{};
+  if (const __osw_pbuffer* pbuffer = state->pbuffer) {
+    DescribePixelFormat(pbuffer->pbuffer_hdc, pbuffer->pixel_format, sizeof descriptor, &descriptor);
+  }
+  return descriptor;
+}
 
 GLenum __osw_kind_of(GLenum internal_format) {
   switch (internal_format) {

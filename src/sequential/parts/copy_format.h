@@ -20,10 +20,13 @@ struct copied_rectangle {
   GLsizei height;
 };
 
+// The descriptor of the bound window, or of the bound pbuffer's pixel format; else zero.
+PIXELFORMATDESCRIPTOR drawable_format(const __osw_thread_state* state);
+
 // What is copied, by an internal format: GL_COLOR, GL_DEPTH or GL_STENCIL. 32-bit depth counts as color.
 GLenum __osw_kind_of(GLenum internal_format);
 
-// The format for a kind, by the descriptor of the bound window, or of the bound pbuffer's pixel format.
+// The format for a kind, by the descriptor of what is bound.
 copy_format __osw_copy_format(const __osw_thread_state* state, GLenum kind);
 
 // Bytes of a buffer for `width` by `height` pixels: all that a read under `pack` and an upload under `unpack` reach, of

@@ -236,6 +236,188 @@ TEST_P(pack_buffer_test, what_the_buffer_has_no_room_for_is_not_gathered) {
   EXPECT_TRUE(driver::calls_of<glBufferSubData_op>().empty());
 }
 
+// The window, of which each part has a share, to a texture or an object, which each part has whole.
+struct window_copies_test : pack_buffer_test {
+  // What the driver says of the program's state, in every context.
+  void answer_state() {
+    driver::on_call<glGetIntegerv_op>([](driver::live_call& call) {
+      auto* value = reinterpret_cast<GLint*>(call.what.arguments[1]);
+      switch (call.what.arguments[0]) {
+        case GL_PIXEL_UNPACK_BUFFER_BINDING:
+          *value = 6;
+          break;
+        case GL_TEXTURE_BINDING_2D:
+          *value = 9;
+          break;
+        case GL_PACK_ALIGNMENT:
+          *value = 4;
+          break;
+        default:
+          break;
+      }
+    });
+    driver::on_call<glGetFloatv_op>([](driver::live_call& call) {
+      const u64 name = call.what.arguments[0];
+      *reinterpret_cast<GLfloat*>(call.what.arguments[1]) = name == GL_RED_SCALE    ? 2.0f
+                                                            : name == GL_DEPTH_BIAS ? 0.5f
+                                                            : is_scale(name)        ? 1.0f
+                                                                                    : 0.0f;
+    });
+  }
+  static bool is_scale(u64 name) {
+    return name == GL_GREEN_SCALE || name == GL_BLUE_SCALE || name == GL_ALPHA_SCALE || name == GL_DEPTH_SCALE;
+  }
+  // A part's calls without its questions, and without how it places its share.
+  std::vector<driver::call> changes_on(int part) const {
+    std::vector<driver::call> found = on_part(part);
+    std::erase_if(found, [](const driver::call& call) {
+      const std::string name = driver::name_of(driver::op_space::gl, call.op);
+      return name.starts_with("glGet") || call.op == glReadPixels_op::op ||
+             (call.op == glPixelStorei_op::op && is_placement(call.arguments[0]));
+    });
+    return found;
+  }
+  static bool is_placement(u64 name) {
+    return name == GL_PACK_ROW_LENGTH || name == GL_PACK_IMAGE_HEIGHT || name == GL_PACK_SKIP_ROWS ||
+           name == GL_PACK_SKIP_PIXELS;
+  }
+  struct extent {
+    GLint width, height;
+  };
+  extent size() const {
+    const RECT client = __osw_load_rect(__osw_fetch_thread_state()->window_mapping->client_rect);
+    return {client.right - client.left, client.bottom - client.top};
+  }
+};
+
+// The order: nothing stands in the read's way, the copy changes values once, and all is as before afterwards.
+TEST_P(window_copies_test, the_state_of_transfers_is_the_program_s_again_afterwards) {
+  answer_state();
+  osw_glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 6);
+  osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 100);
+  osw_glPixelStorei(GL_UNPACK_SKIP_ROWS, 3);
+  finish();
+  osw_glCopyTexImage2D(GL_TEXTURE_2D, 1, GL_RGBA8, 10, 20, 30, 40, 0);
+  wait();
+  for (int part = 0; part < 4; ++part) {
+    std::vector<driver::call> changes = changes_on(part);
+    const auto upload = std::ranges::find(changes, +glTexImage2D_op::op, &driver::call::op);
+    ASSERT_NE(upload, changes.end());
+    EXPECT_EQ(upload->arguments[3], 30u);
+    EXPECT_EQ(upload->arguments[4], 40u);
+    EXPECT_NE(upload->arguments[8], 0u);
+    upload->arguments = {};
+    driver::call image = expect<glTexImage2D_op>(0u, 0, 0, 0, 0, 0, 0u, 0u, nullptr);
+    EXPECT_EQ(changes, (std::vector<driver::call>{
+                           expect<glBindBuffer_op>(GL_PIXEL_UNPACK_BUFFER, 0u),
+                           expect<glPixelStorei_op>(GL_PACK_ALIGNMENT, 1),
+                           expect<glPixelStorei_op>(GL_UNPACK_ROW_LENGTH, 0),
+                           expect<glPixelStorei_op>(GL_UNPACK_SKIP_ROWS, 0),
+                           expect<glPixelStorei_op>(GL_UNPACK_ALIGNMENT, 1),
+                           expect<glPixelTransferf_op>(GL_RED_SCALE, 1.0f),
+                           expect<glPixelTransferf_op>(GL_DEPTH_BIAS, 0.0f),
+                           expect<glPixelTransferf_op>(GL_RED_SCALE, 2.0f),
+                           expect<glPixelTransferf_op>(GL_DEPTH_BIAS, 0.5f),
+                           image,
+                           expect<glPixelStorei_op>(GL_PACK_ALIGNMENT, 4),
+                           expect<glPixelStorei_op>(GL_UNPACK_ROW_LENGTH, 100),
+                           expect<glPixelStorei_op>(GL_UNPACK_SKIP_ROWS, 3),
+                           expect<glPixelStorei_op>(GL_UNPACK_ALIGNMENT, 4),
+                           expect<glBindBuffer_op>(GL_PIXEL_UNPACK_BUFFER, 6u),
+                       }));
+  }
+}
+
+TEST_P(window_copies_test, depth_and_stencil_travel_as_what_the_image_holds) {
+  const struct {
+    GLenum internal_format, format, type;
+  } images[] = {{GL_RGB, GL_RGBA, GL_UNSIGNED_BYTE},
+                {GL_DEPTH_COMPONENT32F, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT},
+                {GL_DEPTH24_STENCIL8, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8}};
+  for (const auto& image : images) {
+    driver::on_call<glGetTexLevelParameteriv_op>([=](driver::live_call& call) {
+      EXPECT_EQ(call.what.arguments[1], 2u) << "the level that is copied to";
+      *reinterpret_cast<GLint*>(call.what.arguments[3]) = static_cast<GLint>(image.internal_format);
+    });
+    finish();
+    osw_glCopyTexSubImage2DEXT(GL_TEXTURE_2D, 2, 1, 2, 0, 0, 8, 8);
+    wait();
+    for (int part = 0; part < 4; ++part) {
+      std::vector<driver::call> uploads = on_part(part);
+      std::erase_if(uploads, [](const driver::call& call) { return call.op != glTexSubImage2D_op::op; });
+      ASSERT_EQ(uploads.size(), 1u);
+      EXPECT_EQ(uploads[0].arguments[6], image.format);
+      EXPECT_EQ(uploads[0].arguments[7], image.type);
+    }
+  }
+}
+
+TEST_P(window_copies_test, a_blit_from_the_window_is_each_part_s_from_what_was_gathered) {
+  answer_state();
+  driver::hand_out_names();
+  osw_glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 7);
+  finish();
+  const auto [width, height] = size();
+  // Mirrored, twice as large, and over the window's edges.
+  osw_glBlitFramebuffer(width + 10, 20, 50, height + 5, 0, 0, 640, 480, GL_COLOR_BUFFER_BIT, GL_LINEAR);
+  wait();
+  for (int part = 0; part < 4; ++part) {
+    const std::vector<driver::call> changes = changes_on(part);
+    const auto find = [&](int op) {
+      const auto found = std::ranges::find(changes, op, &driver::call::op);
+      return found == changes.end() ? driver::call{} : *found;
+    };
+    const driver::call image = find(glTexImage2D_op::op);
+    EXPECT_EQ(image.arguments[2], static_cast<u64>(GL_RGBA8));
+    EXPECT_EQ(image.arguments[3], static_cast<u64>(width - 49));
+    EXPECT_EQ(image.arguments[4], static_cast<u64>(height - 19));
+    EXPECT_EQ(find(glBlitFramebuffer_op::op),
+              (expect<glBlitFramebuffer_op>(width + 10 - 49, 20 - 19, 50 - 49, height + 5 - 19, 0, 0, 640, 480,
+                                            GL_COLOR_BUFFER_BIT, GL_LINEAR)));
+    EXPECT_EQ(find(glFramebufferTexture2D_op::op),
+              (expect<glFramebufferTexture2D_op>(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 1u, 0)));
+    const auto blit = std::ranges::find(changes, +glBlitFramebuffer_op::op, &driver::call::op);
+    ASSERT_GE(changes.end() - blit, 5);
+    EXPECT_EQ(blit[1], (expect<glBindFramebuffer_op>(GL_READ_FRAMEBUFFER, 0u)));
+    EXPECT_EQ(blit[2], (expect<glBindTexture_op>(GL_TEXTURE_2D, 9u)));
+    EXPECT_EQ(blit[3].op, +glDeleteFramebuffers_op::op);
+    EXPECT_EQ(blit[4].op, +glDeleteTextures_op::op);
+    EXPECT_TRUE(driver::taken_names(rendered.children[static_cast<std::size_t>(part)]).empty());
+  }
+  EXPECT_TRUE(copies_alone() == false) << "the window is read again";
+}
+
+TEST_P(window_copies_test, a_blit_that_reads_nothing_of_the_window_is_each_part_s_own) {
+  const GLint right = size().width;
+  const struct {
+    GLint x0, x1;
+    GLbitfield mask;
+    GLenum filter;
+    GLuint read;
+  } blits[] = {{0, 8, GL_COLOR_BUFFER_BIT, GL_NEAREST, 7},
+               {0, 8, 0, GL_NEAREST, 0},
+               {0, 8, GL_DEPTH_BUFFER_BIT, GL_LINEAR, 0},
+               {0, 8, 0x8000, GL_NEAREST, 0},
+               {0, 8, GL_COLOR_BUFFER_BIT, GL_REPEAT, 0},
+               {-9, -2, GL_COLOR_BUFFER_BIT, GL_NEAREST, 0},
+               {right + 2, 0x7FFFFFFF, GL_COLOR_BUFFER_BIT, GL_NEAREST, 0}};
+  for (const auto& blit : blits) {
+    osw_glBindFramebuffer(GL_READ_FRAMEBUFFER, blit.read);
+    finish();
+    osw_glBlitFramebufferEXT(blit.x0, 0, blit.x1, 8, 0, 0, 8, 8, blit.mask, blit.filter);
+    wait();
+    for (int part = 0; part < 4; ++part) {
+      const std::vector<driver::call> calls = on_part(part);
+      ASSERT_EQ(calls.size(), 1u) << blit.x0;
+      EXPECT_TRUE(calls[0].op == glBlitFramebuffer_op::op || calls[0].op == glBlitFramebufferEXT_op::op);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(paths, window_copies_test, testing::Values(library::path::threaded, library::path::sequential),
+                         [](const auto& way) {
+                           return way.param == library::path::threaded ? "threaded" : "sequential";
+                         });
 INSTANTIATE_TEST_SUITE_P(paths, pack_buffer_test, testing::Values(library::path::threaded, library::path::sequential),
                          [](const auto& way) {
                            return way.param == library::path::threaded ? "threaded" : "sequential";

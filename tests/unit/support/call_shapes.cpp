@@ -168,6 +168,7 @@ call_shape own_shape(const row& row) {
     case glBeginQuery_op::op:
     case glBindBuffer_op::op:
     case glBindFramebuffer_op::op:
+    case glBlitFramebuffer_op::op:
     case glBindVertexArray_op::op:
     case glBindVertexBuffer_op::op:
     case glClientActiveTexture_op::op:
