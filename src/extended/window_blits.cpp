@@ -38,20 +38,19 @@ struct span {
   GLint length;
 };
 
-// The pixels between two coordinates, in either order, and the next one on each side, which a linear filter takes in,
-// of those from 0 to `size`. Empty when none lies between.
-span pixels_between(GLint first, GLint last, GLint size) {
+// Of the pixels from 0 to `size` those between two coordinates, in either order. Where a filter takes in others too,
+// all of them, for its results depend on the image's size to the last bit.
+span pixels_between(GLint first, GLint last, GLint size, GLenum filter) {
   const GLint begin = std::max(std::min(first, last), 0);
   const GLint end = std::min(std::max(first, last), size);
   if (begin >= end) return {};
-  const GLint before = std::max(begin - 1, 0);
-  return {before, std::min(end, size - 1) + 1 - before};
+  return filter == GL_NEAREST ? span{begin, end - begin} : span{0, size};
 }
 
 copied_rectangle source_of(const __osw_thread_state* state, const blit& wanted) {
   const drawable_size size = size_of_drawable(state);
-  const span across = pixels_between(wanted.from[0], wanted.from[2], size.width);
-  const span upwards = pixels_between(wanted.from[1], wanted.from[3], size.height);
+  const span across = pixels_between(wanted.from[0], wanted.from[2], size.width, wanted.filter);
+  const span upwards = pixels_between(wanted.from[1], wanted.from[3], size.height, wanted.filter);
   return {across.begin, upwards.begin, across.length, upwards.length};
 }
 

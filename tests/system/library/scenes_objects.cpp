@@ -1,4 +1,5 @@
 // What an application keeps in GL's objects or in its own memory: textures, arrays, buffers, programs, framebuffers.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -556,6 +557,119 @@ void read_large_framebuffers() {
   destroy_window(window);
 }
 
+// Steps from one corner to the other over all parts, each nearer than the one before.
+void draw_steps(float blue) {
+  glEnable(GL_DEPTH_TEST);
+  clear_to(0.2f, 0.1f, blue);
+  for (int i = 0; i < 12; ++i) {
+    glPushMatrix();
+    glTranslated(0, 0, 0.08 * i - 0.5);
+    glColor3d(0.08 * i, 1 - 0.07 * i, blue);
+    glRecti(45 * i, 30 * i, 45 * i + 130, 30 * i + 90);
+    glPopMatrix();
+  }
+  glDisable(GL_DEPTH_TEST);
+}
+
+// In the basic mode each part blits what it has drawn.
+void window_blits() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  const GLuint texture = make_target_texture();
+  const GLuint framebuffer = make_framebuffer(gl);
+  gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+  gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  draw_steps(0.6f);
+  gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
+  gl.glBlitFramebuffer(100, 50, over_all.width + 40, 400, target_size, 0, 0, target_size, GL_COLOR_BUFFER_BIT,
+                       GL_LINEAR);
+  note_error("shrunk and mirrored");
+  gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
+  gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+  gl.glBlitFramebuffer(0, 0, target_size, target_size, 200, 90, 456, 346, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  show(window, "from the window and back");
+  clear_to(0.1f, 0.1f, 0.1f);
+  draw_steps(0.2f);
+  gl.glBlitFramebuffer(40, 40, 240, 240, 360, 150, 560, 350, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+  note_error("within the window");
+  show(window, "within the window");
+  gl.glDeleteFramebuffers(1, &framebuffer);
+  glDeleteTextures(1, &texture);
+  destroy_window(window);
+}
+
+// The depth and stencil of the window, which have to be kept as they are there.
+void window_depth_blits() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  GLint stencil_bits = 0;
+  glGetIntegerv(GL_STENCIL_BITS, &stencil_bits);
+  const GLuint depth =
+      make_renderbuffer(gl, stencil_bits ? GL_DEPTH24_STENCIL8 : GL_DEPTH_COMPONENT24, over_all.width, over_all.height);
+  draw_steps(0.5f);
+  show_unread(window, "with depth");
+  draw_steps(0.4f);
+  const GLuint framebuffer = make_framebuffer(gl);
+  gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depth);
+  if (stencil_bits) gl.glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depth);
+  gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  gl.glBlitFramebuffer(0, 0, over_all.width, over_all.height, 0, 0, over_all.width, over_all.height,
+                       GL_DEPTH_BUFFER_BIT, GL_NEAREST);
+  note_error("depth");
+  gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
+  std::vector<GLfloat> depths(static_cast<size_t>(over_all.width) * over_all.height);
+  glReadPixels(0, 0, over_all.width, over_all.height, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+  note_error("reading depth");
+  note_bytes("depths", depths.data(), depths.size() * sizeof depths[0]);
+  CHECK(*std::min_element(depths.begin(), depths.end()) < 0.9f);
+  gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+  gl.glDeleteFramebuffers(1, &framebuffer);
+  gl.glDeleteRenderbuffers(1, &depth);
+  destroy_window(window);
+}
+
+// What the program has set for uploads of its own is not in the way of a copy, and is as before afterwards. (A copy
+// under glPixelTransfer is black by the software renderer, alone too.)
+void copies_under_state() {
+  begin_scene(__func__);
+  if (is_basic()) return;
+  const gl_window window = make_pixel_window();
+  const gl_extensions gl = find_extensions();
+  const GLuint texture = make_target_texture();
+  GLuint buffer;
+  gl.glGenBuffers(1, &buffer);
+  gl.glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer);
+  gl.glBufferData(GL_PIXEL_UNPACK_BUFFER, 16, nullptr, GL_STATIC_DRAW);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 1000);
+  glPixelStorei(GL_UNPACK_SKIP_ROWS, 7);
+  draw_steps(0.3f);
+  glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 230, 110, target_size, target_size);
+  note_error("copied");
+  for (const GLenum name : {GL_PIXEL_UNPACK_BUFFER_BINDING, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS}) {
+    GLint value = 0;
+    glGetIntegerv(name, &value);
+    note("0x%x is %d", name, value);
+  }
+  gl.glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+  glEnable(GL_TEXTURE_2D);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+  textured_square(10, 130, 256, 1);
+  textured_square(330, 20, 256, 1);
+  glDisable(GL_TEXTURE_2D);
+  show(window, "copied");
+  gl.glDeleteBuffers(1, &buffer);
+  glDeleteTextures(1, &texture);
+  destroy_window(window);
+}
+
 // An object within the window's size is read whole in both modes: in the basic one each part gives a piece.
 void read_framebuffers() {
   begin_scene(__func__);
@@ -813,6 +927,9 @@ const scene_group object_scenes = {"objects",
                                     {"programs", programs},
                                     {"patterns", patterns},
                                     {"framebuffers", framebuffers},
+                                    {"window_blits", window_blits},
+                                    {"window_depth_blits", window_depth_blits},
+                                    {"copies_under_state", copies_under_state},
                                     {"read_framebuffers", read_framebuffers},
                                     {"read_textures", read_textures},
                                     {"read_large_framebuffers", read_large_framebuffers},

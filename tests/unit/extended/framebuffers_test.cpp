@@ -359,7 +359,7 @@ TEST_P(window_copies_test, a_blit_from_the_window_is_each_part_s_from_what_was_g
   finish();
   const auto [width, height] = size();
   // Mirrored, twice as large, and over the window's edges.
-  osw_glBlitFramebuffer(width + 10, 20, 50, height + 5, 0, 0, 640, 480, GL_COLOR_BUFFER_BIT, GL_LINEAR);
+  osw_glBlitFramebuffer(width + 10, 20, 50, height + 5, 0, 0, 640, 480, GL_COLOR_BUFFER_BIT, GL_NEAREST);
   wait();
   for (int part = 0; part < 4; ++part) {
     const std::vector<driver::call> changes = changes_on(part);
@@ -369,11 +369,11 @@ TEST_P(window_copies_test, a_blit_from_the_window_is_each_part_s_from_what_was_g
     };
     const driver::call image = find(glTexImage2D_op::op);
     EXPECT_EQ(image.arguments[2], static_cast<u64>(GL_RGBA8));
-    EXPECT_EQ(image.arguments[3], static_cast<u64>(width - 49));
-    EXPECT_EQ(image.arguments[4], static_cast<u64>(height - 19));
+    EXPECT_EQ(image.arguments[3], static_cast<u64>(width - 50));
+    EXPECT_EQ(image.arguments[4], static_cast<u64>(height - 20));
     EXPECT_EQ(find(glBlitFramebuffer_op::op),
-              (expect<glBlitFramebuffer_op>(width + 10 - 49, 20 - 19, 50 - 49, height + 5 - 19, 0, 0, 640, 480,
-                                            GL_COLOR_BUFFER_BIT, GL_LINEAR)));
+              (expect<glBlitFramebuffer_op>(width + 10 - 50, 0, 0, height + 5 - 20, 0, 0, 640, 480, GL_COLOR_BUFFER_BIT,
+                                            GL_NEAREST)));
     EXPECT_EQ(find(glFramebufferTexture2D_op::op),
               (expect<glFramebufferTexture2D_op>(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 1u, 0)));
     const auto blit = std::ranges::find(changes, +glBlitFramebuffer_op::op, &driver::call::op);
@@ -385,6 +385,25 @@ TEST_P(window_copies_test, a_blit_from_the_window_is_each_part_s_from_what_was_g
     EXPECT_TRUE(driver::taken_names(rendered.children[static_cast<std::size_t>(part)]).empty());
   }
   EXPECT_TRUE(copies_alone() == false) << "the window is read again";
+}
+
+// Where a filter takes in neighbours, the image is the window's, to the last bit.
+TEST_P(window_copies_test, a_filtered_blit_is_from_all_of_the_window) {
+  osw_glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 7);
+  finish();
+  osw_glBlitFramebuffer(10, 20, 50, 70, 0, 0, 640, 480, GL_COLOR_BUFFER_BIT, GL_LINEAR);
+  wait();
+  const auto [width, height] = size();
+  for (int part = 0; part < 4; ++part) {
+    const std::vector<driver::call> changes = changes_on(part);
+    const auto image = std::ranges::find(changes, +glTexImage2D_op::op, &driver::call::op);
+    ASSERT_NE(image, changes.end());
+    EXPECT_EQ(image->arguments[3], static_cast<u64>(width));
+    EXPECT_EQ(image->arguments[4], static_cast<u64>(height));
+    EXPECT_EQ(std::ranges::count(changes, expect<glBlitFramebuffer_op>(10, 20, 50, 70, 0, 0, 640, 480,
+                                                                       GL_COLOR_BUFFER_BIT, GL_LINEAR)),
+              1);
+  }
 }
 
 TEST_P(window_copies_test, a_blit_that_reads_nothing_of_the_window_is_each_part_s_own) {
