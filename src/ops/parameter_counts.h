@@ -131,11 +131,24 @@ constexpr u32 __osw_point_param_count(GLenum pname) {
   }
 }
 
-// The calls of gl_wide.inc. Any pname of a texture's or a sampler's that is not named here takes one value.
+// The calls of gl_wide.inc and gl_changed.inc. Any pname that is not named here takes one value.
 constexpr u32 texture_values(GLenum pname) {
   return pname == GL_TEXTURE_BORDER_COLOR || pname == GL_TEXTURE_SWIZZLE_RGBA ? 4 : 1;
 }
 
+constexpr u32 env_values(GLenum pname) {
+  return pname == GL_TEXTURE_ENV_COLOR ? 4 : 1;
+}
+
+constexpr u32 light_model_values(GLenum pname) {
+  return pname == GL_LIGHT_MODEL_AMBIENT ? 4 : 1;
+}
+
+constexpr u32 fog_values(GLenum pname) {
+  return pname == GL_FOG_COLOR ? 4 : 1;
+}
+
+// Another pname of this one is none of GL's.
 constexpr u32 patch_values(GLenum pname) {
   switch (pname) {
     case GL_PATCH_DEFAULT_OUTER_LEVEL:

@@ -1,13 +1,14 @@
 // Streams of calls by fixed seeds: whatever the application calls, and whatever it does to its memory behind each call,
 // each part receives the same calls in the same order with the same bytes.
+#include <cstdlib>
 #include <ostream>
 
 #include "stream.h"
 
 namespace {
 
-// One million calls in all. Under ThreadSanitizer, where each hand-over between threads costs many times as much, a
-// tenth.
+// One million calls in each mode. Under ThreadSanitizer, where each hand-over between threads costs many times as much,
+// a tenth.
 #ifdef OSW_THREAD_SANITIZER
 constexpr u64 calls_divisor = 10;
 #else
@@ -21,11 +22,19 @@ struct seeded {
   library::path way;
   int parts;
   bool query_on_app_thread;
+  bool extended = false;
 };
 
 // For the names of tests.
 void PrintTo(const seeded& stream, std::ostream* out) {
   *out << stream.name;
+}
+
+// How often each stream's calls are made, by OSW_FUZZ_TIMES: for a run of many more than there is time for every time.
+u64 times() {
+  const char* wanted = std::getenv("OSW_FUZZ_TIMES");
+  const long number = wanted ? std::strtol(wanted, nullptr, 10) : 1;
+  return number > 0 ? static_cast<u64>(number) : 1;
 }
 
 struct fuzz_test : library::process_test, testing::WithParamInterface<seeded> {};
@@ -34,9 +43,12 @@ TEST_P(fuzz_test, each_part_receives_what_the_application_calls) {
   const seeded& now = GetParam();
   fuzz::stream run;
   run.random.state = now.seed;
-  fuzz::begin(&run, {.parts = now.parts, .way = now.way, .query_on_app_thread = now.query_on_app_thread});
-  fuzz::make_calls(&run, now.calls / calls_divisor);
-  EXPECT_GE(run.calls, now.calls / calls_divisor);
+  fuzz::begin(
+      &run,
+      {.parts = now.parts, .way = now.way, .query_on_app_thread = now.query_on_app_thread, .extended = now.extended});
+  const u64 calls = now.calls / calls_divisor * times();
+  fuzz::make_calls(&run, calls);
+  EXPECT_GE(run.calls, calls);
   EXPECT_EQ(run.failure, "");
   fuzz::end(&run);
 }
@@ -51,6 +63,15 @@ INSTANTIATE_TEST_SUITE_P(streams, fuzz_test,
                                          seeded{"one_part", 4, 50000, threaded, 1, true},
                                          seeded{"without_mirror", 5, 100000, threaded, 2, false},
                                          seeded{"sequential", 6, 150000, sequential, 2, true}),
+                         [](const auto& instance) { return instance.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(extended_streams, fuzz_test,
+                         testing::Values(seeded{"two_parts", 11, 350000, threaded, 2, true, true},
+                                         seeded{"four_parts", 12, 250000, threaded, 4, true, true},
+                                         seeded{"five_parts", 13, 100000, threaded, 5, true, true},
+                                         seeded{"one_part", 14, 50000, threaded, 1, true, true},
+                                         seeded{"without_mirror", 15, 100000, threaded, 2, false, true},
+                                         seeded{"sequential", 16, 150000, sequential, 2, true, true}),
                          [](const auto& instance) { return instance.param.name; });
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "pipeline/push.h"
 #include "support/threaded_call.h"
 #include "wgl/records/window_mapping.h"
+#include "wide_stream.h"
 
 namespace fuzz {
 
@@ -142,6 +143,7 @@ event answering_event(const stream& run, const ops::row& row, const driver::argu
 
 void make_call(stream* run, const ops::row& row, const driver::argument_bits& arguments) {
   if (!run->failure.empty()) return;
+  if (run->extended) return make_wide_call(run, row, arguments);
   const u64 read = shadowed_bytes(row, arguments, run->memory);
   const auto* pixels = reinterpret_cast<const u8*>(arguments[6]);
   std::vector<u8> shadow(pixels, pixels + read);
@@ -170,13 +172,20 @@ void begin(stream* run, const library::process_setup& setup) {
   run->rendered = library::start_rendering(window);
   begin(&run->memory);
   wait_for_parts(run);
-  watch(run->rendered, setup.way);
   begin(&run->expected, setup, window);
+  run->extended = setup.extended;
+  if (run->extended) {
+    begin(&run->wide, setup, window);
+    watch_wide(run);
+  } else {
+    watch(run->rendered, setup.way);
+  }
   for (const std::string& name : ops::ops_without_shape()) fail(run, name + " has no shape in call_shapes.cpp");
 }
 
-bool check(stream* run) {
-  wait_for_parts(run);
+namespace {
+
+void compare_contexts(stream* run) {
   for (int i = 0; i < context_count; ++i) {
     auto& expected = i == 0 ? run->expected.app_events : run->expected.part_events[static_cast<std::size_t>(i - 1)];
     const std::string fault = compare(expected, contexts[i].seen);
@@ -184,6 +193,18 @@ bool check(stream* run) {
     if (!fault.empty()) fail(run, who + fault);
     expected.clear();
     contexts[i].seen.clear();
+  }
+}
+
+}  // namespace
+
+bool check(stream* run) {
+  wait_for_parts(run);
+  if (run->extended) {
+    const std::string fault = compare_wide(run);
+    if (!fault.empty()) fail(run, fault);
+  } else {
+    compare_contexts(run);
   }
   free_kept_blocks(&run->memory);
   platform::clear_debug_output();
@@ -233,7 +254,11 @@ void make_calls(stream* run, u64 count) {
   while (run->calls < last && !has_ended(run->random) && run->failure.empty()) {
     const stretch now = one_of(&run->random, stretches);
     for (u32 i = 0; i < now.calls && run->calls < last && !has_ended(run->random); ++i) {
-      choose_call(run, choose_row(run, now));
+      if (run->extended) {
+        choose_wide_call(run, now.waiting_one_in && one_in(&run->random, now.waiting_one_in));
+      } else {
+        choose_call(run, choose_row(run, now));
+      }
     }
     check(run);
   }

@@ -7,13 +7,16 @@
 #include "app_memory.h"
 #include "expectation.h"
 #include "random_source.h"
+#include "wide_expectation.h"
 
 namespace fuzz {
 
 struct stream {
   source random;
   app_memory memory;
+  bool extended = false;
   expectation expected;
+  wide_expectation wide;  // in the place of the other in the extended mode
   library::rendering rendered;
   u64 calls = 0;        // made so far
   std::string failure;  // empty while everything is as it should be
