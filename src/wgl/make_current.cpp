@@ -139,41 +139,65 @@ bool repeats_binding(const __osw_thread_state* state, HDC hdc, HGLRC hglrc) {
   return sys_wgl<wglGetCurrentDC_op>(state)() == hdc && sys_wgl<wglGetCurrentContext_op>(state)() == hglrc;
 }
 
-}  // namespace
-
-// A call that repeats the current binding returns FALSE and touches nothing.
-BOOL wglMakeCurrent_op::handle(HDC hdc, HGLRC hglrc) {
-  const HANDLE thread = GetCurrentThread();
-  __osw_thread_state* state = __osw_fetch_thread_state();
-  if (repeats_binding(state, hdc, hglrc)) return 0;
-  __osw_print_sync_info(state);
-  state->current_hdc = hdc;
-  state->current_hglrc = hglrc;
-  const BOOL result = sys_wgl<wglMakeCurrent_op>(state)(hdc, hglrc);
-  if (!result) return result;
-
+// Lets the library and the parts follow what the system has bound. `bind_context` does that for a context.
+template <class Bind>
+void follow_system(__osw_thread_state* state, HDC hdc, HGLRC hglrc, Bind bind_context) {
   // The workers may still be reading the mapping that this binding replaces, until they have taken the command below.
   __osw_window_mapping* replaced = state->window_mapping;
   outcome reached = outcome::complete;
   if (hglrc) {
-    reached = bind(state, hdc, hglrc, thread);
+    reached = bind_context();
   } else {
     release(state);
   }
   if (reached == outcome::complete) tell_parts(state, hdc, hglrc);
   if (reached != outcome::refused) __osw_drop_window_mapping(replaced);
+}
+
+BOOL bind_anew(__osw_thread_state* state, HDC hdc, HGLRC hglrc) {
+  const HANDLE thread = GetCurrentThread();
+  __osw_print_sync_info(state);
+  state->current_hdc = hdc;
+  state->current_hglrc = hglrc;
+  const BOOL result = sys_wgl<wglMakeCurrent_op>(state)(hdc, hglrc);
+  if (result) follow_system(state, hdc, hglrc, [=] { return bind(state, hdc, hglrc, thread); });
   return result;
 }
 
-// As the system does it, a call that repeats the current binding succeeds.
-BOOL changed<wglMakeCurrent_op>::handle(HDC hdc, HGLRC hglrc) {
-  if (repeats_binding(__osw_fetch_thread_state(), hdc, hglrc)) return 1;
-  return wglMakeCurrent_op::handle(hdc, hglrc);
+// Whether the current context is one of those with children and bound without them.
+bool is_bound_alone(const __osw_thread_state* state, HGLRC hglrc) {
+  return hglrc && !state->glrc && __osw_glrc_lookup(hglrc);
 }
 
-// The parts read what they draw: with another drawable to read from, the application's own context alone is bound.
+}  // namespace
+
+// A call that repeats the current binding returns FALSE and touches nothing.
+BOOL wglMakeCurrent_op::handle(HDC hdc, HGLRC hglrc) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  return repeats_binding(state, hdc, hglrc) ? 0 : bind_anew(state, hdc, hglrc);
+}
+
+// A call that repeats the current binding succeeds, if that can still be drawn to. The system says so where it cannot,
+// or where nothing is bound.
+BOOL changed<wglMakeCurrent_op>::handle(HDC hdc, HGLRC hglrc) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  if (!repeats_binding(state, hdc, hglrc) || is_bound_alone(state, hglrc)) return bind_anew(state, hdc, hglrc);
+  if (hglrc && is_drawable(hdc)) return 1;
+  return sys_wgl<wglMakeCurrent_op>(state)(hdc, hglrc);
+}
+
+// The parts read what they draw: with another drawable to read from, the context is bound without them.
 BOOL changed<wglMakeContextCurrentARB_op>::handle(HDC draw_hdc, HDC read_hdc, HGLRC hglrc) {
   __osw_thread_state* state = __osw_fetch_thread_state();
   if (draw_hdc == read_hdc) return entry_in<wglMakeCurrent_op>(state->wgl_table)(draw_hdc, hglrc);
-  return sys_wgl<wglMakeContextCurrentARB_op>(state)(draw_hdc, read_hdc, hglrc);
+  __osw_print_sync_info(state);
+  state->current_hdc = draw_hdc;
+  state->current_hglrc = hglrc;
+  const BOOL result = sys_wgl<wglMakeContextCurrentARB_op>(state)(draw_hdc, read_hdc, hglrc);
+  if (!result) return result;
+  follow_system(state, draw_hdc, hglrc, [=] {
+    bind_without_children(state, draw_hdc, __osw_glrc_lookup(hglrc));
+    return outcome::complete;
+  });
+  return result;
 }

@@ -3,6 +3,7 @@
 #include "pipeline/statistics.h"
 #include "wgl/child_moves.h"
 #include "wgl/main_table.h"
+#include "wgl/records/pbuffer.h"
 
 namespace {
 
@@ -19,6 +20,17 @@ BOOL wglSwapBuffers_op::handle(HDC hdc) {
   const BOOL result = state->path->swap(state, hdc);
   count_frame(state);
   return result;
+}
+
+// What cannot be swapped the system refuses, with the reason.
+BOOL changed<wglSwapBuffers_op>::handle(HDC hdc) {
+  if (is_drawable(hdc)) return wglSwapBuffers_op::handle(hdc);
+  return sys_wgl<wglSwapBuffers_op>(__osw_fetch_thread_state())(hdc);
+}
+
+BOOL changed<wglSwapLayerBuffers_op>::handle(HDC hdc, UINT planes) {
+  if (is_drawable(hdc)) return wglSwapLayerBuffers_op::handle(hdc, planes);
+  return sys_wgl<wglSwapLayerBuffers_op>(__osw_fetch_thread_state())(hdc, planes);
 }
 
 BOOL wglSwapLayerBuffers_op::handle(HDC hdc, UINT planes) {

@@ -27,3 +27,7 @@ void __osw_pbuffer_enter(const __osw_pbuffer& record) {
 void __osw_pbuffer_erase(HPBUFFERARB hpbuffer) {
   write_slot(__osw_pbuffer_registry, &__osw_pbuffer_lock, &__osw_pbuffer::app_hpbuffer, hpbuffer, __osw_pbuffer{});
 }
+
+bool is_drawable(HDC hdc) {
+  return hdc && (WindowFromDC(hdc) || __osw_pbuffer_of_hdc(hdc));
+}

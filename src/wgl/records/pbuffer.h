@@ -36,6 +36,9 @@ __osw_pbuffer* find_pbuffer_or_warn(HPBUFFERARB hpbuffer, const char* function);
 // The record whose pbuffer's device context is `hdc`, or null. `hdc` is not null. Any thread.
 __osw_pbuffer* __osw_pbuffer_of_hdc(HDC hdc);
 
+// Whether a device context is that of a window or of a pbuffer with a record. Any thread.
+bool is_drawable(HDC hdc);
+
 // As `__osw_glrc_enter` and `__osw_glrc_erase`.
 void __osw_pbuffer_enter(const __osw_pbuffer& record);
 void __osw_pbuffer_erase(HPBUFFERARB hpbuffer);

@@ -353,15 +353,63 @@ TEST_P(context_attributes_test, one_drawable_for_both_is_bound_as_ever) {
   EXPECT_EQ(own_state()->mode, mode_no_context);
 }
 
-TEST_P(context_attributes_test, two_drawables_are_the_system_s) {
+TEST_P(context_attributes_test, with_two_drawables_a_context_is_bound_without_parts) {
   start();
   const library::rendering rendered = library::start_rendering();
   const library::app_window other = library::open_window();
+  library::finish();
   driver::clear_calls();
   EXPECT_TRUE(osw_wglMakeContextCurrentARB(rendered.window.hdc, other.hdc, rendered.context));
-  EXPECT_EQ(
-      scene::own_steps(),
-      (steps{in<wglMakeContextCurrentARB_op>(rendered.context, rendered.window.hdc, other.hdc, rendered.context)}));
+  ASSERT_FALSE(scene::own_steps().empty());
+  EXPECT_EQ(scene::own_steps()[0],
+            (in<wglMakeContextCurrentARB_op>(rendered.context, rendered.window.hdc, other.hdc, rendered.context)));
+  EXPECT_EQ(own_state()->glrc, nullptr);
+  EXPECT_EQ(own_state()->window_mapping, nullptr);
+  library::finish();
+  driver::clear_calls();
+  osw_glPointSize(3);
+  EXPECT_EQ(driver::calls_of<glPointSize_op>().size(), 1u);
+  EXPECT_EQ(driver::calls_of<glPointSize_op>()[0].context, rendered.context);
+  // With one drawable for both it is spread again, although the system has that to draw to already.
+  EXPECT_TRUE(osw_wglMakeCurrent(rendered.window.hdc, rendered.context));
+  EXPECT_EQ(own_state()->glrc, __osw_glrc_lookup(rendered.context));
+  driver::clear_calls();
+  osw_glPointSize(4);
+  library::finish();
+  for (const HGLRC child : rendered.children) {
+    EXPECT_EQ(driver::gl_calls_in(child), std::vector<driver::call>{driver::expect<glPointSize_op>(4.0f)});
+  }
+}
+
+TEST_P(context_attributes_test, two_drawables_that_the_system_refuses_leave_the_binding) {
+  start();
+  const library::rendering rendered = library::start_rendering();
+  driver::set_result<wglMakeContextCurrentARB_op>(0);
+  EXPECT_FALSE(osw_wglMakeContextCurrentARB(rendered.window.hdc, nullptr, rendered.context));
+  EXPECT_EQ(own_state()->glrc, __osw_glrc_lookup(rendered.context));
+}
+
+TEST_P(context_attributes_test, nothing_that_is_bound_again_is_the_system_s_to_judge) {
+  start();
+  driver::set_result<wglMakeCurrent_op>(0);
+  EXPECT_FALSE(osw_wglMakeCurrent(nullptr, nullptr));
+  EXPECT_EQ(driver::calls_of<wglMakeCurrent_op>().size(), 1u);
+}
+
+TEST_P(context_attributes_test, what_has_no_window_any_more_the_system_refuses_to_swap) {
+  start();
+  const library::rendering rendered = library::start_rendering();
+  library::finish();
+  driver::clear_calls();
+  driver::set_result<wglSwapBuffers_op>(0);
+  driver::set_result<wglSwapLayerBuffers_op>(0);
+  const HDC gone = reinterpret_cast<HDC>(u64{0x12340});
+  EXPECT_FALSE(osw_wglSwapBuffers(gone));
+  EXPECT_FALSE(osw_wglSwapLayerBuffers(gone, 1));
+  EXPECT_FALSE(osw_wglSwapBuffers(nullptr));
+  library::finish();
+  EXPECT_EQ(driver::calls_of<wglSwapBuffers_op>().size(), 2u);
+  for (const driver::call& call : driver::calls_of<wglSwapBuffers_op>()) EXPECT_EQ(call.context, rendered.context);
 }
 
 TEST_P(context_attributes_test, a_binding_that_is_repeated_succeeds_and_touches_nothing) {
@@ -380,10 +428,10 @@ TEST_P(context_attributes_test, a_binding_that_is_repeated_succeeds_and_touches_
 TEST(changed_wgl_list_test, it_has_its_ops) {
   std::vector<std::string> names;
   for_each_changed_wgl_op([&]<class Op>() { names.emplace_back(Op::name); });
-  EXPECT_EQ(names, (std::vector<std::string>{"wglMakeCurrent", "wglUseFontBitmapsA", "wglUseFontBitmapsW",
-                                             "wglUseFontOutlinesA", "wglUseFontOutlinesW", "wglGetExtensionsStringARB",
-                                             "wglMakeContextCurrentARB", "wglCreateContextAttribsARB",
-                                             "wglGetExtensionsStringEXT"}));
+  EXPECT_EQ(names, (std::vector<std::string>{
+                       "wglMakeCurrent", "wglSwapBuffers", "wglSwapLayerBuffers", "wglUseFontBitmapsA",
+                       "wglUseFontBitmapsW", "wglUseFontOutlinesA", "wglUseFontOutlinesW", "wglGetExtensionsStringARB",
+                       "wglMakeContextCurrentARB", "wglCreateContextAttribsARB", "wglGetExtensionsStringEXT"}));
 }
 
 }  // namespace
