@@ -1,5 +1,6 @@
 #include "argument_memory.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -101,6 +102,23 @@ u32 place_of_pname(const ops::row& row) {
   return row.count - (std::string(row.name).starts_with("glClear") ? 3 : 2);
 }
 
+// Any pname of some of them takes a value, so that they look like calls of a fixed number.
+bool takes_pname(const ops::row& row) {
+  const reads what = shape_of(row.op).what;
+  const std::string name = row.name;
+  constexpr const char* calls[] = {"glClearBuffer",
+                                   "glClearNamedFramebuffer",
+                                   "glSamplerParameter",
+                                   "glTextureParameter",
+                                   "glTexParameter",
+                                   "glTexEnv",
+                                   "glLightModel",
+                                   "glFogfv",
+                                   "glFogiv"};
+  const bool is_listed = std::ranges::any_of(calls, [&](const char* begin) { return name.starts_with(begin); });
+  return what == reads::parameters || (what == reads::vectors && is_listed);
+}
+
 u32 values_by_pname(const ops::row& row, arguments_of a) {
   const char* calls = calls_of(row);
   for (const pname_values& one : table) {
@@ -127,9 +145,8 @@ bool digest_of_arguments(const ops::row& row, arguments_of a, u64* digest) {
   const auto add = [&](u32 at, u64 bytes) {
     if (a[at] >= lowest_address && bytes) *digest = mixed_bytes(*digest, reinterpret_cast<const void*>(a[at]), bytes);
   };
+  if (takes_pname(row)) return add(last, u64{values_by_pname(row, a)} * row.parameters[last].element_size), true;
   switch (shape_of(row.op).what) {
-    case reads::parameters:
-      return add(last, u64{values_by_pname(row, a)} * row.parameters[last].element_size), true;
     case reads::texel:
       return add(last, bytes_of_texel(row, a)), true;
     case reads::arrays:

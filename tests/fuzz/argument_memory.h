@@ -8,6 +8,9 @@ namespace fuzz {
 // A pname that the function takes, chosen by a number; now and then one that GL refuses.
 GLenum pname_for(const ops::row& row, u32 choice);
 
+// Whether the call takes as many values as a pname says.
+bool takes_pname(const ops::row& row);
+
 // Of such a call.
 u32 values_by_pname(const ops::row& row, const driver::argument_bits& arguments);
 

@@ -23,6 +23,7 @@ constexpr GLbitfield accesses[] = {GL_MAP_READ_BIT,
                                    GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_RANGE_BIT,
                                    GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_BUFFER_BIT,
                                    GL_MAP_WRITE_BIT | GL_MAP_FLUSH_EXPLICIT_BIT,
+                                   GL_MAP_WRITE_BIT | GL_MAP_READ_BIT | GL_MAP_FLUSH_EXPLICIT_BIT,
                                    GL_MAP_WRITE_BIT | GL_MAP_UNSYNCHRONIZED_BIT,
                                    GL_MAP_READ_BIT | GL_MAP_INVALIDATE_RANGE_BIT};
 constexpr GLenum whole_accesses[] = {GL_READ_ONLY, GL_WRITE_ONLY, GL_READ_WRITE};
@@ -43,6 +44,17 @@ void write_mapping(stream* run, const buffer_object& buffer) {
   const bool writes_all = buffer.map_access & gives_up;
   const u32 first = writes_all ? 0 : below(&run->random, static_cast<u32>(buffer.map_length));
   fill_with_noise(&run->memory, bytes + first, buffer.map_length - first);
+}
+
+void flush_mapping(stream* run) {
+  for (const auto& [name, bytes] : run->wide.blocks) {
+    const buffer_object* buffer = named_buffer(run->wide.part, name);
+    if (!buffer || !buffer->is_mapped || !(buffer->map_access & GL_MAP_FLUSH_EXPLICIT_BIT)) continue;
+    const u32 offset = below(&run->random, static_cast<u32>(buffer->map_length));
+    const u64 length = below(&run->random, static_cast<u32>(buffer->map_length) - offset + 1);
+    fill_with_noise(&run->memory, bytes + offset, length);
+    return call(run, glFlushMappedNamedBufferRange_op::op, {name, offset, length});
+  }
 }
 
 // With the whole buffer given up, what lies beside the mapping has no contents either.
@@ -81,15 +93,7 @@ void map(stream* run) {
   }
   const buffer_object* now = by_name ? named_buffer(run->wide.part, name) : bound_buffer(run->wide.part, target);
   if (now && now->is_mapped && !is_mapped && run->failure.empty()) write_mapping(run, *now);
-}
-
-void flush_mapping(stream* run) {
-  const buffer_object* buffer = mapped_one(run);
-  if (!buffer || !(buffer->map_access & GL_MAP_FLUSH_EXPLICIT_BIT)) return;
-  const u32 offset = below(&run->random, static_cast<u32>(buffer->map_length));
-  const u64 length = below(&run->random, static_cast<u32>(buffer->map_length) - offset + 1);
-  fill_with_noise(&run->memory, run->wide.blocks[buffer->name] + offset, length);
-  call(run, glFlushMappedNamedBufferRange_op::op, {buffer->name, offset, length});
+  if (one_in(from, 2)) flush_mapping(run);
 }
 
 void unmap(stream* run) {
@@ -197,7 +201,9 @@ rectangle inside_window(stream* run, u32 most) {
 
 void read_pixels(stream* run) {
   source* from = &run->random;
-  const bool has_buffer = run->wide.part.bound[pack_target] != nullptr;
+  const buffer_object* buffer = run->wide.part.bound[pack_target].get();
+  const bool has_buffer = buffer != nullptr;
+  if (has_buffer && buffer->is_mapped) return;
   rectangle read = inside_window(run, 40);
   if (!has_buffer && one_in(from, 2)) {
     read.x = between(from, -20, run->wide.width + 5);
@@ -263,7 +269,7 @@ void choose_mapping(stream* run) {
 
 void choose_fence(stream* run, bool may_wait) {
   const u64 fence = one_in(&run->random, 12) ? 0x123456 : any_fence(run);
-  switch (below(&run->random, may_wait ? 6 : 4)) {
+  switch (below(&run->random, may_wait ? 9 : 4)) {
     case 0:
       if (run->wide.fences.size() < 100) call(run, glFenceSync_op::op, {GL_SYNC_GPU_COMMANDS_COMPLETE, 0});
       return;
@@ -277,6 +283,8 @@ void choose_fence(stream* run, bool may_wait) {
       call(run, glWaitSync_op::op, {fence, 0, ~u64{0}});
       return;
     case 4:
+    case 5:
+    case 6:
       call(run, glClientWaitSync_op::op, {fence, GL_SYNC_FLUSH_COMMANDS_BIT, below(&run->random, 1000)});
       return;
     default:

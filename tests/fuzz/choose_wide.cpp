@@ -153,7 +153,9 @@ void fill_some(stream* run, const ops::row& row, driver::argument_bits* a) {
 void fill_parameters(stream* run, const ops::row& row, driver::argument_bits* a) {
   const u32 last = row.count - 1;
   (*a)[place_of_pname(row)] = pname_for(row, below(&run->random, 64));
-  (*a)[last] = block_of(run, u64{values_by_pname(row, *a)} * row.parameters[last].element_size);
+  // No program passes less than one value, whatever GL makes of the name.
+  const u32 values = std::max(values_by_pname(row, *a), 1u);
+  (*a)[last] = block_of(run, u64{values} * row.parameters[last].element_size);
 }
 
 void fill_texel(stream* run, const ops::row& row, driver::argument_bits* a) {
@@ -202,11 +204,10 @@ void fill_rest(stream* run, const ops::row& row, driver::argument_bits* a) {
 
 void fill_memory(stream* run, const ops::row& row, driver::argument_bits* a) {
   const call_shape& shape = shape_of(row.op);
+  if (takes_pname(row)) return fill_parameters(run, row, a);
   switch (shape.what) {
     case reads::vectors:
       return fill_vectors(run, row, shape, a);
-    case reads::parameters:
-      return fill_parameters(run, row, a);
     case reads::items:
       if (!has_unpack_buffer(*run, shape)) return fill_items(run, row, shape, a);
       (*a)[shape.count_at] = below(&run->random, 40);
@@ -249,6 +250,12 @@ void fill_special(stream* run, const ops::row& row, driver::argument_bits* a) {
     (*a)[0] = one_of(&run->random, targets);
     (*a)[1] = one_in(&run->random, 3) ? between(&run->random, 1, 5) : 0;
   }
+  if (row.op == glPixelTransferf_op::op || row.op == glPixelTransferi_op::op) {
+    constexpr GLenum transfers[] = {GL_MAP_COLOR, GL_RED_SCALE, GL_ALPHA_BIAS, GL_DEPTH_SCALE, GL_INDEX_SHIFT};
+    const i32 value = between(&run->random, 0, 2);
+    (*a)[0] = one_of(&run->random, transfers);
+    (*a)[1] = row.op == glPixelTransferi_op::op ? bits_of_number(value) : driver::bits_of(static_cast<float>(value));
+  }
   if (row.op == glPixelStorei_op::op || row.op == glPixelStoref_op::op) {
     const i32 value = one_of(&run->random, values);
     (*a)[0] = one_of(&run->random, stores);
@@ -264,7 +271,9 @@ bool has_subject(const ops::row& row) {
   constexpr int others[] = {glGetString_op::op, glGetStringi_op::op,       glReadPixels_op::op,
                             glIsSync_op::op,    glGetBufferSubData_op::op, glGetNamedBufferSubData_op::op,
                             glGetSynciv_op::op};
-  const bool is_state = op != glPixelStorei_op::op && op != glPixelStoref_op::op;
+  constexpr int states[] = {glPixelStorei_op::op, glPixelStoref_op::op, glPixelTransferi_op::op,
+                            glPixelTransferf_op::op};
+  const bool is_state = std::ranges::find(states, op) == std::end(states);
   gl_model probe = fresh_model(0, true, true);
   if (row.is_driver_op || row.threaded == ops::family::none || is_draw(op) || is_copy(op)) return true;
   if (is_mapping_call(op) || is_fence_call(op) || is_query_call(op) || asks_query(op)) return true;
@@ -294,6 +303,8 @@ void choose_any(stream* run, bool may_wait) {
   const std::vector<const ops::row*>& rows = rows_without_subject();
   const ops::row* row = rows[bits(&run->random, 2) % rows.size()];
   if (!may_wait && is_waited_for(*run, *row)) return;
+  // How a blit from the window is put together on a part is not followed.
+  if (function_of(row->op) == glBlitFramebuffer_op::op && !run->wide.part.read_framebuffer) return;
   driver::argument_bits a = {};
   for (u32 i = 0; i < row->count; ++i) {
     if (!row->parameters[i].is_pointer) a[i] = any_scalar(&run->random, row->parameters[i]);
@@ -309,14 +320,16 @@ u64 bits_of_number(i32 value) {
   return driver::bits_of(value);
 }
 
-void choose_wide_call(stream* run, bool may_wait) {
+void choose_wide_call(stream* run, bool may_wait_now) {
+  // On the sequential path nobody waits for another thread.
+  const bool may_wait = may_wait_now || !is_threaded(run->wide);
   const u32 chance = below(&run->random, 100);
   if (chance < 15) return choose_objects(run);
   if (chance < 28) return choose_draw(run);
   if (chance < 31) return choose_fence(run, may_wait);
   if (chance < 34) return choose_query(run, may_wait);
-  if (chance < 38 && may_wait) return choose_mapping(run);
-  if (chance < 40 && may_wait) return choose_pixels(run);
+  if (chance < 42 && may_wait) return choose_mapping(run);
+  if (chance < 46 && may_wait) return choose_pixels(run);
   choose_any(run, may_wait);
 }
 

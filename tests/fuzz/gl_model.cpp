@@ -24,6 +24,24 @@ bool change_store(gl_model* model, int op, arguments_of a) {
   receive(plain, op, a);
   model->pack = plain->pack;
   model->unpack = plain->unpack;
+  for (pixel_store* store : {&model->pack, &model->unpack}) {
+    store->swap_bytes = store->swap_bytes != 0;
+    store->lsb_first = store->lsb_first != 0;
+  }
+  return true;
+}
+
+bool change_transfer(gl_model* model, int op, arguments_of a) {
+  if (op != glPixelTransferi_op::op && op != glPixelTransferf_op::op) return false;
+  const auto bits = static_cast<u32>(a[1]);
+  float value = static_cast<float>(static_cast<i32>(bits));
+  if (op == glPixelTransferf_op::op) std::memcpy(&value, &bits, sizeof value);
+  const float plain = plain_transfer(name(a[0]));
+  if (value == plain) {
+    model->transfers.erase(name(a[0]));
+  } else if (plain >= 0) {
+    model->transfers[name(a[0])] = value;
+  }
   return true;
 }
 
@@ -145,8 +163,8 @@ effect reach_any(gl_model* model, const ops::row& row, arguments_of a) {
   if (row.threaded != ops::family::create && !has_text) {
     reached.values = mixed(reached.values, digest_of_pointers(*model, row, shape, a));
   }
-  // What an image is read by has gone into its bytes.
-  reached.state = shape.unpacks ? 0 : model->state_digest;
+  // What an image is read by has gone into its bytes, but for what then changes its values.
+  reached.state = shape.unpacks ? model->transfer_digest : model->state_digest;
   return reached;
 }
 
@@ -197,15 +215,44 @@ int function_of(int op) {
 }
 
 bool change_state(gl_model* model, int op, arguments_of a) {
-  return change_store(model, op, a) || change_buffers(model, op, a) || change_arrays(model, op, a);
+  return change_store(model, op, a) || change_transfer(model, op, a) || change_buffers(model, op, a) ||
+         change_arrays(model, op, a);
+}
+
+float plain_transfer(GLenum name) {
+  switch (name) {
+    case GL_RED_SCALE:
+    case GL_GREEN_SCALE:
+    case GL_BLUE_SCALE:
+    case GL_ALPHA_SCALE:
+    case GL_DEPTH_SCALE:
+      return 1;
+    case GL_MAP_COLOR:
+    case GL_MAP_STENCIL:
+    case GL_INDEX_SHIFT:
+    case GL_INDEX_OFFSET:
+    case GL_RED_BIAS:
+    case GL_GREEN_BIAS:
+    case GL_BLUE_BIAS:
+    case GL_ALPHA_BIAS:
+    case GL_DEPTH_BIAS:
+      return 0;
+    default:
+      return -1;
+  }
 }
 
 void note_state(gl_model* model) {
+  model->transfer_digest = driver::empty_digest;
+  for (const auto& [name, value] : model->transfers) {
+    model->transfer_digest = mixed(mixed(model->transfer_digest, name), driver::bits_of(value));
+  }
   u64 digest = digest_of_store(digest_of_store(driver::empty_digest, model->pack), model->unpack);
   for (const buffer_pointer& bound : model->bound) digest = mixed(digest, name_of_buffer(bound));
   digest = mixed(digest, name_of_buffer(model->vao->elements));
   digest = mixed(digest, u64{model->draw_framebuffer} << 32 | model->read_framebuffer);
-  model->state_digest = mixed(digest, u64{model->vao->name} << 32 | model->client_texture);
+  digest = mixed(digest, u64{model->vao->name} << 32 | model->client_texture);
+  model->state_digest = mixed(digest, model->transfer_digest);
 }
 
 bool makes_names(int op) {

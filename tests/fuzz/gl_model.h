@@ -108,8 +108,13 @@ struct gl_model {
   u64 next_sync = 1;
   std::set<GLuint> queries;  // ids that have been begun
   std::map<u64, GLuint> active_queries;
+  std::map<GLenum, float> transfers;  // what changes the values of pixels, where it is not as at first
   u64 state_digest = 0;
+  u64 transfer_digest = 0;
 };
+
+// As at first; negative for a name that is none.
+float plain_transfer(GLenum name);
 
 gl_model fresh_model(int number, bool has_contents, bool expects);
 

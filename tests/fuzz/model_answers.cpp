@@ -100,6 +100,13 @@ reply integer(const gl_model& model, GLenum pname, u64 at, bool is_boolean) {
   return is_boolean ? written(at, static_cast<u8>(value != 0)) : written(at, value);
 }
 
+reply transfer(const gl_model& model, GLenum pname, u64 at) {
+  const float plain = plain_transfer(pname);
+  const auto changed = model.transfers.find(pname);
+  if (plain < 0) return {};
+  return written(at, changed == model.transfers.end() ? plain : changed->second);
+}
+
 reply parameter(const buffer_object* buffer, GLenum pname, u64 at, bool is_long) {
   u64 value = 0;
   if (!find_parameter(buffer, pname, &value)) return {};
@@ -173,18 +180,6 @@ reply answer_queries(const gl_model& model, int op, arguments_of a, bool* known)
   }
 }
 
-// How values are changed on their way is left as it is at first.
-bool is_transfer_scale(GLenum pname) {
-  constexpr GLenum scales[] = {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE, GL_DEPTH_SCALE};
-  return std::ranges::find(scales, pname) != std::end(scales);
-}
-
-bool is_transfer(GLenum pname) {
-  constexpr GLenum others[] = {GL_MAP_COLOR,  GL_MAP_STENCIL, GL_INDEX_SHIFT, GL_INDEX_OFFSET, GL_RED_BIAS,
-                               GL_GREEN_BIAS, GL_BLUE_BIAS,   GL_ALPHA_BIAS,  GL_DEPTH_BIAS};
-  return is_transfer_scale(pname) || std::ranges::find(others, pname) != std::end(others);
-}
-
 reply answer_state(const gl_model& model, int op, arguments_of a, bool* known) {
   *known = true;
   switch (op) {
@@ -193,8 +188,7 @@ reply answer_state(const gl_model& model, int op, arguments_of a, bool* known) {
     case glGetBooleanv_op::op:
       return integer(model, name(a[0]), a[1], true);
     case glGetFloatv_op::op:
-      if (*known = is_transfer(name(a[0])); !*known) return {};
-      return written(a[1], is_transfer_scale(name(a[0])) ? 1.0f : 0.0f);
+      return transfer(model, name(a[0]), a[1]);
     case glGetTexLevelParameteriv_op::op:
       if (name(a[2]) != GL_TEXTURE_INTERNAL_FORMAT) return {};
       return written(a[3], static_cast<GLint>(format_of_texture(name(a[0]))));

@@ -104,7 +104,7 @@ upload upload_of(int op, arguments_of a) {
 }
 
 // What the textures and windows of all get: the window's pixels, one behind the other.
-effect effect_of(const upload& sent) {
+effect effect_of(const wide_expectation& all, const upload& sent) {
   std::vector<u8> pixels;
   for (i32 y = 0; y < sent.height; ++y) {
     for (i32 x = 0; x < sent.width; ++x) {
@@ -118,7 +118,9 @@ effect effect_of(const upload& sent) {
   a[sent.before.size() + 1] = sent.form.type;
   a[sent.before.size() + 2] = driver::bits_of(pixels.data());
   gl_model packed = fresh_model(0, true, true);
-  return reach(&packed, sent.op, a);
+  effect sent_on = reach(&packed, sent.op, a);
+  sent_on.state = all.part.transfer_digest;
+  return sent_on;
 }
 
 }  // namespace
@@ -128,7 +130,7 @@ bool copies_window(const wide_expectation& all, int op) {
 }
 
 void expect_copy(wide_expectation* all, int op, arguments_of a) {
-  const effect uploaded = effect_of(upload_of(op, a));
+  const effect uploaded = effect_of(*all, upload_of(op, a));
   if (is_threaded(*all) && all->mirrors) {
     all->app_effects.push_back(reach(&all->app, op, a));
     // Of its own window's pixels it knows nothing: what it uploads are those of the parts.
