@@ -64,11 +64,11 @@ INSTANTIATE_TEST_SUITE_P(streams, fuzz_test,
                          [](const auto& instance) { return instance.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(extended_streams, fuzz_test,
-                         testing::Values(seeded{"two_parts", 11, 350000, threaded, 2, true, true},
-                                         seeded{"four_parts", 12, 250000, threaded, 4, true, true},
+                         testing::Values(seeded{"two_parts", 11, 300000, threaded, 2, true, true},
+                                         seeded{"four_parts", 12, 150000, threaded, 4, true, true},
                                          seeded{"five_parts", 13, 100000, threaded, 5, true, true},
-                                         seeded{"one_part", 14, 50000, threaded, 1, true, true},
-                                         seeded{"without_mirror", 15, 100000, threaded, 2, false, true},
+                                         seeded{"one_part", 14, 150000, threaded, 1, true, true},
+                                         seeded{"without_mirror", 15, 150000, threaded, 2, false, true},
                                          seeded{"sequential", 16, 150000, sequential, 2, true, true}),
                          [](const auto& instance) { return instance.param.name; });
 
