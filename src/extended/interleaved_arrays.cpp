@@ -41,13 +41,18 @@ i32 bytes_of_components(i32 components, GLenum type) {
   return components * (type == GL_FLOAT ? i32{sizeof(GLfloat)} : i32{sizeof(GLubyte)});
 }
 
+// An address may be an offset in a buffer, and 0.
+const u8* behind(const u8* at, i32 bytes) {
+  return reinterpret_cast<const u8*>(reinterpret_cast<u64>(at) + static_cast<u64>(bytes));
+}
+
 // Notes the array of so many components at an address, or that there is none. Result: the address behind it.
 template <class Array>
 const u8* note_array(const __osw_thread_state* state, i32 components, GLenum type, i32 stride, const u8* at) {
   note_client_switch(state, Array::array, components != 0);
   if (!components) return at;
   note_pointer(state, {Array::array, false, array_kind::floats, components, type, 0, stride, at});
-  return at + bytes_of_components(components, type);
+  return behind(at, bytes_of_components(components, type));
 }
 
 // A driver may leave an array enabled that the standard says it disables.

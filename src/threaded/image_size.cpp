@@ -141,5 +141,6 @@ image_extent __osw_image_extent(const __osw_thread_state* state, const image_pay
   if (!reach || reach == too_many_bytes) return {0, reach};
   const u64 told =
       static_cast<u64>(__osw_image_size(state, image.size[0], image.size[1], image.size[2], image.format, image.type));
-  return {told, std::max(told, reach)};
+  // The last row of a wider image ends with its last pixel: what the size counts behind it may be anybody's.
+  return {std::min(told, reach), std::max(told, reach)};
 }

@@ -19,8 +19,9 @@ i32 __osw_image_size(const __osw_thread_state* state, i32 width, i32 height, i32
 
 // Bytes from the application's pointer on.
 struct image_extent {
-  u64 told;     // the size above, which is copied whatever lies there
-  u64 reached;  // as far as the workers go under the same unpack state, if that is more; or `too_many_bytes`
+  u64 told;     // what GL reads of the size above, which is copied whatever lies there
+  u64 reached;  // that size, or as far as the workers go under the same unpack state, if that is more; or
+                // `too_many_bytes`
 };
 
 // Bytes from a pointer on that a transfer under the state of one half of the pixel store reaches, skips included; 0 for

@@ -125,9 +125,6 @@ constexpr GLenum types[] = {GL_FLOAT, GL_FLOAT, GL_BYTE, GL_UNSIGNED_BYTE, GL_SH
 constexpr GLenum integer_types[] = {GL_INT, GL_UNSIGNED_INT, GL_SHORT, GL_UNSIGNED_BYTE};
 constexpr u64 few_attributes = 6;
 
-// At 0 addresses would be reckoned from a null pointer, which the sanitizers take for a mistake.
-constexpr u64 least_interleaved_offset = 4;
-
 // An attribute in the buffer that is bound, or an offset of no buffer, which an object that is not the first refuses.
 void point_attribute(stream* run) {
   source* from = &run->random;
@@ -165,7 +162,7 @@ void point_fixed(stream* run) {
       call(run, glTexCoordPointer_op::op, {1 + below(from, 4), GL_SHORT, stride, offset});
       return;
     default:
-      call(run, glInterleavedArrays_op::op, {GL_V2F + below(from, 14), stride * 4, offset + least_interleaved_offset});
+      call(run, glInterleavedArrays_op::op, {GL_V2F + below(from, 14), stride * 4, offset});
   }
 }
 

@@ -99,6 +99,20 @@ TEST_P(guarded_memory_test, elements_of_each_type_with_and_without_a_range) {
   expect_draws(glDrawRangeElements_op::op, 3);
 }
 
+// The last row ends with its last pixel, however long the rows are.
+TEST_P(guarded_memory_test, a_piece_of_a_wider_image) {
+  constexpr std::size_t bytes = 2 * 32 + 16;
+  const u8* block = vertices.block(bytes, GetParam());
+  received::read(glTexSubImage2D_op::op, received::bytes_at(8, bytes));
+  osw_glPixelStorei(GL_UNPACK_ROW_LENGTH, 8);
+  osw_glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 4, 3, GL_RGBA, GL_UNSIGNED_BYTE, block);
+  received::wait_for_parts();
+  received::for_each_part([&](const received::calls& logged) {
+    ASSERT_EQ(logged.back().what.op, glTexSubImage2D_op::op);
+    EXPECT_EQ(logged.back().memory, std::vector<u8>(block, block + bytes));
+  });
+}
+
 // These are waited for and read nothing on the issuing thread, not even where a draw would.
 TEST_P(guarded_memory_test, draws_without_a_capture_read_nothing_here) {
   const GLint firsts[] = {0, 5};
