@@ -1,5 +1,7 @@
 #include "stand_in_raise.h"
 
+#include <algorithm>
+
 #include "report.h"
 #include "sent_messages.h"
 #include "window_order.h"
@@ -70,6 +72,61 @@ void look_for_new_foremost() {
   }
 }
 
+struct owned_order {
+  int stand_ins;  // visible, above the owner
+  bool right;     // by their depth, and with no other window of the owner's below one
+};
+
+owned_order order_above(HWND owner) {
+  owned_order found = {0, true};
+  int depth = 0;
+  bool others = false;
+  for (HWND at = owner; (at = GetWindow(at, GW_HWNDPREV));) {
+    if (!IsWindowVisible(at) || !is_owned_by(at, owner)) continue;
+    const stand_in* s = find_stand_in_by_window(at);
+    if (!s || s->owner != owner) {
+      others = true;
+      continue;
+    }
+    const int its = depth_of(s->child);
+    found.right &= !others && its >= depth;
+    depth = its;
+    ++found.stand_ins;
+  }
+  return found;
+}
+
+bool is_in_order(HWND owner) {
+  int shown = 0;
+  for (const stand_in* s = first_stand_in; s; s = s->next) shown += s->owner == owner && IsWindowVisible(s->hwnd);
+  const owned_order found = order_above(owner);
+  return found.right && found.stand_ins == shown;
+}
+
+bool is_raising(HWND owner) {
+  for (const stand_in* s = first_stand_in; s; s = s->next) {
+    if (s->owner == owner && s->raise != raising::none) return true;
+  }
+  return false;
+}
+
+// What the X server tells late can undo what was raised, and so can the program. It is raised again after five looks;
+// and, as a dialog's thread may be busy for long and move it no sooner, after twice as many each time that it was of no
+// use.
+void look_for_disorder() {
+  constexpr int first_wait = 5, most_doublings = 8;
+  for (stand_in* s = first_stand_in; s; s = s->next) {
+    if (s != find_stand_in_by_owner(s->owner) || !s->foremost || is_raising(s->owner)) continue;
+    if (is_in_order(s->owner)) {
+      s->astray = s->restored = 0;
+    } else if (++s->astray >= first_wait << std::min(s->restored, most_doublings)) {
+      s->astray = 0;
+      ++s->restored;
+      set_raising(s->owner, raising::stand_ins);
+    }
+  }
+}
+
 // Wine moves a window to the front on the X server when it is shown and when it gets the focus, and keeps the request
 // for the latter until it sends others. A look at the input sends it, and the stand-ins are raised after it.
 void note_raised(HWND hwnd) {
@@ -108,6 +165,7 @@ bool has_new_foreground() {
 void look_at_order() {
   look_for_new_foreground();
   look_for_new_foremost();
+  look_for_disorder();
   raise_some();
 }
 

@@ -35,6 +35,8 @@ struct stand_in {
   RECT owner_place;  // at the last look, on the screen
   unsigned looked_at;
   bool foremost;  // nothing lay over the owner at the last look
+  int astray;     // for how many looks the owner's windows have lain in another order than theirs; in its first record
+  int restored;   // how often that was mended since they last lay in it; in its first record
   // Read by threads that draw; `raise` set to `stand_ins` by those that show windows.
   std::atomic<raising> raise;
   std::atomic<bool> settled;  // the X server has it where `now` says
