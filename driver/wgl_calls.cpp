@@ -43,7 +43,10 @@ BOOL swap_on_host(HDC hdc, Swap swap) {
   retry_refused();
   if (!bind_current()) return FALSE;
   look_at_share(thread->current);
-  if (!thread->current->spared) return swap(thread->current->host_draw);
+  const context* c = thread->current;
+  if (!c->spared) return swap(c->host_draw);
+  // Of a window that is gone the host says why it is not swapped.
+  if (c->draw.hwnd && !IsWindow(c->draw.hwnd)) return swap(hdc);
   host_gl_entry<glFlush_op>()();
   return TRUE;
 }

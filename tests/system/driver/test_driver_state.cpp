@@ -619,6 +619,51 @@ void spare_leaves_framebuffer_alone() {
   discard(made);
 }
 
+// A window has one interval, whichever context is asked, and another window its own.
+void spare_has_the_windows_interval() {
+  HGLRC made = fresh();
+  bind_extensions();
+  const gl_window other = make_window(nullptr, 0, 0, 40, 40, false);
+  const auto spare_on = [](HDC hdc, HGLRC hglrc) {
+    CHECK(driver.wglMakeCurrent(hdc, hglrc));
+    driver.glDrawableSizeZ4(-1, -1);
+  };
+  HGLRC second = driver.wglCreateContext(window.hdc);
+  spare_on(other.hdc, made);
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 1);
+  spare_on(window.hdc, made);
+  CHECK(driver.wglSwapIntervalEXT(0));
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 0);
+  spare_on(window.hdc, second);
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 0);
+  CHECK(!driver.wglSwapIntervalEXT(-7));
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 0);
+  spare_on(other.hdc, made);
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 1);
+  CHECK(driver.wglSwapIntervalEXT(3));
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 3);
+  spare_on(window.hdc, made);
+  CHECK_EQUAL(driver.wglGetSwapIntervalEXT(), 0);
+  CHECK(driver.wglSwapIntervalEXT(1));
+  CHECK(driver.wglDeleteContext(second));
+  discard(made);
+  destroy_window(other);
+}
+
+void spare_of_a_window_that_is_gone() {
+  HGLRC made = driver.wglCreateContext(window.hdc);
+  const gl_window other = make_window(nullptr, 0, 0, 40, 40, false);
+  CHECK(driver.wglMakeCurrent(other.hdc, made));
+  driver.glDrawableSizeZ4(-1, -1);
+  CHECK(driver.wglSwapBuffers(other.hdc));
+  DestroyWindow(other.hwnd);
+  SetLastError(0);
+  CHECK(!driver.wglSwapBuffers(other.hdc));
+  CHECK_EQUAL(GetLastError(), ERROR_INVALID_HANDLE);
+  CHECK(driver.wglMakeCurrent(window.hdc, made));
+  discard(made);
+}
+
 // Drawing and waiting costs a context that is never seen as little as before.
 void spare_stays_with_other_queries() {
   HGLRC made = fresh();
@@ -662,6 +707,8 @@ const test_case cases[] = {
     {"spare-counts-samples", spare_counts_samples},
     {"spare-goes-on-counting", spare_goes_on_counting},
     {"spare-leaves-framebuffer-alone", spare_leaves_framebuffer_alone},
+    {"spare-has-the-windows-interval", spare_has_the_windows_interval},
+    {"spare-of-a-window-that-is-gone", spare_of_a_window_that_is_gone},
     {"spare-stays-with-other-queries", spare_stays_with_other_queries},
 };
 
