@@ -65,8 +65,13 @@ bool make_window(stand_in* s, const request& r) {
   return false;
 }
 
+void look_again() {
+  follow_all();
+  if (is_under_wine()) look_for_disorder();
+}
+
 void enter(stand_in* s) {
-  if (!first_stand_in) repeat_on_window_thread(follow_all, look_interval);
+  if (!first_stand_in) repeat_on_window_thread(look_again, look_interval);
   AcquireSRWLockExclusive(&stand_in_lock);
   hook_child(s);
   s->next = first_stand_in;
@@ -116,9 +121,16 @@ bool is_same_window(const stand_in& s, const window_place* window) {
          s.window.size.cy == window->size.cy;
 }
 
-void bring_on_window_thread(void* child) {
-  follow_all();
-  if (const stand_in* s = find_stand_in(static_cast<HWND>(child))) raise_with(s);
+struct catch_up_request {
+  HWND child;
+  unsigned rounds;  // that had begun before it was made
+};
+
+// Several threads that draw often ask at once, and one round does for all of them.
+void catch_up_on_window_thread(void* argument) {
+  const auto& r = *static_cast<catch_up_request*>(argument);
+  if (!is_followed_since(r.rounds)) follow_all();
+  if (const stand_in* s = find_stand_in(r.child)) raise_with(s);
   await_server();
 }
 
@@ -187,7 +199,8 @@ void catch_up(HWND child) {
   if (at_rest && !has_new_foreground() && EqualRect(&last_place, &owner_place) &&
       is_same_placement(now, find_placement(child, owner, has_window ? &window : nullptr)))
     return;
-  on_window_thread(bring_on_window_thread, child);
+  catch_up_request r = {child, rounds_begun()};
+  on_window_thread(catch_up_on_window_thread, &r);
 }
 
 HDC host_hdc(HDC hdc) {

@@ -1,5 +1,6 @@
 #include "stand_in_place.h"
 
+#include <atomic>
 #include <cstdlib>
 
 #include "stand_in_raise.h"
@@ -8,6 +9,9 @@
 #include "wine.h"
 
 namespace {
+
+// Rounds of follow_all: the last that has begun, and the last that has come to its end.
+std::atomic<unsigned> begun, ended;
 
 RECT client_on_screen(HWND hwnd) {
   RECT client{};
@@ -140,10 +144,17 @@ void follow_child(stand_in* s) {
   if (!is_same_placement(wanted, s->now)) place(s, wanted);
 }
 
+unsigned rounds_begun() {
+  return begun;
+}
+
+bool is_followed_since(unsigned rounds) {
+  return static_cast<int>(ended - rounds) > 0;
+}
+
 // Each round starts at the front: the list may have changed meanwhile. What was looked at in this round is passed over.
 void follow_all() {
-  static unsigned round;
-  ++round;
+  const unsigned round = ++begun;
   if (is_under_wine()) look_at_order();
   for (stand_in* s = first_stand_in; s;) {
     if (s->looked_at == round) {
@@ -154,4 +165,5 @@ void follow_all() {
     follow_child(s);
     s = first_stand_in;
   }
+  ended = round;
 }

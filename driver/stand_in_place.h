@@ -16,5 +16,10 @@ void follow_child(stand_in* s);
 // The same for all, and for what is left behind by its owner a step to the front.
 void follow_all();
 
+// How many rounds of follow_all have begun, and whether one has come to its end that began after so many had. Any
+// thread.
+unsigned rounds_begun();
+bool is_followed_since(unsigned rounds);
+
 // Takes a stand-in off the list, destroys its window and frees it. With the last, the looks at all of them end.
 void destroy_stand_in(stand_in* s);

@@ -110,23 +110,6 @@ bool is_raising(HWND owner) {
   return false;
 }
 
-// What the X server tells late can undo what was raised, and so can the program. It is raised again after five looks;
-// and, as a dialog's thread may be busy for long and move it no sooner, after twice as many each time that it was of no
-// use.
-void look_for_disorder() {
-  constexpr int first_wait = 5, most_doublings = 8;
-  for (stand_in* s = first_stand_in; s; s = s->next) {
-    if (s != find_stand_in_by_owner(s->owner) || !s->foremost || is_raising(s->owner)) continue;
-    if (is_in_order(s->owner)) {
-      s->astray = s->restored = 0;
-    } else if (++s->astray >= first_wait << std::min(s->restored, most_doublings)) {
-      s->astray = 0;
-      ++s->restored;
-      set_raising(s->owner, raising::stand_ins);
-    }
-  }
-}
-
 // Wine moves a window to the front on the X server when it is shown and when it gets the focus, and keeps the request
 // for the latter until it sends others. A look at the input sends it, and the stand-ins are raised after it.
 void note_raised(HWND hwnd) {
@@ -165,8 +148,23 @@ bool has_new_foreground() {
 void look_at_order() {
   look_for_new_foreground();
   look_for_new_foremost();
-  look_for_disorder();
   raise_some();
+}
+
+// What the X server tells late can undo what was raised, and so can the program. After a raise that was of no use the
+// next one waits for twice as long: a dialog's thread may be busy for long, and moves it no sooner.
+void look_for_disorder() {
+  constexpr int first_wait = 5, most_doublings = 8;
+  for (stand_in* s = first_stand_in; s; s = s->next) {
+    if (s != find_stand_in_by_owner(s->owner) || !s->foremost || is_raising(s->owner)) continue;
+    if (is_in_order(s->owner)) {
+      s->astray = s->restored = 0;
+    } else if (++s->astray >= first_wait << std::min(s->restored, most_doublings)) {
+      s->astray = 0;
+      ++s->restored;
+      set_raising(s->owner, raising::stand_ins);
+    }
+  }
 }
 
 void raise_with(const stand_in* s) {

@@ -17,6 +17,10 @@ bool has_new_foreground();
 // there is any to do now. On the window thread.
 void look_at_order();
 
+// Looks which owners' windows lie in another order than theirs, and has look_at_order raise them again when they have
+// for five looks. At each look of the window thread.
+void look_for_disorder();
+
 // Raises the stand-ins of the owner of `s` if that is to be done now: not before the owner itself is in front. On the
 // window thread.
 void raise_with(const stand_in* s);

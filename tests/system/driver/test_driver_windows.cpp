@@ -484,16 +484,26 @@ struct painter {
   HWND moved;  // moved by this thread too, if not null
 };
 
+int left_in_parent(HWND child) {
+  RECT place = place_of(child);
+  MapWindowPoints(nullptr, GetParent(child), reinterpret_cast<POINT*>(&place), 2);
+  return place.left;
+}
+
+// Asks for a move now and then, when the last is done: a thread that is asked for more than it can do does nothing
+// else.
 DWORD WINAPI paint_on(void* argument) {
   auto* p = static_cast<painter*>(argument);
+  int asked = 0;
   CHECK(driver.wglMakeCurrent(p->window.hdc, p->context));
   driver.glClearColor(GetRValue(p->color) / 255.0f, GetGValue(p->color) / 255.0f, GetBValue(p->color) / 255.0f, 1);
   while (!p->stop) {
     driver.glClear(GL_COLOR_BUFFER_BIT);
     CHECK(driver.wglSwapBuffers(p->window.hdc));
     InterlockedIncrement(&p->frames);
-    if (p->moved != nullptr) {
-      SetWindowPos(p->moved, nullptr, p->frames % 20, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_ASYNCWINDOWPOS);
+    if (HWND moved = p->frames % 8 == 0 ? p->moved : nullptr; moved != nullptr && left_in_parent(moved) == asked) {
+      asked = p->frames / 8 % 20;
+      SetWindowPos(moved, nullptr, asked, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_ASYNCWINDOWPOS);
     }
     Sleep(2);
   }
