@@ -6,11 +6,13 @@
 
 #include "dispatch/report.h"
 #include "extended/part_answers.h"
+#include "ops/buffer_targets.h"
 #include "sequential/broadcast.h"
 #include "startup/config/monitors.h"
 #include "threaded/buffer_contents.h"
 #include "wgl/records/buffer_maps.h"
 #include "wgl/records/glrc.h"
+#include "wgl/records/known_buffers.h"
 
 namespace {
 
@@ -66,42 +68,6 @@ bool make_block(buffer_map* map, const range& mapped) {
   const u64 start = reinterpret_cast<u64>(map->block);
   map->bytes = static_cast<u8*>(map->block) + (map_alignment - start % map_alignment) % map_alignment + into;
   return true;
-}
-
-// What a target's buffer is asked for by, or 0.
-GLenum binding_query(GLenum target) {
-  switch (target) {
-    case GL_ARRAY_BUFFER:
-      return GL_ARRAY_BUFFER_BINDING;
-    case GL_ELEMENT_ARRAY_BUFFER:
-      return GL_ELEMENT_ARRAY_BUFFER_BINDING;
-    case GL_PIXEL_PACK_BUFFER:
-      return GL_PIXEL_PACK_BUFFER_BINDING;
-    case GL_PIXEL_UNPACK_BUFFER:
-      return GL_PIXEL_UNPACK_BUFFER_BINDING;
-    case GL_UNIFORM_BUFFER:
-      return GL_UNIFORM_BUFFER_BINDING;
-    case GL_TEXTURE_BUFFER:
-      return GL_TEXTURE_BUFFER_BINDING;
-    case GL_TRANSFORM_FEEDBACK_BUFFER:
-      return GL_TRANSFORM_FEEDBACK_BUFFER_BINDING;
-    case GL_COPY_READ_BUFFER:
-      return GL_COPY_READ_BUFFER_BINDING;
-    case GL_COPY_WRITE_BUFFER:
-      return GL_COPY_WRITE_BUFFER_BINDING;
-    case GL_DRAW_INDIRECT_BUFFER:
-      return GL_DRAW_INDIRECT_BUFFER_BINDING;
-    case GL_DISPATCH_INDIRECT_BUFFER:
-      return GL_DISPATCH_INDIRECT_BUFFER_BINDING;
-    case GL_ATOMIC_COUNTER_BUFFER:
-      return GL_ATOMIC_COUNTER_BUFFER_BINDING;
-    case GL_SHADER_STORAGE_BUFFER:
-      return GL_SHADER_STORAGE_BUFFER_BINDING;
-    case GL_QUERY_BUFFER:
-      return GL_QUERY_BUFFER_BINDING;
-    default:
-      return 0;
-  }
 }
 
 // ---- the functions that take the target of a buffer, and those that take its name ----
@@ -185,9 +151,38 @@ struct threaded_way {
            !last.args[array_slot<typename Form::define>];
   }
 
+  // Contents are known as long as nobody else can change them unseen, and the parts are told of each call that can.
+  bool can_know() const { return mirrors() && is_only_glrc() && !state->glrc->client_state.pack_buffer; }
+
   template <class Form>
-  void read(GLuint which, const buffer_map& made) const {
-    push<typename Form::read>(state, which, made.offset, static_cast<GLsizeiptr>(made.size), made.bytes);
+  void read(GLuint which, const buffer_facts& facts, const buffer_map& made) const {
+    const auto size = static_cast<u64>(facts.size);
+    if (!can_know()) return read_range<Form>(which, made.offset, made.size, made.bytes);
+    if (copy_known_contents(made.buffer, size, made.offset, made.size, made.bytes)) return;
+    auto* all = is_worth_knowing(made.buffer, size) ? static_cast<u8*>(malloc(size)) : nullptr;
+    if (!all) return read_range<Form>(which, made.offset, made.size, made.bytes);
+    read_range<Form>(which, 0, size, all);
+    memcpy(made.bytes, all + made.offset, made.size);
+    enter_known_contents({made.buffer, size, all});
+  }
+
+  template <class Form>
+  void read_range(GLuint which, GLintptr offset, u64 size, u8* to) const {
+    push<typename Form::read>(state, which, offset, static_cast<GLsizeiptr>(size), to);
+  }
+
+  // `append` sends bytes of the mapping, counted from its own start, to the parts. What is known of the buffer changes
+  // with them and stays known.
+  template <class Append>
+  void append_written(const buffer_map& map, const range& written, Append append) const {
+    known_contents known;
+    const bool is_known = take_known_contents(map.buffer, &known);
+    const u64 from = static_cast<u64>(map.offset + written.offset), bytes = static_cast<u64>(written.length);
+    const bool fits = is_known && from <= known.size && bytes <= known.size - from;
+    if (fits) memcpy(known.bytes + from, map.bytes + written.offset, bytes);
+    append();
+    if (fits) return enter_known_contents(known);
+    if (is_known) free(known.bytes);
   }
 
   template <class Form>
@@ -207,8 +202,10 @@ struct threaded_way {
     using write = typename Form::write;
     const u64 bytes = static_cast<u64>(flushed.length);
     void* copy = map ? __osw_copy_to_blob(map->bytes + flushed.offset, bytes, Form::flush::name) : nullptr;
-    if (copy)
+    if (!copy) return;
+    append_written(*map, flushed, [&] {
       push_with_blobs<write>(state, array_blob<write>, which, map->offset + flushed.offset, flushed.length, copy);
+    });
   }
 
   template <class Form>
@@ -223,8 +220,11 @@ struct threaded_way {
     // The command takes the block over: it stands behind the parameters.
     using write = typename Form::write;
     constexpr u32 block_slot = parameter_count<write>;
-    begin_cmd(state)->args[block_slot] = to_slot(map->block);
-    push_with_blobs<write>(state, 1u << block_slot, which, map->offset, static_cast<GLsizeiptr>(map->size), map->bytes);
+    const auto size = static_cast<GLsizeiptr>(map->size);
+    append_written(*map, {0, size}, [&] {
+      begin_cmd(state)->args[block_slot] = to_slot(map->block);
+      push_with_blobs<write>(state, 1u << block_slot, which, map->offset, size, map->bytes);
+    });
     return result;
   }
 };
@@ -267,7 +267,7 @@ struct sequential_way {
   }
 
   template <class Form>
-  void read(GLuint which, const buffer_map& made) const {
+  void read(GLuint which, const buffer_facts&, const buffer_map& made) const {
     at_home([&] {
       sys_gl<typename Form::read>(state)(which, made.offset, static_cast<GLsizeiptr>(made.size), made.bytes);
     });
@@ -350,7 +350,7 @@ void* map_buffer(const Way& way, const range* part, GLbitfield access, GLuint wh
   made.buffer = static_cast<u32>(facts.name);
   made.hglrc = way.state->current_hglrc;
   const bool is_possible = !facts.is_mapped && is_inside(wanted, facts.size);
-  if (is_possible && make_block(&made, wanted) && has_contents) way.template read<Form>(which, made);
+  if (is_possible && make_block(&made, wanted) && has_contents) way.template read<Form>(which, facts, made);
   way.template map<Op>(&made, which, arguments...);
   if (made.home && made.block && enter_buffer_map(made)) return made.bytes;
   free(made.block);

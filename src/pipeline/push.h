@@ -2,10 +2,12 @@
 #pragma once
 
 #include "pipeline/flush.h"
+#include "wgl/records/known_buffers.h"
 
 // Appends a GL command with `arg_count` slots, whose blobs `blob_mask` names, then waits for its replay when the op is
 // synchronous, or hands the list over when it is full. What an encoder has put in the record's later slots stays.
 inline void __osw_push_gl_cmd(__osw_thread_state* state, i32 op, u32 arg_count, const u64* args, u32 blob_mask) {
+  if (may_change_buffers(op) && has_known_buffers()) note_buffer_change(state, op, args);
   __osw_cmd* cmd = begin_cmd(state);
   __osw_cmd_queue* queue = state->cmd_queue;
   ++*queue->fill_count;

@@ -23,6 +23,7 @@
 #include "wgl/main_table.h"
 #include "wgl/records/buffer_maps.h"
 #include "wgl/records/glrc.h"
+#include "wgl/records/known_buffers.h"
 #include "wgl/records/pbuffer.h"
 #include "wgl/records/window_mapping.h"
 
@@ -48,6 +49,7 @@ void choose_mode() {
   make_fence_lock();
   make_names_lock();
   make_buffer_map_lock();
+  make_known_buffers_lock();
 }
 
 void make_locks() {
@@ -134,10 +136,14 @@ void detach_process(bool ends) {
   DeleteCriticalSection(&__osw_class_lock);
   if (gl_ops_in_use > gl_op_count) {
     // What is mapped at the process's end a thread that is no more may have been noting.
-    if (!ends) free_buffer_maps();
+    if (!ends) {
+      free_buffer_maps();
+      forget_known_buffers();
+    }
     delete_fence_lock();
     delete_names_lock();
     delete_buffer_map_lock();
+    delete_known_buffers_lock();
   }
 }
 

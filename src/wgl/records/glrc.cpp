@@ -1,6 +1,7 @@
 #include "wgl/records/glrc.h"
 
 #include "wgl/records/buffer_maps.h"
+#include "wgl/records/known_buffers.h"
 #include "wgl/records/registry.h"
 
 __osw_glrc __osw_glrc_registry[max_glrcs];
@@ -33,6 +34,7 @@ __osw_glrc new_glrc(HGLRC hglrc) {
 }
 
 void __osw_glrc_enter(const __osw_glrc& record) {
+  forget_known_buffers();
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, HGLRC{}, record);
 }
 
@@ -44,6 +46,7 @@ void __osw_glrc_erase(HGLRC hglrc) {
   }
   write_slot(__osw_glrc_registry, &__osw_glrc_lock, &__osw_glrc::app_hglrc, hglrc, __osw_glrc{});
   if (has_buffer_maps() && count_glrcs() == 0) free_buffer_maps();
+  forget_known_buffers();
 }
 
 bool is_only_glrc() {

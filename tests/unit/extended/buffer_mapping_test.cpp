@@ -128,6 +128,8 @@ struct buffer_mapping_test : issuing::pipeline_test, testing::WithParamInterface
   }
 
   static bool is_threaded() { return GetParam().way == library::path::threaded; }
+  // Whether the contents of buffers that are mapped again are known without the parts.
+  static bool is_known() { return is_threaded() && GetParam().on_app_thread; }
   static void finish() {
     if (is_threaded()) issuing::empty_list();
   }
@@ -229,9 +231,142 @@ TEST_P(buffer_mapping_test, new_storage_has_no_contents) {
               osw_glDrawArrays(GL_POINTS, 0, 1);
             }),
             1u);
-  EXPECT_EQ(reads_after([] {}), 1u);
+  EXPECT_EQ(reads_after([] {}), waits) << "known by now";
   osw_wglCreateContext(rendered.window.hdc);
   EXPECT_EQ(reads_after([&] { define(GL_ARRAY_BUFFER, nullptr); }), 1u) << "another context may have written";
+}
+
+// How often the parts are asked for contents while `calls` are made.
+std::size_t reads_during(const std::function<void()>& calls) {
+  driver::clear_calls();
+  calls();
+  return driver::calls_of<glGetBufferSubData_op>().size();
+}
+
+// One that keeps its contents and writes a byte.
+void map_and_write(GLintptr offset, u8 value) {
+  auto* mapping = static_cast<u8*>(osw_glMapBufferRange(GL_ARRAY_BUFFER, offset, 50, GL_MAP_WRITE_BIT));
+  ASSERT_NE(mapping, nullptr);
+  mapping[1] = value;
+  EXPECT_EQ(osw_glUnmapBuffer(GL_ARRAY_BUFFER), GL_TRUE);
+}
+
+// A ring of pieces, as programs write them that stream.
+TEST_P(buffer_mapping_test, what_is_mapped_again_and_again_is_known) {
+  bytes expected = pattern(buffer_size);
+  for (int part = 0; part < part_count; ++part) contents(part, GL_ARRAY_BUFFER) = expected;
+  const auto write = [&](GLintptr offset, u8 value) {
+    expected[static_cast<std::size_t>(offset) + 1] = value;
+    return reads_during([=] { map_and_write(offset, value); });
+  };
+  EXPECT_EQ(write(0, 1), 1u);
+  EXPECT_EQ(write(50, 2), 1u) << "the whole buffer from now on";
+  const std::size_t reads = is_known() ? 0 : 1;
+  for (u8 turn = 3; turn < 40; ++turn) EXPECT_EQ(write(turn % 4 * 50, turn), reads);
+  expect_contents(GL_ARRAY_BUFFER, expected);
+  const auto* mapping = static_cast<const u8*>(osw_glMapBuffer(GL_ARRAY_BUFFER, GL_READ_ONLY));
+  ASSERT_NE(mapping, nullptr);
+  EXPECT_EQ(bytes(mapping, mapping + buffer_size), expected);
+  osw_glUnmapBuffer(GL_ARRAY_BUFFER);
+}
+
+TEST_P(buffer_mapping_test, what_is_flushed_and_what_is_given_up_changes_what_is_known) {
+  for (u8 turn = 0; turn < 3; ++turn) map_and_write(0, turn);
+  auto* mapping =
+      static_cast<u8*>(osw_glMapBufferRange(GL_ARRAY_BUFFER, 60, 20, GL_MAP_WRITE_BIT | GL_MAP_FLUSH_EXPLICIT_BIT));
+  ASSERT_NE(mapping, nullptr);
+  std::memset(mapping, 7, 20);
+  osw_glFlushMappedBufferRange(GL_ARRAY_BUFFER, 5, 5);
+  osw_glUnmapBuffer(GL_ARRAY_BUFFER);
+  mapping =
+      static_cast<u8*>(osw_glMapBufferRange(GL_ARRAY_BUFFER, 90, 9, GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_RANGE_BIT));
+  ASSERT_NE(mapping, nullptr);
+  std::memset(mapping, 8, 9);
+  osw_glUnmapBuffer(GL_ARRAY_BUFFER);
+  bytes expected = with(1, {2});
+  std::fill_n(expected.begin() + 65, 5, u8{7});
+  std::fill_n(expected.begin() + 90, 9, u8{8});
+  if (!is_threaded() || !GetParam().on_app_thread) {
+    // The part's own mapping has what was written between the flushed bytes too, as GL leaves it open.
+    finish();
+    expected = contents(0, GL_ARRAY_BUFFER);
+  }
+  const std::size_t reads = reads_during([&] {
+    const auto* whole = static_cast<const u8*>(osw_glMapBuffer(GL_ARRAY_BUFFER, GL_READ_ONLY));
+    EXPECT_EQ(bytes(whole, whole + buffer_size), expected);
+    osw_glUnmapBuffer(GL_ARRAY_BUFFER);
+  });
+  EXPECT_EQ(reads, is_known() ? 0u : 1u);
+  expect_contents(GL_ARRAY_BUFFER, expected);
+}
+
+// Each of them may have changed the buffer, or somebody may have seen to it that it has.
+TEST_P(buffer_mapping_test, what_may_have_changed_is_asked_for_again) {
+  const GLuint none = 0;
+  const u8 byte = 5;
+  const std::function<void()> changes[] = {
+      [&] { osw_glBufferSubData(GL_ARRAY_BUFFER, 0, 1, &byte); },
+      [&] { osw_glBufferSubDataARB(GL_ARRAY_BUFFER, 0, 1, &byte); },
+      [&] { osw_glNamedBufferSubData(GL_ARRAY_BUFFER, 0, 1, &byte); },
+      [&] { osw_glBufferData(GL_ARRAY_BUFFER, 1, &byte, GL_STREAM_DRAW); },
+      [&] { osw_glNamedBufferData(GL_ARRAY_BUFFER, 1, &byte, GL_STREAM_DRAW); },
+      [] { osw_glCopyBufferSubData(GL_ELEMENT_ARRAY_BUFFER, GL_ARRAY_BUFFER, 0, 0, 1); },
+      [] { osw_glCopyNamedBufferSubData(GL_ELEMENT_ARRAY_BUFFER, GL_ARRAY_BUFFER, 0, 0, 1); },
+      [&] { osw_glClearBufferData(GL_ARRAY_BUFFER, GL_R8, GL_RED, GL_UNSIGNED_BYTE, &byte); },
+      [&] { osw_glClearBufferSubData(GL_ARRAY_BUFFER, GL_R8, 0, 1, GL_RED, GL_UNSIGNED_BYTE, &byte); },
+      [&] { osw_glClearNamedBufferData(GL_ARRAY_BUFFER, GL_R8, GL_RED, GL_UNSIGNED_BYTE, &byte); },
+      [&] { osw_glClearNamedBufferSubData(GL_ARRAY_BUFFER, GL_R8, 0, 1, GL_RED, GL_UNSIGNED_BYTE, &byte); },
+      [] { osw_glInvalidateBufferData(GL_ARRAY_BUFFER); },
+      [] { osw_glInvalidateBufferSubData(GL_ARRAY_BUFFER, 0, 1); },
+      [] { osw_glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT); },
+      [] { osw_glMemoryBarrierByRegion(GL_SHADER_STORAGE_BARRIER_BIT); },
+      [] { osw_glBeginTransformFeedback(GL_POINTS); },
+      [] { osw_glEndTransformFeedback(); },
+      [] { osw_glBeginTransformFeedbackEXT(GL_POINTS); },
+      [] { osw_glEndTransformFeedbackEXT(); },
+      [&] { osw_glDeleteBuffers(1, &none); },
+      [&] { osw_glDeleteBuffersARB(1, &none); },
+      [] { osw_glPopClientAttrib(); },
+      [] {
+        osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 9);
+        osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+      },
+      [this] { osw_wglDeleteContext(osw_wglCreateContext(rendered.window.hdc)); },
+  };
+  for (u8 turn = 0; turn < 3; ++turn) map_and_write(0, turn);
+  for (std::size_t i = 0; i < std::size(changes); ++i) {
+    SCOPED_TRACE(i);
+    map_and_write(0, 1);
+    changes[i]();
+    finish();
+    contents(0, GL_ARRAY_BUFFER).assign(buffer_size, static_cast<u8>(i + 100));
+    EXPECT_EQ(reads_during([] { map_and_write(60, 1); }), 1u);
+    finish();
+    EXPECT_EQ(contents(1, GL_ARRAY_BUFFER)[70], i + 100);
+  }
+}
+
+TEST_P(buffer_mapping_test, what_changes_another_buffer_is_no_reason_to_ask) {
+  const u8 byte = 5;
+  for (u8 turn = 0; turn < 3; ++turn) map_and_write(0, turn);
+  const std::size_t reads = reads_during([&] {
+    osw_glBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, 1, &byte);
+    osw_glNamedBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, 1, &byte);
+    osw_glBindBuffer(GL_ARRAY_BUFFER, 0);
+    osw_glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 9);
+    osw_glDrawArrays(GL_POINTS, 0, 1);
+    map_and_write(60, 1);
+  });
+  EXPECT_EQ(reads, is_known() ? 0u : 1u);
+}
+
+TEST_P(buffer_mapping_test, while_a_pack_buffer_is_bound_or_another_context_is_there_it_is_asked) {
+  for (u8 turn = 0; turn < 3; ++turn) map_and_write(0, turn);
+  osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 9);
+  for (int turn = 0; turn < 3; ++turn) EXPECT_EQ(reads_during([] { map_and_write(0, 1); }), 1u);
+  osw_glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  osw_wglCreateContext(rendered.window.hdc);
+  for (int turn = 0; turn < 3; ++turn) EXPECT_EQ(reads_during([] { map_and_write(0, 1); }), 1u);
 }
 
 TEST_P(buffer_mapping_test, any_number_is_mapped_at_a_time) {
@@ -356,6 +491,8 @@ TEST_P(buffer_mapping_test, a_mapping_that_ended_unseen_gives_way) {
   const void* second = osw_glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
   EXPECT_NE(first, second);
   osw_glUnmapBuffer(GL_ARRAY_BUFFER);
+  // Nor do contents stay that were known.
+  osw_glInvalidateBufferData(GL_ARRAY_BUFFER);
   finish();
   EXPECT_EQ(allocation::live_blocks(), 0);
 }
