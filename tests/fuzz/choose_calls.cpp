@@ -284,11 +284,15 @@ void choose_read(stream* run, driver::argument_bits* arguments) {
   for (u32 i : {2, 3}) (*arguments)[i] = of_number(one_in(from, 10) ? between(from, -2, 0) : between(from, 1, 40));
   (*arguments)[4] = one_of(from, formats);
   (*arguments)[5] = one_of(from, types);
-  const image of{.width = static_cast<i32>((*arguments)[2]),
-                 .height = static_cast<i32>((*arguments)[3]),
-                 .format = static_cast<GLenum>((*arguments)[4]),
-                 .type = static_cast<GLenum>((*arguments)[5])};
-  const image_layout layout = lay_out(of, run->expected.record.pack);
+  image of{.width = static_cast<i32>((*arguments)[2]),
+           .height = static_cast<i32>((*arguments)[3]),
+           .format = static_cast<GLenum>((*arguments)[4]),
+           .type = static_cast<GLenum>((*arguments)[5])};
+  const pixel_store& store = run->expected.record.pack;
+  // Of a bitmap, parts that lie side by side write bits of one byte.
+  if (of.type == GL_BITMAP || rows_overlap(lay_out(of, store))) of.width = std::min(of.width, 1);
+  (*arguments)[2] = of_number(of.width);
+  const image_layout layout = lay_out(of, store);
   const bool bound = run->expected.record.pack_buffer;
   (*arguments)[6] =
       bound ? any_offset(from) : driver::bits_of(take_block(&run->memory, layout.sizable ? layout.end : 0));

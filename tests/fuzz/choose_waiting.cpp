@@ -212,9 +212,7 @@ void read_pixels(stream* run) {
   const image of{
       .width = read.width, .height = read.height, .format = one_of(from, formats), .type = one_of(from, types)};
   const image_layout layout = lay_out(of, run->wide.part.pack);
-  // Rows that lie over each other have no order.
-  const bool overlaps = run->wide.part.pack.row_length > 0 && run->wide.part.pack.row_length < read.width;
-  if (!layout.sizable || overlaps) return;
+  if (!layout.sizable || rows_overlap(layout)) return;
   const u64 pixels = has_buffer ? below(from, 3) * u64{16} : block(run, layout.end);
   call(run, glReadPixels_op::op,
        {bits_of_number(read.x), bits_of_number(read.y), bits_of_number(read.width), bits_of_number(read.height),

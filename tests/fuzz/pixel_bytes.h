@@ -40,4 +40,9 @@ struct image_layout {
 
 image_layout lay_out(const image& of, const pixel_store& store);
 
+// Whether rows lie over each other. Who writes such an image by several hands leaves bytes that depend on their order.
+constexpr bool rows_overlap(const image_layout& layout) {
+  return layout.row < layout.row_bytes;
+}
+
 }  // namespace fuzz
