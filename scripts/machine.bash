@@ -21,20 +21,21 @@ wrong_use() {
   exit 2
 }
 
-# fetch_source PACKAGE FOLDER: the source of one of Debian's packages, as its authors gave it out, in FOLDER. By lists of
-# its own, because those of a machine seldom name sources; nothing of the machine is changed.
+# fetch_source PACKAGE FOLDER [RELEASE]: the source of one of Debian's packages, as its authors gave it out, in FOLDER; of
+# that release of Debian, or of the machine's. By lists of its own, because those of a machine seldom name sources; nothing
+# of the machine is changed.
 fetch_source() {
-  local package=$1 folder=$2 work=$2.apt archive
+  local package=$1 folder=$2 release=${3:-} work=$2.apt archive
   [ ! -e "$folder/fetched" ] || return 0
   say "fetching the source of $package"
   rm -rf "$folder" "$work"
   mkdir -p "$folder" "$work/lists/partial" "$work/cache"
-  list_sources >"$work/sources.list"
+  list_sources "$release" >"$work/sources.list"
   [ -s "$work/sources.list" ] || as_root apt-get -o Acquire::Retries=3 update -q >"$work/log" 2>&1
-  list_sources >"$work/sources.list"
+  list_sources "$release" >"$work/sources.list"
   local apt=(apt-get -q -o Acquire::Retries=3 -o Dir::Etc::SourceList="$work/sources.list"
              -o Dir::Etc::SourceParts=/dev/null -o Dir::State::Lists="$work/lists" -o Dir::Cache="$work/cache")
-  if ! (cd "$work" && "${apt[@]}" update && "${apt[@]}" source --download-only "$package") >>"$work/log" 2>&1; then
+  if ! (cd "$work" && "${apt[@]}" update && "${apt[@]}" source --tar-only "$package") >>"$work/log" 2>&1; then
     die "the source of $package cannot be had, see ${work#"$root"/}/log"
   fi
   for archive in "$work/$package"_*.orig.tar.*; do
@@ -44,11 +45,13 @@ fetch_source() {
   : >"$folder/fetched"
 }
 
-# list_sources: lines for the sources of those packages of Debian that the machine takes.
+# list_sources [RELEASE]: lines for the sources of those packages of Debian that the machine takes, or of all of a release.
 list_sources() {
   local keys=/usr/share/keyrings/debian-archive-keyring.gpg
   apt-get indextargets --format "deb-src [signed-by=$keys] \$(REPO_URI) \$(RELEASE) \$(COMPONENT)" \
-    'Created-By: Packages' 'Origin: Debian' | sort -u
+    'Created-By: Packages' 'Origin: Debian' | awk -v release="$1" '
+      release != "" { if ($4 ~ /-/ || $3 ~ /security/) next; $4 = release }
+      { print }' | sort -u
 }
 
 # build PRESET [TARGET...]: configures and builds a preset, with all that it prints in build/PRESET.log. The result is

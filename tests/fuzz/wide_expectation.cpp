@@ -35,7 +35,8 @@ receivers receivers_of(const wide_expectation& all, const ops::row& called) {
   const bool is_app_only = row.threaded == ops::family::app_only;
   if (!is_threaded(all)) return {false, true, is_app_only};
   if (is_app_only) return {true, false, false};
-  if (row.threaded == ops::family::query) return {all.mirrors, !all.mirrors, row.first_part_answers};
+  const bool is_query = row.threaded == ops::family::query || row.op == glGetError_op::op;
+  if (is_query) return {all.mirrors, !all.mirrors, row.first_part_answers};
   return {all.mirrors, true, row.first_part_answers || reads_texture_to_memory(all, ops::of(function_of(row.op)))};
 }
 

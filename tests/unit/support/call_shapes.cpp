@@ -93,6 +93,7 @@ call_shape own_shape(const row& row) {
     case glGetSynciv_op::op:
     case glGetBooleanv_op::op:
     case glGetDoublev_op::op:
+    case glGetError_op::op:
     case glGetFloatv_op::op:
     case glGetInteger64v_op::op:
     case glGetIntegerv_op::op:
