@@ -22,6 +22,14 @@ bool reads_figures_in_memory(const __osw_thread_state* state) {
   return !state->glrc->is_core && !state->glrc->client_state.indirect_buffer;
 }
 
+// Whether the application's own context puts what is called into a display list.
+bool compiles_list(const __osw_thread_state* state) {
+  if (state->glrc->is_core) return false;
+  GLint list = 0;
+  sys_gl<glGetIntegerv_op>(state)(GL_LIST_INDEX, &list);
+  return list != 0;
+}
+
 // `push` appends the draw with the address that it is given. The application's context has been told.
 template <class Op, class Push>
 void encode_figures(__osw_thread_state* state, const void* indirect, u64 bytes, Push push) {
@@ -93,9 +101,12 @@ void glMultiDrawElementsIndirectCount_op::encode(GLenum mode, GLenum type, const
                      });
 }
 
-// No group is dispatched there, but one of no groups tells whether there is a program.
+// No group is dispatched there, but one of no groups tells whether there is a program. A display list takes none whose
+// figures lie in a buffer, and one of no groups would be taken.
 void glDispatchComputeIndirect_op::encode(GLintptr indirect) {
+  using op = glDispatchComputeIndirect_op;
   __osw_thread_state* state = __osw_fetch_thread_state();
+  if (mirrors() && compiles_list(state)) return sys_gl<op>(state)(indirect);
   if (sys_gl<glDispatchCompute_op>(state)) mirror<glDispatchCompute_op>(state, 0u, 0u, 0u);
-  push<glDispatchComputeIndirect_op>(state, indirect);
+  push<op>(state, indirect);
 }

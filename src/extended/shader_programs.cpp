@@ -1,7 +1,8 @@
-// Programs that are made of the sources of one shader, in one call.
+// Shaders' sources, and programs that are made of the sources of one shader in one call.
+#include <algorithm>
+
 #include "extended/strings.h"
-#include "threaded/encode_blob.h"
-#include "threaded/encode_names.h"
+#include "threaded/encoders.h"
 
 // The strings lie in a block behind the program's name.
 GLuint glCreateShaderProgramv_op::encode(GLenum type, GLsizei count, const GLchar* const* strings) {
@@ -14,4 +15,24 @@ GLuint glCreateShaderProgramv_op::encode(GLenum type, GLsizei count, const GLcha
     push_with_blobs<op>(state, array_blob<op>, type, count, copies);
   };
   return encode_name<op>(state, push_call, type, count, strings);
+}
+
+namespace {
+
+// Whether GL reads the strings: of a call that it refuses they may be no strings.
+bool reads_strings(const __osw_thread_state* state, GLuint shader, GLsizei count, const GLchar* const* strings) {
+  if (count < 0 || !strings) return false;
+  return !sys_gl<glIsShader_op>(state) || encode_query<glIsShader_op, GLboolean>(shader);
+}
+
+}  // namespace
+
+void changed<glShaderSource_op>::encode(GLuint shader, GLsizei count, const GLchar* const* strings,
+                                        const GLint* lengths) {
+  __osw_thread_state* state = __osw_fetch_thread_state();
+  if (reads_strings(state, shader, count, strings)) return glShaderSource_op::encode(shader, count, strings, lengths);
+  // Only the error is left to be made.
+  if (mirrors()) return sys_gl<glShaderSource_op>(state)(shader, count, strings, lengths);
+  push<glShaderSource_op>(state, shader, std::min(count, 0), static_cast<const void*>(nullptr),
+                          static_cast<const void*>(nullptr));
 }

@@ -280,6 +280,7 @@ bool is_question(int op) {
                                       glGetGraphicsResetStatus_op::op,
                                       glIsEnabled_op::op,
                                       glIsQuery_op::op,
+                                      glIsShader_op::op,
                                       glGetQueryObjectiv_op::op,
                                       glGetQueryObjectuiv_op::op,
                                       glGetQueryObjecti64v_op::op,

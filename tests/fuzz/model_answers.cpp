@@ -194,6 +194,8 @@ reply answer_state(const gl_model& model, int op, arguments_of a, bool* known) {
       return written(a[3], static_cast<GLint>(format_of_texture(name(a[0]))));
     case glIsEnabled_op::op:
       return {.result = is_enabled(model, name(a[0]))};
+    case glIsShader_op::op:  // the streams make no other names
+      return {.result = 1};
     case glGetString_op::op:
     case glGetStringi_op::op:
       return {};

@@ -18,7 +18,7 @@ constexpr int wide_gl_ops = 381;
 constexpr int wide_gl_ops_without_handlers = 11;
 
 // How many ops of the basic mode the extended one takes in another way.
-constexpr int changed_gl_ops = 269;
+constexpr int changed_gl_ops = 270;
 
 // The platform's library exports these many ops from the front of each list.
 constexpr int exported_gl_ops = 336;
@@ -83,7 +83,7 @@ constexpr int driver_ops = 2;
 // What the rows of each list say (digest_test.cpp), which names the new figure when a row was changed on purpose.
 constexpr std::uint64_t gl_list_digest = 0xEC7E85623AF872BF;
 constexpr std::uint64_t wide_list_digest = 0x12CE4FBD6EAFE9B6;
-constexpr std::uint64_t changed_list_digest = 0x10D264EDED21876E;
+constexpr std::uint64_t changed_list_digest = 0xB2C75B149F9EDB7A;
 constexpr std::uint64_t wgl_list_digest = 0x841C1C254AFE8DDC;
 
 // ---- the sequential path: how many slots of its table have which form ----
